@@ -1,0 +1,125 @@
+/*
+ * appdist - the netlink channel to the kernel's traffic classifier and the messages on it.
+ *
+ * The format below the messages is netlink: a raw AF_NETLINK socket of a private protocol, every
+ * datagram beginning with a struct nlmsghdr (see netlink(7)). Nothing here is thread-safe.
+ */
+#ifndef APPDIST_APPDIST_H
+#define APPDIST_APPDIST_H
+
+#include <linux/netlink.h>
+#include <stdint.h>
+#include <sys/socket.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Errors ---------------------------------------------------------------------------- */
+
+enum {
+    APPDIST_ERR_UNKNOWN = 0,
+    APPDIST_ERR_IMPLEMENTATION = 1,
+    APPDIST_ERR_CREATE_HANDLE = 2,
+    APPDIST_ERR_CREATE_SOCKET = 3,
+    APPDIST_ERR_BIND = 4,
+    APPDIST_ERR_ALLOC_BUFFER = 5,
+    APPDIST_ERR_RECEIVE = 6,
+    APPDIST_ERR_EOF = 7,
+    APPDIST_ERR_PEER_ADDR_LEN = 8,
+    APPDIST_ERR_SENT_TRUNCATED = 9,
+    APPDIST_ERR_RECEIVED_TRUNCATED = 10,
+    APPDIST_ERR_NETLINK_ERROR = 11,
+    APPDIST_ERR_SEND = 12,
+    APPDIST_ERR_NOT_SUPPORTED = 13,
+    APPDIST_ERR_RECV_BUFFER_SIZE = 14,
+    APPDIST_ERR_TIMEOUT = 15,
+    APPDIST_ERR_PROTOCOL = 16
+};
+
+/* Code of the last failure, 0 before the first; only failures write it. */
+extern int32_t appdist_errno;
+
+/* Returns the message of a code; that of APPDIST_ERR_IMPLEMENTATION for one outside the table. */
+const char *appdist_strerror(int32_t code);
+
+/* Returns the message of appdist_errno, "" while it is 0. */
+const char *appdist_last_error_text(void);
+
+/*
+ * Writes "prefix: channel error: system error" and a newline to standard error, leaving out the
+ * errors that are not set; a null prefix reads "ERROR". Returns what writing the newline returned.
+ */
+int appdist_print_error(const char *prefix);
+
+/* ---- Channel --------------------------------------------------------------------------- */
+
+/* One open channel, 32 bytes. */
+typedef struct appdist_handle {
+    int32_t fd;
+    uint32_t reserved;
+    struct sockaddr_nl local; /* bound; its port id is the process id */
+    struct sockaddr_nl peer;  /* where sends go; each receive writes the sender here */
+} appdist_handle;
+
+/*
+ * Opens a channel. flags is ignored. protocol_family is 2 (netlink protocol 22) or 10 (netlink
+ * protocol 13). Returns a handle to be given to appdist_destroy_handle, or null with
+ * appdist_errno set, except when the send buffer size cannot be set or read.
+ */
+appdist_handle *appdist_create_handle(uint32_t flags, uint32_t protocol_family);
+
+/* Closes the channel and frees the handle, which may be null. Returns 0. */
+int appdist_destroy_handle(appdist_handle *handle);
+
+/* Sends one datagram. Returns sendto's result; negative sets APPDIST_ERR_SEND. */
+int32_t appdist_netlink_sendto(appdist_handle *handle, const void *buffer, uint32_t length);
+
+/* Sends one datagram from a scatter list. Returns sendmsg's result, as above. */
+int32_t appdist_netlink_sendmsg(appdist_handle *handle, const struct msghdr *message, int flags);
+
+/*
+ * Receives one datagram from the kernel into length (at least 20) bytes at buffer. timeout is in
+ * microseconds: 0 blocks, a negative one polls once. Returns the number of bytes received; 0 when
+ * the time ran out (APPDIST_ERR_TIMEOUT) or a signal came; negative with appdist_errno set.
+ */
+int32_t appdist_netlink_recvfrom(appdist_handle *handle, void *buffer, uint32_t length,
+                                 int32_t timeout);
+
+/* The same as appdist_netlink_recvfrom. */
+int32_t appdist_receive(appdist_handle *handle, void *buffer, uint32_t length, int32_t timeout);
+
+/* Returns the type of the netlink message at buffer, which holds at least 16 bytes. */
+uint16_t appdist_message_type(const void *buffer);
+
+/* Returns the positive error number of the netlink error message (at least 20 bytes) at buffer. */
+int32_t appdist_message_error(const void *buffer);
+
+/* Accepts a handle and further arguments, ignores them and returns 1. */
+int appdist_configure(appdist_handle *handle, ...);
+
+/* ---- Messages -------------------------------------------------------------------------- */
+
+/*
+ * Each builds one message in one allocation and sends it as one datagram. They return the number
+ * of bytes sent, a negative number when the channel refused it (both reported on standard output
+ * when below 1), or 0 when there was nothing to send or no memory.
+ */
+
+/* Type 19: the rules of g_appmngr_appDb. */
+int32_t appdist_send_app_rules(appdist_handle *handle);
+
+/* Type 21: the DNS keywords of g_appmngr_appDns. */
+int32_t appdist_send_dns_rules(appdist_handle *handle);
+
+/* Type 20: length bytes at buffer, as records of one byte. */
+int32_t appdist_send_buffer(appdist_handle *handle, const void *buffer, int32_t length);
+
+/* Type 22: four parameters, which lie in the message in the order a, d, b, c. */
+int32_t appdist_send_params(appdist_handle *handle, uint32_t a, uint32_t b, uint32_t c, uint32_t d);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,177 @@
+/*
+ * The application database: records, process-wide tables and result codes.
+ *
+ * Integers are 32-bit in host byte order unless said otherwise. Text fields are fixed arrays,
+ * zero-filled, holding at most size - 1 characters.
+ */
+#ifndef APPMNGR_APPMNGR_MODEL_H
+#define APPMNGR_APPMNGR_MODEL_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Result codes ---------------------------------------------------------------------- */
+
+enum {
+    APPMNGR_SUCCESS = 0,
+    APPMNGR_ERR_FAILED = -9000,
+    APPMNGR_ERR_INVALID_ARG = -8999,
+    APPMNGR_ERR_NO_MEMORY = -8998,
+    APPMNGR_ERR_NOT_FOUND = -8997,
+    APPMNGR_ERR_OUT_OF_BOUNDARY = -8996,
+    APPMNGR_ERR_NOT_INIT = -8995,
+    APPMNGR_ERR_EXIST = -8994,
+    APPMNGR_ERR_USING = -8993,
+    APPMNGR_ERR_SIZE_SMALL = -8992,
+    APPMNGR_ERR_SIZE_LARGE = -8991,
+    APPMNGR_ERR_ITEM_FULL = -8990,
+    APPMNGR_ERR_ALLOC_UKEY = -8989,
+    APPMNGR_ERR_REVISE = -8987,
+    APPMNGR_ERR_ANALYZE = -8986,
+    APPMNGR_ERR_KERNEL = -8985,
+    APPMNGR_ERR_CONFIG = -8984,
+    APPMNGR_ERR_LOAD = -8983,
+    APPMNGR_ERR_FILE_INVALID_FORMAT = -8981,
+    APPMNGR_ERR_FILE_INVALID_LEN = -8980,
+    APPMNGR_ERR_FILE_CHECK = -8979,
+    APPMNGR_ERR_FILE_INVALID_VERSION = -8978,
+    APPMNGR_ERR_FILE_SAVE_ERROR = -8977,
+    APPMNGR_ERR_FILE_UNKNOWN_ERROR = -8976
+};
+
+/* Returns the name of a result code, "ERROR NOT IN LIST" for a number that has none. */
+const char *appmngr_errToStr(int16_t code);
+
+/* ---- Records --------------------------------------------------------------------------- */
+
+/* Payload signature of one direction, 288 bytes. The kernel module interprets it. */
+typedef struct appmngr_feature {
+    int32_t enable;    /* non-zero: the signature applies */
+    int32_t start;     /* first payload byte offset of the segment */
+    int32_t end;       /* last payload byte offset of the segment */
+    int32_t minlength; /* minimum payload length */
+    char dpiType[16];  /* kind of pattern */
+    char dpiCode[256]; /* the pattern */
+} appmngr_feature;
+
+/* Classification rule, one for each tuple; 596 bytes, the kernel's own layout. */
+typedef struct appmngr_rule {
+    uint32_t appId;
+    uint32_t sip;   /* source IPv4 address, network order; 0 any */
+    uint32_t dip;   /* destination IPv4 address, network order; 0 any */
+    uint16_t sport; /* source port, host order; 0 any */
+    uint16_t dport; /* destination port, host order; 0 any */
+    uint8_t proto;  /* IP protocol: 6 tcp, 17 udp, 1 icmp */
+    uint8_t reserved[3];
+    appmngr_feature orig;  /* originating direction */
+    appmngr_feature reply; /* reply direction */
+} appmngr_rule;
+
+/* DNS name keyword, 20 bytes, the kernel's own layout. */
+typedef struct appmngr_dnsRule {
+    uint32_t appId;
+    char keyword[16];
+} appmngr_dnsRule;
+
+/* Application, 136 bytes; stays in memory. */
+typedef struct appmngr_app {
+    uint32_t id;
+    int32_t visible;
+    char name[128];
+} appmngr_app;
+
+/* Application ids that fit a type's bitmap: 0 .. APPMNGR_APP_ID_LIMIT - 1. */
+#define APPMNGR_APP_ID_LIMIT 4096
+
+/* Application type, 644 bytes; stays in memory. */
+typedef struct appmngr_appType {
+    uint32_t id;
+    char name[128];
+    uint32_t appBitmap[APPMNGR_APP_ID_LIMIT / 32]; /* bit n: the application with id n has it */
+} appmngr_appType;
+
+/* Entry of a description database, 7,044 bytes; its inside is not used here. */
+typedef struct appmngr_desc {
+    unsigned char content[7044];
+} appmngr_desc;
+
+/* ---- Tables ---------------------------------------------------------------------------- */
+
+/* Header of the application database. The arrays belong to it. */
+typedef struct appmngr_appDb {
+    char ver[12];
+    char proModel[32];
+    char expired[32]; /* expiry date as written, not interpreted */
+    uint32_t appCount;
+    uint32_t ruleCount;
+    appmngr_rule *rule;
+    uint32_t typeCount;
+    appmngr_appType *type;
+} appmngr_appDb;
+
+/* Header of a description database, of the same shape. */
+typedef struct appmngr_appDescDb {
+    char ver[12];
+    char proModel[32];
+    char expired[32];
+    uint32_t appCount;
+    uint32_t ruleCount;
+    appmngr_desc *app;
+    uint32_t typeCount;
+    appmngr_desc *type;
+} appmngr_appDescDb;
+
+typedef struct appmngr_dnsTable {
+    uint32_t count;
+    appmngr_dnsRule *rule;
+} appmngr_dnsTable;
+
+/* What the counting pass found, then the cursors of the filling pass. */
+typedef struct appmngr_counters {
+    uint32_t tuple;
+    uint32_t app;
+    uint32_t typeId;
+    uint32_t descApp;
+    uint32_t descType;
+    uint32_t langcnt;
+    uint32_t dnsKw;
+    uint32_t ruleCur;
+    uint32_t appCur;
+    uint32_t typeCur;
+    uint32_t reserved[2];
+    uint32_t dnsCur;
+} appmngr_counters;
+
+/* A database has at most this many application types. */
+#define APPMNGR_TYPE_MAX 64
+
+extern appmngr_appDb g_appmngr_appDb;
+extern appmngr_app *g_appmngr_app; /* g_appmngr_count.app records */
+extern appmngr_dnsTable g_appmngr_appDns;
+extern appmngr_counters g_appmngr_count;
+extern uint32_t g_appmngr_typeIds[APPMNGR_TYPE_MAX]; /* in document order */
+extern appmngr_appDescDb g_appmngr_appDesc;
+
+/* Releases the tables and clears g_appmngr_appDb and g_appmngr_appDns; reports freed DNS rules. */
+void appmngr_appdb_free(void);
+
+/*
+ * Allocates the zeroed tables of g_appmngr_appDesc for descApp and descType entries. Returns 0, or
+ * -1 when one of them is 0 or memory is short; then nothing stays allocated.
+ */
+int appmngr_appdesc_alloc(void);
+
+/* Releases the tables of g_appmngr_appDesc and clears it. */
+void appmngr_appdesc_free(void);
+
+/* Returns the first application with this id, or null. */
+appmngr_app *appmngr_getAppById(uint32_t id);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,167 @@
+// The filling pass: dispatches every element to the rows of the current handler table.
+
+#include "appmngr/appmngr.h"
+#include "loader/diagnostic.h"
+
+#include <stdlib.h>
+
+static const appmngr_tagHandler *pHandlerInfo;
+
+void appmngr_setHandlerInfo(const appmngr_tagHandler *table)
+{
+    pHandlerInfo = table;
+}
+
+const appmngr_tagHandler *appmngr_getHandlerInfo(void)
+{
+    return pHandlerInfo;
+}
+
+namespace
+{
+// An element on the way down to the one at hand. Frames stay for reuse until the walk ends, and
+// where they are, since the address of a counter is a context.
+struct Frame {
+    Frame *outer;
+    Frame *inner;
+    XmlpNode *node;
+    const appmngr_tagHandler *row; // the row at work on it
+    appmngr_context context;       // what its handlers are given
+    appmngr_context below;         // what those of its children are given
+    uint32_t tuples;
+};
+} // namespace
+
+static XmlpNode *firstTyped(XmlpNode *node)
+{
+    while (node != nullptr && node->type == XMLP_NODE_NONE) {
+        node = node->next;
+    }
+    return node;
+}
+
+// The first row from row on that matches name, or the end of the table.
+static const appmngr_tagHandler *matchingRow(const appmngr_tagHandler *row, const char *name)
+{
+    for (; row->tag != nullptr; row++) {
+        // Letters that differ in more than their case settle most rows.
+        if (name != nullptr && ((row->tag[0] ^ name[0]) & ~0x20) == 0 &&
+            appmngr_strcasecmp(name, row->tag) == 0) {
+            break;
+        }
+    }
+    return row;
+}
+
+static appmngr_context contextBelow(Frame *frame)
+{
+    switch (frame->row->descent) {
+    case APPMNGR_ZERO:
+        return 0;
+    case APPMNGR_ONE:
+        return 1;
+    case APPMNGR_OWN_COUNT:
+        frame->tuples = 0;
+        return reinterpret_cast<appmngr_context>(&frame->tuples);
+    default:
+        return frame->context;
+    }
+}
+
+// The frame below outer, or null without memory.
+static Frame *innerFrame(Frame *outer)
+{
+    if (outer->inner == nullptr) {
+        outer->inner = static_cast<Frame *>(calloc(1, sizeof(Frame)));
+        if (outer->inner != nullptr) {
+            outer->inner->outer = outer;
+        }
+    }
+    return outer->inner;
+}
+
+static void begin(Frame *frame, XmlpNode *node, appmngr_context context)
+{
+    frame->node = node;
+    frame->row = pHandlerInfo;
+    frame->context = context;
+}
+
+// Ends the work of the current row on the frame's element.
+static void leaveRow(Frame *frame)
+{
+    if (frame->row->leave != nullptr) {
+        frame->row->leave(frame->node, frame->below);
+    }
+    frame->row++;
+}
+
+// Walks an element and what its rows want walked below it, in document order. Elements nest as
+// deep as the document has room for, so the way back up is kept in frames, not on the stack.
+static int walk(Frame *top)
+{
+    Frame *frame = top;
+    for (;;) {
+        frame->row = matchingRow(frame->row, frame->node->name);
+        if (frame->row->tag != nullptr) {
+            frame->below = contextBelow(frame);
+            if (frame->row->handler != nullptr) {
+                frame->row->handler(frame->node, frame->context);
+            }
+            XmlpNode *child = frame->row->descent != APPMNGR_LEAF
+                                  ? firstTyped(frame->node->firstChild)
+                                  : nullptr;
+            if (child == nullptr) {
+                leaveRow(frame);
+                continue;
+            }
+            Frame *inner = innerFrame(frame);
+            if (inner == nullptr) {
+                return -1;
+            }
+            begin(inner, child, frame->below);
+            frame = inner;
+        } else if (frame == top) {
+            return 0;
+        } else {
+            XmlpNode *sibling = firstTyped(frame->node->next);
+            if (sibling != nullptr) {
+                begin(frame, sibling, frame->context);
+            } else {
+                frame = frame->outer;
+                leaveRow(frame);
+            }
+        }
+    }
+}
+
+int appmngr_childnode_handler(XmlpNode *node, appmngr_context context)
+{
+    if (node == nullptr || node->type == XMLP_NODE_NONE) {
+        return 0;
+    }
+    if (pHandlerInfo == nullptr) {
+        APPMNGR_ERROR(1894, "Null pHandlerInfo\n");
+        return -1;
+    }
+    Frame top = {};
+    begin(&top, node, context);
+    int status = walk(&top);
+    for (Frame *frame = top.inner; frame != nullptr;) {
+        Frame *inner = frame->inner;
+        free(frame);
+        frame = inner;
+    }
+    return status;
+}
+
+int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context)
+{
+    XmlpNode *child = node != nullptr ? node->firstChild : nullptr;
+    for (; child != nullptr; child = child->next) {
+        if (appmngr_childnode_handler(child, context) != 0) {
+            return pHandlerInfo == nullptr ? 0 : -1;
+        }
+    }
+    return 0;
+}

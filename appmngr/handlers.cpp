@@ -1,0 +1,315 @@
+// The handlers of the application database: what each element writes into the tables.
+//
+// A document may hold more elements than were counted, since the counting pass goes by exact paths
+// and the walk by names alone. So every handler first asks for its record, and one whose record
+// lies past its table does nothing.
+
+#include "appmngr/appmngr.h"
+#include "appmngr/appmngr_internal.h"
+#include "loader/diagnostic.h"
+
+#include <arpa/inet.h>
+#include <string.h>
+
+/* ---- Current records ----------------------------------------------------------------------- */
+
+static appmngr_app *currentApp()
+{
+    return g_appmngr_app != nullptr && g_appmngr_count.appCur < g_appmngr_count.app
+               ? &g_appmngr_app[g_appmngr_count.appCur]
+               : nullptr;
+}
+
+static appmngr_appType *currentType()
+{
+    return g_appmngr_count.typeCur < g_appmngr_appDb.typeCount
+               ? &g_appmngr_appDb.type[g_appmngr_count.typeCur]
+               : nullptr;
+}
+
+// Rule record number offset from the cursor on.
+static appmngr_rule *ruleAt(uint32_t offset)
+{
+    uint32_t left = g_appmngr_appDb.ruleCount - g_appmngr_count.ruleCur;
+    return offset < left ? &g_appmngr_appDb.rule[g_appmngr_count.ruleCur + offset] : nullptr;
+}
+
+// The signature of the direction that the context names.
+static appmngr_feature *currentFeature(appmngr_context context)
+{
+    appmngr_rule *rule = ruleAt(0);
+    if (rule == nullptr || context > 1) {
+        return nullptr;
+    }
+    return context == 0 ? &rule->orig : &rule->reply;
+}
+
+// The rule's tuple counter, null where the context is none.
+static uint32_t *tupleCounter(appmngr_context context)
+{
+    return context > 1 ? reinterpret_cast<uint32_t *>(context) : nullptr;
+}
+
+/* ---- Header, applications, types ----------------------------------------------------------- */
+
+static int readVer(XmlpNode *node, appmngr_context /*context*/)
+{
+    return appmngr_getNodeString(node, g_appmngr_appDb.ver, sizeof(g_appmngr_appDb.ver));
+}
+
+static int readProModel(XmlpNode *node, appmngr_context /*context*/)
+{
+    return appmngr_getNodeString(node, g_appmngr_appDb.proModel, sizeof(g_appmngr_appDb.proModel));
+}
+
+static int readExpired(XmlpNode *node, appmngr_context /*context*/)
+{
+    return appmngr_getNodeString(node, g_appmngr_appDb.expired, sizeof(g_appmngr_appDb.expired));
+}
+
+static int readUnsigned(const XmlpNode *node, uint32_t *out)
+{
+    int32_t number;
+    if (appmngr_getNodeInt(node, &number) != 0) {
+        return -1;
+    }
+    *out = static_cast<uint32_t>(number);
+    return 0;
+}
+
+static int readId(XmlpNode *node, appmngr_context context)
+{
+    appmngr_app *app = context == 0 ? currentApp() : nullptr;
+    if (app != nullptr) {
+        return readUnsigned(node, &app->id);
+    }
+    appmngr_appType *type = context == 1 ? currentType() : nullptr;
+    return type != nullptr ? readUnsigned(node, &type->id) : -1;
+}
+
+static int readName(XmlpNode *node, appmngr_context context)
+{
+    appmngr_app *app = context == 0 ? currentApp() : nullptr;
+    if (app != nullptr) {
+        return appmngr_getNodeString(node, app->name, sizeof(app->name));
+    }
+    appmngr_appType *type = context == 1 ? currentType() : nullptr;
+    return type != nullptr ? appmngr_getNodeString(node, type->name, sizeof(type->name)) : -1;
+}
+
+static int readVisible(XmlpNode *node, appmngr_context /*context*/)
+{
+    appmngr_app *app = currentApp();
+    return app != nullptr ? appmngr_getNodeInt(node, &app->visible) : -1;
+}
+
+static int leaveApp(XmlpNode * /*node*/, appmngr_context /*context*/)
+{
+    if (currentApp() == nullptr) {
+        return -1;
+    }
+    g_appmngr_count.appCur++;
+    return 0;
+}
+
+static int leaveAppType(XmlpNode * /*node*/, appmngr_context /*context*/)
+{
+    if (currentType() == nullptr) {
+        return -1;
+    }
+    g_appmngr_count.typeCur++;
+    return 0;
+}
+
+int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context /*context*/)
+{
+    const appmngr_app *app = currentApp();
+    int32_t id;
+    if (app == nullptr || appmngr_getNodeInt(node, &id) != 0) {
+        return -1;
+    }
+    appmngr_appType *type = _appmngr_getAppTypeBydId(static_cast<uint32_t>(id));
+    if (type == nullptr) {
+        APPMNGR_ERROR(1102, "_appmngr_getAppTypeBydId FAILED\n");
+        return -1;
+    }
+    if (app->id >= APPMNGR_APP_ID_LIMIT) {
+        return -1;
+    }
+    appmngr_setBit(type->appBitmap, app->id);
+    return 0;
+}
+
+static int readDnsKw(XmlpNode *node, appmngr_context /*context*/)
+{
+    const appmngr_app *app = currentApp();
+    if (node == nullptr || app == nullptr || g_appmngr_count.dnsCur >= g_appmngr_appDns.count) {
+        return -1;
+    }
+    appmngr_dnsRule *rule = &g_appmngr_appDns.rule[g_appmngr_count.dnsCur++];
+    rule->appId = app->id;
+    return appmngr_getNodeString(node, rule->keyword, sizeof(rule->keyword));
+}
+
+/* ---- Rules --------------------------------------------------------------------------------- */
+
+// The tuples of a rule lie one after the other from the cursor on; its signatures lie in the first.
+static int leaveRule(XmlpNode * /*node*/, appmngr_context context)
+{
+    const uint32_t count = *tupleCounter(context);
+    const appmngr_app *app = currentApp();
+    appmngr_rule *first = ruleAt(0);
+    if (app == nullptr || first == nullptr) {
+        return -1;
+    }
+    first->appId = app->id;
+    uint32_t used = count > 0 ? 1 : 0;
+    for (; used < count; used++) {
+        appmngr_rule *rule = ruleAt(used);
+        if (rule == nullptr) { // an inner rule moved the cursor
+            break;
+        }
+        rule->appId = first->appId;
+        rule->orig = first->orig;
+        rule->reply = first->reply;
+    }
+    g_appmngr_count.ruleCur += used;
+    return 0;
+}
+
+namespace
+{
+// How a fault in one of a tuple's two endpoints is reported.
+struct EndpointFaults {
+    int splitLine;
+    const char *splitText;
+    int addressLine;
+    const char *addressFormat;
+};
+} // namespace
+
+static constexpr EndpointFaults sourceFaults = {1295, "ucm_string_makeSubStrByChar failed!\n", 1318,
+                                                "inet_pton failed! str = [%s]\n"};
+static constexpr EndpointFaults destFaults = {1343, "Analyze the dest pair ip failed!\n", 1362,
+                                              "inet_pton failed, str = [%s]!\n"};
+
+// Reports under the name of the tuple handler, whose faults these are.
+#define TUPLE_ERROR(line, ...) \
+    _appmngr_report("_appmngr_xmlnode_handler_tuple", line, __VA_ARGS__)
+
+// Reads "address:port"; the address 0 is any.
+static int readEndpoint(char *text, const EndpointFaults *faults, uint32_t *address, uint16_t *port)
+{
+    char *parts[3];
+    if (appmngr_string_makeSubStrByChar(text, ':', 3, parts) != 2) {
+        TUPLE_ERROR(faults->splitLine, "%s", faults->splitText);
+        return -1;
+    }
+    struct in_addr parsed = {};
+    if (!appmngr_string_match(parts[0], "0") && inet_pton(AF_INET, parts[0], &parsed) != 1) {
+        TUPLE_ERROR(faults->addressLine, faults->addressFormat, parts[0]);
+        return -1;
+    }
+    *address = parsed.s_addr;
+    *port = static_cast<uint16_t>(appmngr_atoi(parts[1]));
+    return 0;
+}
+
+// "proto source:port destination:port". What a faulty tuple wrote before its fault stays in the
+// record for the next one.
+int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context)
+{
+    uint32_t *count = tupleCounter(context);
+    appmngr_rule *rule = count != nullptr ? ruleAt(*count) : nullptr;
+    if (node == nullptr || rule == nullptr) {
+        return -1;
+    }
+    const char *text = appmngr_getNodeValue(node);
+    if (text == nullptr) {
+        APPMNGR_ERROR(1247, "Not tuple string found!\n");
+        return -1;
+    }
+    char work[64] = {};
+    memcpy(work, text, strnlen(text, sizeof(work) - 1));
+
+    char *parts[4];
+    if (appmngr_string_makeSubStrByChar(work, ' ', 4, parts) != 3) {
+        APPMNGR_ERROR(1268, "Not match [proto ip:port ip:port] format!\n");
+        return -1;
+    }
+    uint32_t proto = appmngr_utils_str2proto(parts[0]);
+    if (proto == APPMNGR_PROTO_UNKNOWN) {
+        APPMNGR_ERROR(1280, "appmngr_utils_str2proto failed!\n");
+        return -1;
+    }
+    rule->proto = static_cast<uint8_t>(proto);
+    if (readEndpoint(parts[1], &sourceFaults, &rule->sip, &rule->sport) != 0 ||
+        readEndpoint(parts[2], &destFaults, &rule->dip, &rule->dport) != 0) {
+        return -1;
+    }
+    (*count)++;
+    return 0;
+}
+
+/* ---- Signatures ---------------------------------------------------------------------------- */
+
+template <int32_t appmngr_feature::*field>
+static int readFeatureInt(XmlpNode *node, appmngr_context context)
+{
+    appmngr_feature *feature = currentFeature(context);
+    return feature != nullptr ? appmngr_getNodeInt(node, &(feature->*field)) : -1;
+}
+
+static int readDpiType(XmlpNode *node, appmngr_context context)
+{
+    appmngr_feature *feature = currentFeature(context);
+    if (feature == nullptr) {
+        return -1;
+    }
+    (void)appmngr_getNodeString(node, feature->dpiType, sizeof(feature->dpiType));
+    return 0;
+}
+
+static int readDpiCode(XmlpNode *node, appmngr_context context)
+{
+    appmngr_feature *feature = currentFeature(context);
+    if (feature == nullptr) {
+        return -1;
+    }
+    (void)appmngr_getNodeString(node, feature->dpiCode, sizeof(feature->dpiCode));
+    return 0;
+}
+
+/* ---- The table ----------------------------------------------------------------------------- */
+
+extern const appmngr_tagHandler _appmngr_appDbHandlers[] = {
+    {"AppDB", APPMNGR_SAME, nullptr, nullptr},
+    {"ver", APPMNGR_LEAF, readVer, nullptr},
+    {"proModel", APPMNGR_LEAF, readProModel, nullptr},
+    {"expired", APPMNGR_LEAF, readExpired, nullptr},
+    {"appList", APPMNGR_ZERO, nullptr, nullptr},
+    {"app", APPMNGR_SAME, nullptr, leaveApp},
+    {"id", APPMNGR_LEAF, readId, nullptr},
+    {"name", APPMNGR_LEAF, readName, nullptr},
+    {"visible", APPMNGR_LEAF, readVisible, nullptr},
+    {"typeIdList", APPMNGR_SAME, nullptr, nullptr},
+    {"typeId", APPMNGR_LEAF, _appmngr_xmlnode_handler_typeid, nullptr},
+    {"ruleList", APPMNGR_SAME, nullptr, nullptr},
+    {"rule", APPMNGR_OWN_COUNT, nullptr, leaveRule},
+    {"tupleList", APPMNGR_SAME, nullptr, nullptr},
+    {"tuple", APPMNGR_LEAF, _appmngr_xmlnode_handler_tuple, nullptr},
+    {"ori", APPMNGR_ZERO, nullptr, nullptr},
+    {"rep", APPMNGR_ONE, nullptr, nullptr},
+    {"enable", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::enable>, nullptr},
+    {"segment", APPMNGR_SAME, nullptr, nullptr},
+    {"start", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::start>, nullptr},
+    {"end", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::end>, nullptr},
+    {"minlength", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::minlength>, nullptr},
+    {"dpiType", APPMNGR_LEAF, readDpiType, nullptr},
+    {"dpiCode", APPMNGR_LEAF, readDpiCode, nullptr},
+    {"appTypeList", APPMNGR_ONE, nullptr, nullptr},
+    {"appType", APPMNGR_SAME, nullptr, leaveAppType},
+    {"dnsKwList", APPMNGR_SAME, nullptr, nullptr},
+    {"dnsKw", APPMNGR_LEAF, readDnsKw, nullptr},
+    {nullptr, APPMNGR_LEAF, nullptr, nullptr},
+};

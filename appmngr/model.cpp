@@ -1,0 +1,144 @@
+// The tables of the application database, and the layout of what the kernel gets of them.
+//
+// Rule record, host byte order but for the addresses:
+//
+//     0        4        8        12      14      16     17     20              308           596
+//     +--------+--------+--------+-------+-------+------+------+---------------+---------------+
+//     | appId  | sip    | dip    | sport | dport | proto| 0    | orig          | reply         |
+//     +--------+--------+--------+-------+-------+------+------+---------------+---------------+
+//
+// and in it, for each direction:
+//
+//     0        4        8        12         16             32                             288
+//     +--------+--------+--------+----------+--------------+-------------------------------+
+//     | enable | start  | end    | minlength| dpiType      | dpiCode                       |
+//     +--------+--------+--------+----------+--------------+-------------------------------+
+
+#include "appmngr/appmngr_internal.h"
+
+#include <stddef.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+static_assert(sizeof(appmngr_feature) == 288);
+static_assert(offsetof(appmngr_feature, dpiType) == 16);
+static_assert(offsetof(appmngr_feature, dpiCode) == 32);
+static_assert(sizeof(appmngr_rule) == 596);
+static_assert(offsetof(appmngr_rule, sport) == 12);
+static_assert(offsetof(appmngr_rule, proto) == 16);
+static_assert(offsetof(appmngr_rule, orig) == 20);
+static_assert(offsetof(appmngr_rule, reply) == 308);
+static_assert(sizeof(appmngr_dnsRule) == 20);
+static_assert(sizeof(appmngr_app) == 136);
+static_assert(sizeof(appmngr_appType) == 644);
+static_assert(sizeof(appmngr_counters) == 13 * 4);
+
+appmngr_appDb g_appmngr_appDb;
+appmngr_app *g_appmngr_app;
+appmngr_dnsTable g_appmngr_appDns;
+appmngr_counters g_appmngr_count;
+uint32_t g_appmngr_typeIds[APPMNGR_TYPE_MAX];
+appmngr_appDescDb g_appmngr_appDesc;
+
+// Allocates count zeroed records and says so in *failed if it cannot.
+template <typename Record> static Record *newTable(uint32_t count, bool *failed)
+{
+    auto *table = static_cast<Record *>(calloc(count, sizeof(Record)));
+    *failed = *failed || table == nullptr;
+    return table;
+}
+
+int _appmngr_alloc_for_appdb(void)
+{
+    if (g_appmngr_appDb.rule != nullptr && g_appmngr_appDb.ruleCount != 0) {
+        appmngr_appdb_free();
+    }
+    const appmngr_counters *count = &g_appmngr_count;
+    g_appmngr_appDb.ruleCount = count->tuple;
+    g_appmngr_appDb.typeCount = count->typeId;
+    g_appmngr_appDns.count = count->dnsKw;
+    if (count->tuple == 0 || count->typeId == 0 || count->app == 0 ||
+        count->typeId > APPMNGR_TYPE_MAX) {
+        appmngr_appdb_free(); // no count stays without its table
+        return -1;
+    }
+    bool failed = false;
+    g_appmngr_appDb.rule = newTable<appmngr_rule>(count->tuple, &failed);
+    g_appmngr_appDb.type = newTable<appmngr_appType>(count->typeId, &failed);
+    g_appmngr_app = newTable<appmngr_app>(count->app, &failed);
+    if (!failed && count->dnsKw != 0) {
+        g_appmngr_appDns.rule = newTable<appmngr_dnsRule>(count->dnsKw, &failed);
+        if (failed) {
+            puts("Allocate for g_appmngr_appDns.rule FAILED");
+        }
+    }
+    if (failed) {
+        appmngr_appdb_free();
+        return -1;
+    }
+    return 0;
+}
+
+void appmngr_appdb_free(void)
+{
+    free(g_appmngr_appDb.rule);
+    free(g_appmngr_appDb.type);
+    g_appmngr_appDb = {};
+    free(g_appmngr_app);
+    g_appmngr_app = nullptr;
+    if (g_appmngr_appDns.rule != nullptr) {
+        free(g_appmngr_appDns.rule);
+        puts("**********************************");
+        puts("Free g_appmngr_appDns.rule");
+        puts("**********************************");
+    }
+    g_appmngr_appDns = {};
+}
+
+int appmngr_appdesc_alloc(void)
+{
+    g_appmngr_appDesc.appCount = g_appmngr_count.descApp;
+    g_appmngr_appDesc.typeCount = g_appmngr_count.descType;
+    if (g_appmngr_appDesc.appCount == 0 || g_appmngr_appDesc.typeCount == 0) {
+        appmngr_appdesc_free();
+        return -1;
+    }
+    bool failed = false;
+    g_appmngr_appDesc.app = newTable<appmngr_desc>(g_appmngr_appDesc.appCount, &failed);
+    g_appmngr_appDesc.type = newTable<appmngr_desc>(g_appmngr_appDesc.typeCount, &failed);
+    if (failed) {
+        appmngr_appdesc_free();
+        return -1;
+    }
+    return 0;
+}
+
+void appmngr_appdesc_free(void)
+{
+    free(g_appmngr_appDesc.app);
+    free(g_appmngr_appDesc.type);
+    g_appmngr_appDesc = {};
+}
+
+appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id)
+{
+    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
+        if (g_appmngr_appDb.type[i].id == id) {
+            return &g_appmngr_appDb.type[i];
+        }
+    }
+    return nullptr;
+}
+
+appmngr_app *appmngr_getAppById(uint32_t id)
+{
+    if (g_appmngr_app == nullptr) {
+        return nullptr;
+    }
+    for (uint32_t i = 0; i < g_appmngr_count.app; i++) {
+        if (g_appmngr_app[i].id == id) {
+            return &g_appmngr_app[i];
+        }
+    }
+    return nullptr;
+}

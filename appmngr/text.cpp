@@ -1,0 +1,136 @@
+// Small text helpers: protocol names, comparison, splitting, bitmaps, escaping.
+
+#include "appmngr/appmngr.h"
+#include "loader/diagnostic.h"
+
+#include <limits.h>
+#include <stdio.h>
+#include <string.h>
+
+static constexpr struct {
+    uint32_t number;
+    const char *name;
+} protocols[] = {{6, "tcp"}, {17, "udp"}, {1, "icmp"}};
+
+uint32_t appmngr_utils_str2proto(const char *name)
+{
+    for (const auto &protocol : protocols) {
+        if (appmngr_strcasecmpSafe(name, protocol.name) == 0) {
+            return protocol.number;
+        }
+    }
+    puts("Unknown protocol!\r");
+    return APPMNGR_PROTO_UNKNOWN;
+}
+
+const char *appmngr_utils_proto2str(uint32_t number)
+{
+    for (const auto &protocol : protocols) {
+        if (protocol.number == number) {
+            return protocol.name;
+        }
+    }
+    return "unknown";
+}
+
+static int lower(char character)
+{
+    auto byte = static_cast<unsigned char>(character);
+    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+}
+
+int appmngr_strcasecmp(const char *a, const char *b)
+{
+    while (*a != '\0' && lower(*a) == lower(*b)) {
+        a++;
+        b++;
+    }
+    return lower(*a) - lower(*b);
+}
+
+int appmngr_strcasecmpSafe(const char *a, const char *b)
+{
+    return a == nullptr || b == nullptr ? INT_MAX : appmngr_strcasecmp(a, b);
+}
+
+int appmngr_string_match(const char *a, const char *b)
+{
+    if (a == nullptr || b == nullptr) {
+        APPMNGR_ERROR(470, "Some parameter is null.\r\n");
+        return 0;
+    }
+    return strcmp(a, b) == 0;
+}
+
+char *appmngr_string_token(char *text, const char *delimiters, char **save)
+{
+    char *token = text != nullptr ? text : *save;
+    if (token == nullptr) {
+        return nullptr;
+    }
+    token += strspn(token, delimiters);
+    char *end = token + strcspn(token, delimiters);
+    *save = *end != '\0' ? end + 1 : end;
+    *end = '\0';
+    return end > token ? token : nullptr;
+}
+
+int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxNum, char **parts)
+{
+    if (text == nullptr || parts == nullptr) {
+        APPMNGR_ERROR(428, "Some parameter is null.\r\n");
+        return -1;
+    }
+    if (maxNum <= 0) {
+        APPMNGR_ERROR(434, "Maximum number is invalid. maxNum = %d\r\n", maxNum);
+        return -1;
+    }
+    const char delimiters[] = {separator, '\t', '\r', '\n', '\0'};
+    char *save = text;
+    int32_t count = 0;
+    for (char *part = appmngr_string_token(text, delimiters, &save); part != nullptr;
+         part = appmngr_string_token(nullptr, delimiters, &save)) {
+        parts[count++] = part;
+        if (count == maxNum) {
+            APPMNGR_ERROR(453, "Too many substrings to string provided \r\n");
+            return -1;
+        }
+    }
+    parts[count] = nullptr;
+    return count;
+}
+
+void appmngr_setBit(uint32_t *words, uint32_t n)
+{
+    words[n / 32] |= UINT32_C(1) << (n % 32);
+}
+
+int appmngr_isZero512(const void *block)
+{
+    static constexpr unsigned char zeros[512] = {};
+    return memcmp(block, zeros, sizeof(zeros)) == 0;
+}
+
+int appmngr_escapeSpecial(char *dest, const char *text)
+{
+    if (dest == nullptr || text == nullptr) {
+        return -1;
+    }
+    for (; *text != '\0'; text++) {
+        switch (*text) {
+        case ' ':
+            *dest++ = 1;
+            break;
+        case '"':
+            *dest++ = 2;
+            break;
+        case '\\':
+            *dest++ = 3;
+            break;
+        default:
+            *dest++ = *text;
+        }
+    }
+    *dest = '\0';
+    return 0;
+}

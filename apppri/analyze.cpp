@@ -1,0 +1,80 @@
+// From the XML text in the buffer to the model.
+
+#include "apppri/apppri_internal.h"
+
+#include "appmngr/appmngr.h"
+#include "apppri/diagnostic.h"
+
+#include <string.h>
+
+// A document that was refused; it is not released there, which is kept on purpose.
+static XmlpDoc *refusedDoc;
+
+int apppri_detectBom(const char *text, uint32_t length)
+{
+    return appmngr_checkEncoding(text, length);
+}
+
+static uint32_t markLength(int mark)
+{
+    switch (mark) {
+    case APPMNGR_MARK_UTF8:
+        return 3;
+    case APPMNGR_MARK_UTF16LE:
+    case APPMNGR_MARK_UTF16BE:
+        return 2;
+    default:
+        return 0;
+    }
+}
+
+static XmlpDoc *loadText(void)
+{
+    const char *text = apppri_db.xmlBuf;
+    if (text == nullptr) {
+        return nullptr;
+    }
+    const uint32_t length = static_cast<uint32_t>(strlen(text));
+    const uint32_t skip = markLength(apppri_detectBom(text, length));
+    return xmlp_loadDoc(text + skip, length - skip, 1);
+}
+
+static void releaseRefused(void)
+{
+    if (refusedDoc != nullptr) {
+        xmlp_releaseDoc(refusedDoc);
+        refusedDoc = nullptr;
+    }
+}
+
+int _apppri_allocDatabase(void)
+{
+    return 0;
+}
+
+int apppri_analyzeDBFile(void)
+{
+    releaseRefused();
+    XmlpDoc *doc = loadText();
+    if (doc == nullptr) {
+        APPPRI_ERROR(1105, "xmlParseMemory error.\r\n");
+        return -1;
+    }
+    int result = -1;
+    const XmlpNode *top = xmlp_getChildNode(doc->tree->root, 0);
+    if (top == nullptr) {
+        APPPRI_ERROR(1113, "get root child fail\r\n\r\n");
+    } else if (apppri_parseThroughXML("root", top) != 0) {
+        // has been reported where the value is missing
+    } else if (_apppri_allocDatabase() != 0) {
+        APPPRI_ERROR(1127, "_apppri_allocDatabase FAILED.\r\n");
+    } else if (apppri_db_parseAll(top) != 0) {
+        APPPRI_ERROR(1139, "apppri_db_parseAll FAILED\r\n");
+        refusedDoc = doc;
+        return -1;
+    } else {
+        result = 0;
+    }
+    xmlp_releaseDoc(doc);
+    return result;
+}

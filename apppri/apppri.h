@@ -1,0 +1,220 @@
+/*
+ * apppri - the application priority database: which priority each application has.
+ *
+ * Its image lies in the database file behind the application database. The XML text in it groups
+ * applications into sorts, each with one priority:
+ *
+ *   AppSortDB
+ *     ver, proModel, expired         expired: YYYY-MM-DD or YYYY-MM-DD hh:mm:ss
+ *     sortNum, appNum                how many there are in all
+ *     sortList
+ *       sort                         any number
+ *         id, name, prio, type
+ *         appList
+ *           app                      any number
+ *             appId, appType, appName
+ *
+ * Element names are matched without regard to ASCII letter case, empty elements are skipped, a
+ * value of 512 bytes or more counts as missing.
+ *
+ * Statuses are 0 on success and -1 on failure unless a function says otherwise; failures are
+ * reported on standard output as "[apppri_db_error](function) line: message". A failure leaves
+ * what was read so far in place.
+ */
+#ifndef APPPRI_APPPRI_H
+#define APPPRI_APPPRI_H
+
+#include "xmlp/xmlp.h"
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Model ----------------------------------------------------------------------------- */
+
+/* Room of the names below, in bytes. A name that fills it has no terminator. */
+#define APPPRI_NAME_SIZE 32
+
+/*
+ * Lists are circular. They begin at a sentinel, a record of its own whose data stays zero; in an
+ * empty list it points at itself. A removed record points at APPPRI_REMOVED_NEXT and
+ * APPPRI_REMOVED_PREV, a new one at nothing.
+ */
+#define APPPRI_REMOVED_NEXT 0x100100
+#define APPPRI_REMOVED_PREV 0x200200
+
+/* An application; 48 bytes on a 32-bit target. */
+typedef struct apppri_app {
+    struct apppri_app *next;
+    struct apppri_app *prev;
+    uint32_t appId; /* index into the priority map */
+    uint32_t appType;
+    char appName[APPPRI_NAME_SIZE];
+} apppri_app;
+
+/* A sort: a class of applications; 56 bytes on a 32-bit target. */
+typedef struct apppri_sort {
+    struct apppri_sort *next;
+    struct apppri_sort *prev;
+    uint32_t id;
+    uint32_t type;
+    char name[APPPRI_NAME_SIZE];
+    uint32_t prio;       /* the low byte goes to the kernel */
+    apppri_app *appList; /* sentinel; null until the first application */
+} apppri_sort;
+
+/* Bytes of the database file that the image may take, and its offset there. */
+#define APPPRI_IMAGE_SIZE   65536u
+#define APPPRI_IMAGE_OFFSET 163840u
+
+/* The database; what stands before xmlBuf (88 bytes on a 32-bit target) is cleared as one. */
+typedef struct apppri_database {
+    char ver[12];
+    char proModel[32];
+    char expired[32];
+    int32_t sortNum;          /* as declared */
+    int32_t appNum;           /* as declared, over all sorts */
+    apppri_sort *appSortList; /* sentinel; null until the first sort */
+    char *xmlBuf;             /* XML text, bufSize bytes; null while not allocated */
+    unsigned char *fileBuf;   /* image, APPPRI_IMAGE_SIZE bytes; null while not allocated */
+    int32_t expiredTime[6];   /* year, month, day, hour, minute, second of expired */
+} apppri_database;
+
+extern apppri_database apppri_db;
+
+/* ---- Profile --------------------------------------------------------------------------- */
+
+/* Sizes that belong to the product. */
+typedef struct apppri_profile {
+    uint32_t reserved1;  /* 1 */
+    uint32_t mapSize;    /* 4096: bytes of the priority map */
+    uint32_t bufSize;    /* 65536: bytes of the XML text buffer */
+    uint32_t ruleMaxNum; /* 1: shown by the update image writer */
+    uint32_t reserved5;  /* 32 */
+} apppri_profile;
+
+extern apppri_profile g_apppri_profile;
+
+/* Announces itself on standard output and sets the profile to its initial values. Returns 0. */
+int appprio_readParaFromProfile(void);
+
+/* ---- Loading --------------------------------------------------------------------------- */
+
+/*
+ * The whole way: drops an earlier model, loads the database of the file that appmngr_checkDbPath
+ * was given and sends its priority map to the kernel. The model stays.
+ */
+int apppri_database_init(void);
+
+/* Reads the image and fills the model from it. The buffers are released in every case. */
+int apppri_readAppSortFromDB(void);
+
+/*
+ * Allocates the buffers that are not there yet and clears both. On failure the one that could be
+ * allocated stays.
+ */
+int apppri_DBResAlloc(void);
+
+/* Releases both buffers. */
+void apppri_DBResFree(void);
+
+/*
+ * Releases every sort and application of the model and clears the database up to xmlBuf. Records
+ * handed out earlier are gone. Returns 0.
+ */
+int apppri_DBReInit(void);
+
+/*
+ * Reads the image into fileBuf and its text, NUL-terminated, into xmlBuf. Fails when the file
+ * cannot be opened and when the text fills the buffer; a corrupt stream gives what was decoded
+ * before the fault. Failures are reported as "[Error](function) line: message".
+ */
+int apppri_readDBFromFlash(void);
+
+/*
+ * Fills the model from the text in xmlBuf. A document whose elements are refused stays in memory
+ * until the next call.
+ */
+int apppri_analyzeDBFile(void);
+
+/* Returns the byte-order mark (APPMNGR_MARK_...) at the start of length bytes at text. */
+int apppri_detectBom(const char *text, uint32_t length);
+
+/*
+ * Reads sortNum, appNum and ver of the database from node, its later siblings and what is below
+ * them. prefix is the dotted path of their parent. Fails, after leaving out the later siblings,
+ * when a value is missing; below the first level that is reported, but no failure.
+ */
+int apppri_parseThroughXML(const char *prefix, const XmlpNode *node);
+
+/* ---- Parsing --------------------------------------------------------------------------- */
+
+/* Reads node, which must be AppSortDB, and its later siblings. */
+int apppri_db_parseAll(const XmlpNode *node);
+
+/* Reads the children of AppSortDB; sortNum and appNum are known already. */
+int apppri_db_parseAppSortDB(const XmlpNode *node);
+
+/* Reads the sorts of a sortList, which must be sortNum, with appNum applications in all. */
+int apppri_db_parseSortList(const XmlpNode *node);
+
+/*
+ * Reads a sort into a record that its type element appends to appSortList; without one it is
+ * dropped. *appCounter grows by the number of its applications.
+ */
+int apppri_db_parseSort(const XmlpNode *node, uint32_t *appCounter);
+
+/* Reads the applications of an appList into sort; *appCounter grows by their number. */
+int apppri_db_parseAppList(const XmlpNode *node, apppri_sort *sort, uint32_t *appCounter);
+
+/*
+ * Reads an app into a record that its appName element appends to the list of sort; without one it
+ * is dropped.
+ */
+int apppri_db_parseApp(const XmlpNode *node, apppri_sort *sort);
+
+/* ---- Priority map ---------------------------------------------------------------------- */
+
+/* The map of the upload under way, mapSize bytes; null otherwise. */
+extern unsigned char *g_appPriTbl;
+
+/*
+ * Writes the low byte of each sort's priority to map, which has mapSize bytes, at the ids of its
+ * applications. Of several sorts with the same application the last one counts. Ids outside the
+ * map are left out. Fails when there is no sort list.
+ */
+int8_t apppri_initPrimapFromDB(unsigned char *map);
+
+/*
+ * Writes the low byte of prio to map at the ids of one sort's applications: the first sort with
+ * this id that has an application list. Returns 0, also when there is no such sort, or -1 when
+ * there is no sort list.
+ */
+int apppri_initPrimapWithSort(unsigned char *map, uint32_t sortId, int32_t prio);
+
+/* Builds the map of the whole model and sends it to the kernel as message 20. */
+int apppri_sendMsgToKernel(void);
+
+/* ---- Lookups and listing --------------------------------------------------------------- */
+
+/* Returns the id of the first application whose name contains needle, in this letter case; or -1.
+ */
+int32_t apppri_getAppIdByName(const char *needle);
+
+/*
+ * Finds the first application with this id and copies its name into the length bytes at out, cut
+ * or filled up with zeros; only a name shorter than length is terminated.
+ * Returns the sort that the application belongs to, or null.
+ */
+apppri_sort *apppri_getAppNameById(uint32_t appId, char *out, uint32_t length);
+
+/* Lists every sort with its applications on standard output. */
+void apppri_showDB(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

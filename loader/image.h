@@ -1,0 +1,80 @@
+/*
+ * The database image: where it is read from, the buffers it passes through, its decompression.
+ *
+ * Everything here is process-wide state of one load at a time. Statuses are 0 on success and -1
+ * on failure unless a function says otherwise; failures are reported on standard output as
+ * "[Error](function) line: message".
+ */
+#ifndef LOADER_IMAGE_H
+#define LOADER_IMAGE_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Bytes of the file that one image may take, and the size of the read buffer. */
+#define APPMNGR_IMAGE_SIZE 65536u
+
+/* Fixed sizes and offsets, in bytes. */
+typedef struct appmngr_settings {
+    uint32_t xmlBufSize;     /* XML text buffer, the limit of decompression */
+    uint32_t scratchBufSize; /* scratch buffer */
+    uint32_t imageOffset;    /* where the application database image begins in the file */
+    uint32_t reserved[3];    /* further sizes, not used by the load */
+} appmngr_settings;
+
+extern const appmngr_settings g_appmngr_settings;
+
+/* The working buffers, null while not allocated. */
+extern unsigned char *g_appmngr_imageBuf; /* APPMNGR_IMAGE_SIZE bytes */
+extern char *g_appmngr_xmlBuf;            /* xmlBufSize bytes, NUL-terminated text */
+extern unsigned char *g_appmngr_scratchBuf;
+
+/* Allocates and clears the three buffers; on failure those that were allocated stay. */
+int appmngr_file_alloc(void);
+
+/* Releases the three buffers. Returns 0. */
+int appmngr_file_free(void);
+
+/* Remembers path, which must outlive the load, as the database file and tries to open it. */
+int appmngr_checkDbPath(const char *path);
+
+/*
+ * Reads up to size bytes at offset of the database file into buffer; what the file does not have
+ * is left as it was. Fails for a null buffer and when the file cannot be opened.
+ */
+int appmngr_readFile(uint32_t offset, uint32_t size, void *buffer);
+
+/* Results of appmngr_lzmaUnpack. */
+enum {
+    APPMNGR_LZMA_OK = 0,
+    APPMNGR_LZMA_ERR_DATA = 1,
+    APPMNGR_LZMA_ERR_MEMORY = 2,
+    APPMNGR_LZMA_ERR_PROPERTIES = 4,
+    APPMNGR_LZMA_ERR_INPUT_END = 6
+};
+
+/*
+ * Decodes the *srcLen bytes at src, a 14-byte header and a raw LZMA1 stream, into dest, which has
+ * room for *destLen bytes. Decoding ends when the output is full or the input used up; an end
+ * mark is not needed. *destLen becomes the number of bytes written, also when a fault is met on
+ * the way; *srcLen the number of bytes consumed. With *srcLen below 14 nothing is touched.
+ * Returns APPMNGR_LZMA_...
+ */
+int appmngr_lzmaUnpack(void *dest, uint32_t *destLen, const unsigned char *src, uint32_t *srcLen);
+
+/*
+ * Decodes the image that begins, with its length, at the first of the APPMNGR_IMAGE_SIZE bytes at
+ * image. What the length field asks for beyond those bytes is not there to be read. text has room
+ * for *textLen bytes; *textLen becomes the number of bytes written, and stays as it was when the
+ * length field is below 14. A corrupt stream gives what was decoded before the fault.
+ */
+void appmngr_unpackImage(char *text, uint32_t *textLen, const unsigned char *image);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,24 @@
+/*
+ * The load pipeline: from the database file of appmngr_checkDbPath to the kernel.
+ */
+#ifndef LOADER_LOADER_H
+#define LOADER_LOADER_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * Clears the tables, reads the image, fills the tables and sends them. The tables stay filled.
+ * Returns 0, or -1 after every failing stage and the pipeline reported the failure.
+ */
+int appmngr_load_database(void);
+
+/* Releases and clears the tables of an earlier load. Returns 0. */
+int appmngr_dbReInit(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

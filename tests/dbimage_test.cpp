@@ -1,0 +1,361 @@
+#include "dbimage/dbimage_internal.h"
+
+#include "apppri/apppri.h"
+#include "capture.h"
+
+#include <string.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <iterator>
+
+using Bytes = std::string;
+using namespace std::string_literals;
+
+static const unsigned char exampleKey[] = {0x3c, 0x91, 0x5e, 0x07, 0xa2, 0xd4, 0x68, 0x1b};
+
+static unsigned char *raw(const Bytes &bytes)
+{
+    return reinterpret_cast<unsigned char *>(const_cast<char *>(bytes.data()));
+}
+
+static int32_t lengthOf(const Bytes &bytes)
+{
+    return static_cast<int32_t>(bytes.size());
+}
+
+static Bytes unhex(const std::string &digits)
+{
+    Bytes bytes;
+    for (size_t i = 0; i < digits.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+static Bytes word(uint32_t value)
+{
+    Bytes bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(value >> shift);
+    }
+    return bytes;
+}
+
+static Bytes digestOf(const Bytes &bytes)
+{
+    Bytes digest(16, 0);
+    md5_digest(raw(digest), bytes.data(), static_cast<uint32_t>(bytes.size()));
+    return digest;
+}
+
+static Bytes contents(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+
+/* What is encrypted or decrypted with that much room beyond the input. */
+static Bytes des(const Bytes &input, const Bytes &key, int encrypt, size_t margin = 8)
+{
+    Bytes output(input.size() + margin, 0);
+    output.resize(static_cast<size_t>(wexal_des_min_do(input.data(), lengthOf(input), output.data(),
+                                                       lengthOf(output), raw(key), encrypt)));
+    return output;
+}
+
+/* ---- DES and MD5 ----------------------------------------------------------------------- */
+
+TEST(Des, PublishedVectors)
+{
+    const struct {
+        const char *key, *plain, *cipher;
+    } vectors[] = {
+        /* FIPS 81, table B1; the second time with every parity bit wrong. */
+        {"0123456789abcdef", "4e6f77206973207468652074696d6520666f7220616c6c20",
+         "3fa40e8a984d48156a271787ab8883f9893d51ec4b563b53"},
+        {"0022446688aaccee", "4e6f772069732074", "3fa40e8a984d4815"},
+        /* NBS SP 500-20; the key of the first is a weak one. */
+        {"0101010101010101", "95f8a5e5dd31d900", "8000000000000000"},
+        {"7ca110454a1a6e57", "01a1d6d039776742", "690f5b0d9a26939b"},
+    };
+    for (const auto &vector : vectors) {
+        EXPECT_EQ(des(unhex(vector.plain), unhex(vector.key), 1), unhex(vector.cipher));
+        EXPECT_EQ(des(unhex(vector.cipher), unhex(vector.key), 0), unhex(vector.plain));
+    }
+}
+
+TEST(Des, PartialBlocksAndRoom)
+{
+    const Bytes key = unhex("0123456789abcdef");
+    EXPECT_EQ(des("Now is th", key, 1, 7), "");
+    const Bytes cipher = des("Now is th", key, 1);
+    EXPECT_EQ(des(cipher, key, 0), Bytes("Now is th\0\0\0\0\0\0\0", 16));
+
+    /* The missing bytes of a last block count as zeros, and none is written for them. */
+    const Bytes cut = cipher.substr(0, 13);
+    Bytes out(21, '#');
+    EXPECT_EQ(wexal_des_min_do(cut.data(), 13, out.data(), 21, raw(key), 0), 13);
+    EXPECT_EQ(out, des(cut + Bytes(3, 0), key, 0).substr(0, 13) + Bytes(8, '#'));
+
+    EXPECT_EQ(des("", key, 1), "");
+    EXPECT_EQ(wexal_des_min_do(cut.data(), -1, out.data(), 21, raw(key), 1), 0);
+    EXPECT_EQ(wexal_des_min_do(cut.data(), 1, out.data(), INT32_MIN, raw(key), 1), 0);
+    EXPECT_EQ(wexal_des_min_do(nullptr, 1, out.data(), 21, raw(key), 1), 0);
+    EXPECT_EQ(wexal_des_min_do(cut.data(), 1, nullptr, 21, raw(key), 1), 0);
+    EXPECT_EQ(wexal_des_min_do(cut.data(), 1, out.data(), 21, nullptr, 1), 0);
+}
+
+TEST(Md5, PublishedVectors)
+{
+    EXPECT_EQ(digestOf(""), unhex("d41d8cd98f00b204e9800998ecf8427e"));
+    EXPECT_EQ(digestOf("abc"), unhex("900150983cd24fb0d6963f7d28e17f72"));
+    EXPECT_EQ(md5_verify(digestOf("abc").data(), "abcd", 3), 1);
+    EXPECT_EQ(md5_verify(digestOf("abc").data(), "abcd", 4), 0);
+}
+
+/* ---- Sealing --------------------------------------------------------------------------- */
+
+TEST(Seal, Buffers)
+{
+    const auto seal = [](const Bytes &input, int32_t room, int sealing) {
+        Bytes output(static_cast<size_t>(room), 0);
+        const int length =
+            md5_des_seal(input.data(), lengthOf(input), raw(output), room, exampleKey, sealing);
+        return length < 0 ? "refused" : output.substr(0, static_cast<size_t>(length));
+    };
+    const Bytes text = "sealed by openssl";
+    const Bytes sealed = contents(TEST_DATA "/sealed.bin");
+    EXPECT_EQ(seal(text, 41, 1), sealed);
+    EXPECT_EQ(seal(text, 40, 1), "refused");
+    EXPECT_EQ(seal(sealed, 32, 0), text + Bytes(7, 0));
+    EXPECT_EQ(seal(sealed, 31, 0), "refused");
+    EXPECT_EQ(seal('?' + sealed.substr(1), 32, 0), text + Bytes(7, 0));
+    EXPECT_EQ(seal("", 24, 1), digestOf(""));
+    EXPECT_EQ(seal(sealed.substr(0, 15), 24, 0), "");
+}
+
+TEST(Seal, Files)
+{
+    const std::string folder = testing::TempDir() + "dbimage_seal";
+    mkdir(folder.c_str(), 0700);
+    const auto seal = [&](const std::string &in, const std::string &out, int sealing) {
+        testing::internal::CaptureStderr();
+        const int result = md5_des_sealFile((folder + in).c_str(), (folder + out).c_str(), sealing);
+        return std::to_string(result) + testing::internal::GetCapturedStderr();
+    };
+    const Bytes text(16382, 't');
+    std::ofstream(folder + "/in") << text;
+    std::ofstream(folder + "/large") << text << 't';
+    EXPECT_EQ(seal("/in", "/sealed", 1), "0");
+    EXPECT_EQ(contents(folder + "/sealed").size(), 16u + 16384);
+    EXPECT_EQ(seal("/large", "/none", 1), "-1");
+    EXPECT_EQ(seal("/none", "/out", 1), "-1open input file: No such file or directory\n");
+    EXPECT_EQ(seal("", "/out", 1), "-1read: Is a directory\n");
+    EXPECT_EQ(seal("/in", "", 1), "-1open output file: Is a directory\n");
+
+    std::ofstream(folder + "/in") << "short";
+    EXPECT_EQ(seal("/in", "/sealed", 1), "0");
+    EXPECT_EQ(seal("/sealed", "/back", 0), "0");
+    EXPECT_EQ(contents(folder + "/back"), Bytes("short\0\0\0", 8));
+}
+
+/* ---- Database files -------------------------------------------------------------------- */
+
+struct Case {
+    Bytes input;
+    std::string outcome; /* the result, then what is printed */
+};
+
+static const uint32_t version127 = 0xff010207;
+
+static Bytes encrypted(const Bytes &plain)
+{
+    return des(plain, Bytes(reinterpret_cast<const char *>(g_appmngr_databaseKey), 8), 1);
+}
+
+static Bytes databaseFile(uint32_t version, uint32_t magic, uint32_t reserved, size_t length)
+{
+    const Bytes body = word(static_cast<uint32_t>(length)) + word(version) + word(magic) +
+                       word(reserved) + Bytes(length, 'i');
+    return encrypted(digestOf(body) + body);
+}
+
+template <typename Action> static std::string outcome(Action action)
+{
+    int result = 0;
+    const std::string printed = captured([&] { result = action(); });
+    return std::to_string(result) + " " + printed;
+}
+
+TEST(Decrypt, ArgumentsAndLengths)
+{
+    const Bytes file = databaseFile(version127, 0, 0, 8);
+    const auto decrypt = [&](uint32_t length, uint32_t room) {
+        Bytes out(room, '#');
+        const std::string printed =
+            outcome([&] { return appmngr_decrypt(out.data(), &room, file.data(), length); });
+        return printed + std::to_string(room);
+    };
+    const std::string at = "[Error](appmngr_decrypt) ";
+    EXPECT_EQ(decrypt(40, 48), "1 24");
+    EXPECT_EQ(decrypt(24, 48), "-4 24");
+    EXPECT_EQ(decrypt(16, 48),
+              "-2 " + at + "2653: invalid length: srcLen = [16] *pDstlen = [48]\n48");
+    EXPECT_EQ(decrypt(40, 40),
+              "-2 " + at + "2653: invalid length: srcLen = [40] *pDstlen = [40]\n40");
+    EXPECT_EQ(decrypt(40, 41), "-3 " + at + "2675: wexal_des_min_do failed: length = [0]\n41");
+    EXPECT_EQ(decrypt(40, 47), "-3 " + at + "2675: wexal_des_min_do failed: length = [0]\n47");
+
+    uint32_t room = 48;
+    const auto decryptNull = [&](void *out, uint32_t *length, const void *src) {
+        return captured([&] { EXPECT_EQ(appmngr_decrypt(out, length, src, 40), -1); });
+    };
+    EXPECT_EQ(decryptNull(nullptr, &room, file.data()), at + "2646: Invalid param!\n");
+    EXPECT_EQ(decryptNull(&room, nullptr, file.data()), at + "2646: Invalid param!\n");
+    EXPECT_EQ(decryptNull(&room, &room, nullptr), at + "2646: Invalid param!\n");
+}
+
+TEST(Decrypt, DigestRangeStaysInside)
+{
+    /* 64 bytes of room: the longest range, one byte more, sums past 32 bits. */
+    for (const uint32_t claimed : {32u, 33u, 0xffffffefu, 0xfffffff0u, 0xffffffffu}) {
+        const Bytes body = word(claimed) + Bytes(44, 0);
+        const Bytes file = encrypted(digestOf(body) + body).substr(0, 56);
+        Bytes out(64, '#');
+        uint32_t length = 64;
+        EXPECT_EQ(appmngr_decrypt(out.data(), &length, file.data(), 56), claimed == 32 ? 1 : -4);
+        EXPECT_EQ(length, claimed + 16);
+    }
+}
+
+TEST(Writers, ApplicationDatabase)
+{
+    const std::string at = "[Error](appmngr_db_writeAppDbFromDatabase) ";
+    const Case cases[] = {
+        {databaseFile(version127, 0x04000001, 0, 5), "0 "},
+        {databaseFile(0x0102ff, 0, 0, 5), "0 "},
+        {databaseFile(0x020900, 2, 0, 5),
+         "-8978 " + at + "2783: AppDesc Invalid version: [2.9.0]!\n"},
+        {databaseFile(0x01ffff, 0, 0, 5),
+         "-8978 " + at + "2783: AppDesc Invalid version: [1.255.255]!\n"},
+        {databaseFile(version127, 0x04000002, 1, 5), "-8979 " + at + "2806: Magic code error!\n"},
+        {databaseFile(version127, 0, 0x01010101, 5),
+         "-8979 " + at + "2815: Reserved value error: 0, 16843009\n"},
+        {databaseFile(version127, 0, 0, 65532), "0 "},
+        {databaseFile(version127, 0, 0, 65533),
+         "-8991 " + at + "2827: the app db file is too long:65537\n"},
+        {Bytes(40, 0), "-8979 " + at + "2760: appmngr_decrypt failed\n"},
+    };
+    for (const Case &test : cases) {
+        char version[6] = "-----";
+        EXPECT_EQ(outcome([&] {
+                      return appmngr_db_writeAppDbFromDatabase(
+                          0, static_cast<uint32_t>(test.input.size()), test.input.data(), version);
+                  }),
+                  test.outcome);
+        EXPECT_STREQ(version, test.outcome.find("8978") == 1 ? "1.2.x" : "-----");
+        if (test.outcome == "0 ") {
+            EXPECT_EQ(memcmp(_appmngr_updateBuf + 12, _appmngr_updateBuf, 4), 0);
+            EXPECT_EQ(_appmngr_updateBuf[16], 'i');
+        }
+    }
+    EXPECT_EQ(appmngr_checkVersion("1.2.7", nullptr), 0);
+    _appmngr_freeUpdateBuf();
+}
+
+static const char sizes[] = "dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1.\r\n";
+
+TEST(Writers, PriorityDatabase)
+{
+    const std::string at = "[apppri_db_error](apppri_writeApppriDbFromDatabase) ";
+    const Case cases[] = {
+        {databaseFile(0x090909, 0x04000001, 0, 65496), "0 "s + sizes},
+        {databaseFile(0, 0x04000002, 0, 5),
+         "-8979 "s + sizes + at + "1979: Reserved value error: 67108866, 0\r\n\r\n"},
+        {databaseFile(0, 0, 0x01010101, 5),
+         "-8979 "s + sizes + at + "1979: Reserved value error: 0, 16843009\r\n\r\n"},
+        {Bytes(40, 0), "-8979 "s + sizes + at + "1922: appmngr_decrypt FAILED\r\n\r\n"},
+    };
+    for (const Case &test : cases) {
+        EXPECT_EQ(outcome([&] {
+                      return apppri_writeApppriDbFromDatabase(
+                          3, static_cast<uint32_t>(test.input.size()), test.input.data(), nullptr);
+                  }),
+                  test.outcome);
+        EXPECT_EQ(apppri_db.xmlBuf, nullptr);
+    }
+}
+
+/* ---- Container ------------------------------------------------------------------------- */
+
+static Bytes entry(char type, const Bytes &file)
+{
+    return Bytes(1, type) + "..." + word(static_cast<uint32_t>(file.size())) + file;
+}
+
+static Bytes container(int count, const Bytes &entries)
+{
+    return digestOf(entries) + static_cast<char>(count) + entries;
+}
+
+static std::string load(const Bytes &bytes)
+{
+    return outcome([&] { return appmngr_db_writeFromDatabase(bytes.data(), lengthOf(bytes)); });
+}
+
+TEST(Container, MadeByOpenssl)
+{
+    if (memcmp(g_appmngr_databaseKey, exampleKey, sizeof exampleKey) != 0) {
+        GTEST_SKIP() << "container.bin is for the example key, this build has another one";
+    }
+    EXPECT_EQ(load(contents(TEST_DATA "/container.bin")),
+              "0 file index:0\r\nfile index:1\r\nfile index:2\r\n"s + sizes);
+}
+
+TEST(Container, Faults)
+{
+    const std::string at = "[Error](appmngr_db_writeFromDatabase) ";
+    const std::string sizeError = ": FILESIZE ERROR\r\n";
+    const std::string numberError = ": FILENUM ERROR\r\n";
+    const Bytes one = entry(1, "x"); /* of a type that is ignored */
+    Bytes many;
+    while (many.size() < 257 * one.size()) {
+        many += one;
+    }
+    const Case cases[] = {
+        {digestOf(""), "-8980 "},
+        {container(0, Bytes(196600 - 16, 0)), "-8980 "},
+        {container(0, ""), "0 "},
+        {container(1, one) + "x", "-8979 " + at + "2873: MD5 error!\r\n"},
+        {container(17, one), "-8981 " + at + "2882" + numberError},
+        {container(1, "...." + word(2) + "x"), "-8980 " + at + "2903" + sizeError},
+        {container(1, "...." + word(0xffffffff) + "x"), "-8980 " + at + "2903" + sizeError},
+        {container(1, "...." + word(0xfffffff8) + "x"), "-8980 " + at + "2903" + sizeError},
+        {container(1, one + "t"), "-8980 " + at + "2913" + sizeError},
+        {container(1, one + entry(1, "")), "-8980 " + at + "2913" + sizeError},
+        {container(2, one), "-8981 " + at + "2919" + numberError},
+        {container(1, many), "-8981 " + at + "2919" + numberError},
+        {container(16, many.substr(0, 17 * one.size())), "-8981 " + at + "2919" + numberError},
+        {container(2, entry(3, Bytes(16, 0)) + one),
+         "-8979 file index:0\r\n"s + sizes +
+             "[Error](appmngr_decrypt) 2653: invalid length: srcLen = [16] *pDstlen = [65536]\n"
+             "[apppri_db_error](apppri_writeApppriDbFromDatabase) 1922: appmngr_decrypt FAILED\r\n"
+             "\r\n"},
+    };
+    for (const Case &test : cases) {
+        EXPECT_EQ(load(test.input), test.outcome);
+        EXPECT_EQ(_appmngr_updateBuf, nullptr);
+    }
+}
+
+TEST(Container, ChangedBytes)
+{
+    const Bytes entries = entry(0, databaseFile(version127, 0, 0, 8));
+    for (size_t i = 0; i < entries.size(); ++i) {
+        Bytes changed = entries;
+        changed[i] = static_cast<char>(changed[i] ^ 0x80);
+        const char *const expected = i < 4 ? "0 " : i < 8 ? "-8980 " : "-8979 ";
+        EXPECT_EQ(load(container(1, changed)).find(expected), 0u) << i;
+    }
+}

@@ -1,0 +1,146 @@
+// The image reader, on images made with the encoder of liblzma.
+
+#include "loader/image.h"
+#include "loader/loader_internal.h"
+#include "tests/capture.h"
+
+#include <lzma.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <string>
+
+namespace
+{
+// The 5 property bytes and a raw LZMA1 stream.
+struct Stream {
+    std::string properties;
+    std::string data;
+};
+
+Stream encode(const std::string &text, uint32_t dictionary)
+{
+    lzma_options_lzma options;
+    lzma_lzma_preset(&options, 6);
+    options.dict_size = dictionary;
+    lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
+    Stream stream = {std::string(5, '\0'), std::string(text.size() + 4096, '\0')};
+    lzma_properties_encode(filters, reinterpret_cast<uint8_t *>(stream.properties.data()));
+    size_t written = 0;
+    EXPECT_EQ(lzma_raw_buffer_encode(filters, nullptr,
+                                     reinterpret_cast<const uint8_t *>(text.data()), text.size(),
+                                     reinterpret_cast<uint8_t *>(stream.data.data()), &written,
+                                     stream.data.size()),
+              LZMA_OK);
+    stream.data.resize(written);
+    return stream;
+}
+
+std::string image(uint32_t length, const Stream &stream)
+{
+    std::string out = {static_cast<char>(length >> 24), static_cast<char>(length >> 16),
+                       static_cast<char>(length >> 8), static_cast<char>(length)};
+    return out + "?" + stream.properties + "ignored!" + stream.data;
+}
+
+std::string image(const Stream &stream)
+{
+    return image(static_cast<uint32_t>(stream.data.size()) + 14, stream);
+}
+
+// What a load finds in the file: the text, or the lines it prints. Frees what it allocates.
+std::string readBack(const std::string &file)
+{
+    std::string path = testing::TempDir() + "image-" + std::to_string(getpid());
+    std::ofstream(path, std::ios::binary) << file;
+    std::string result;
+    std::string printed = captured([&] {
+        ASSERT_EQ(appmngr_checkDbPath(path.c_str()), 0);
+        ASSERT_EQ(appmngr_file_alloc(), 0);
+        if (_appmngr_readAppDb() == 0) {
+            result = g_appmngr_xmlBuf;
+        }
+        appmngr_file_free();
+    });
+    unlink(path.c_str());
+    return result + printed;
+}
+
+const std::string tooSmall =
+    "[Error](_appmngr_readAppDb) 2167: Size of buffer \"204800\" is too small.\n";
+} // namespace
+
+TEST(Image, Sizes)
+{
+    const std::string most(204799, 'x');
+    EXPECT_EQ(readBack(image(encode(most, 1 << 16))), most);
+    EXPECT_EQ(readBack(image(encode(most + "x", 1 << 16))), tooSmall);
+    EXPECT_EQ(readBack(image(encode(std::string(500000, 'x'), 1 << 16))), tooSmall);
+}
+
+TEST(Image, LengthField)
+{
+    const Stream stream = encode("text", 4096);
+    EXPECT_EQ(readBack(image(13, stream)), tooSmall);
+    EXPECT_EQ(readBack(image(14, stream)), "");
+    EXPECT_EQ(readBack(image(0xFFFFFFFF, stream)).substr(0, 4), "text");
+    EXPECT_EQ(readBack(""), tooSmall);
+    EXPECT_EQ(readBack(std::string(10, '\xFF')), "");
+}
+
+TEST(Image, DictionaryIsBounded)
+{
+    std::string text;
+    for (int i = 0; i < 2000; i++) {
+        text += std::to_string(i * 7919) + "<a>text</a>";
+    }
+    Stream stream = encode(text, 1 << 20);
+    for (const char *size : {"\xFF\xFF\xFF\xFF", "\x00\x20\x03\x00", "\x00\x00\x10\x00"}) {
+        stream.properties.replace(1, 4, size, 4);
+        EXPECT_EQ(readBack(image(stream)), text);
+    }
+    stream.properties[0] = '\xFF';
+    EXPECT_EQ(readBack(image(stream)), "");
+}
+
+TEST(Image, DamagedStreamKeepsItsBeginning)
+{
+    std::mt19937 random(1);
+    std::string text(20000, '\0');
+    for (char &letter : text) {
+        letter = static_cast<char>('a' + random() % 26);
+    }
+    Stream stream = encode(text, 1 << 16);
+    Stream cut = stream;
+    cut.data.resize(stream.data.size() / 2);
+    std::string begun = readBack(image(cut));
+    EXPECT_GT(begun.size(), 8000u);
+    EXPECT_EQ(begun, text.substr(0, begun.size()));
+
+    char dest[64];
+    uint32_t written = sizeof(dest);
+    stream.data[0] = 1; // no stream begins so
+    std::string broken = image(stream).substr(4);
+    auto consumed = static_cast<uint32_t>(broken.size());
+    EXPECT_EQ(appmngr_lzmaUnpack(dest, &written,
+                                 reinterpret_cast<const unsigned char *>(broken.data()), &consumed),
+              APPMNGR_LZMA_ERR_DATA);
+    EXPECT_EQ(written, 0u);
+    EXPECT_GE(consumed, 14u);
+}
+
+TEST(Image, Files)
+{
+    EXPECT_EQ(appmngr_checkDbPath("/nonexistent/database"), -1);
+    char byte = 'x';
+    EXPECT_EQ(appmngr_readFile(0, 1, &byte), -1);
+    EXPECT_EQ(appmngr_readFile(0, 1, nullptr), -1);
+    EXPECT_EQ(appmngr_checkDbPath("/"), 0); // a directory opens, and reads as nothing
+    EXPECT_EQ(appmngr_readFile(0, 1, &byte), 0);
+    EXPECT_EQ(byte, 'x');
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(_appmngr_readAppDb(), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr().substr(0, 20), "read db flash fail\n:");
+}

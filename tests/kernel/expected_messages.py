@@ -1,0 +1,82 @@
+"""What the kernel must receive for an application database, worked out from its XML text, and
+what it did receive."""
+
+import socket
+import struct
+import xml.etree.ElementTree as ElementTree
+
+# Little-endian, as the guest is. type, flags, sequence, port id; op, count, record size.
+HEAD = struct.Struct("<IHHII HxxII36x")
+# netlink protocol, port id, length, as the module writes them before a datagram.
+DATAGRAM = struct.Struct("<III")
+# appId, sip, dip, sport, dport, proto; a feature block for each direction follows.
+TUPLE = struct.Struct("<I4s4sHHB3x")
+# enable, start, end, minlength, dpiType, dpiCode
+FEATURES = struct.Struct("<iiii16s256s")
+RULE_SIZE = TUPLE.size + 2 * FEATURES.size
+# appId, keyword
+KEYWORD = struct.Struct("<I16s")
+
+RULES_TYPE, KEYWORDS_TYPE = 19, 21
+PROTOCOL_NUMBERS = {"tcp": 6, "udp": 17, "icmp": 1}
+
+
+def cut(element, path, size):
+    """The element's text, as it lies in a field of that size."""
+    return (element.findtext(path) or "").encode()[: size - 1]
+
+
+def features(signature):
+    if signature is None:
+        return bytes(FEATURES.size)
+    names = ("enable", "segment/start", "segment/end", "minlength")
+    numbers = [int(signature.findtext(name) or 0) for name in names]
+    return FEATURES.pack(*numbers, cut(signature, "dpiType", 16), cut(signature, "dpiCode", 256))
+
+
+def endpoint(text):
+    address, port = text.split(":")
+    return socket.inet_aton("0.0.0.0" if address == "0" else address), int(port)
+
+
+def rule_records(app):
+    for rule in app.iterfind("ruleList/rule"):
+        signatures = features(rule.find("ori")) + features(rule.find("rep"))
+        for element in rule.iterfind("tupleList/tuple"):
+            protocol, source, destination = element.text.split()
+            (sip, sport), (dip, dport) = endpoint(source), endpoint(destination)
+            number = PROTOCOL_NUMBERS[protocol.lower()]
+            yield TUPLE.pack(int(app.findtext("id")), sip, dip, sport, dport, number) + signatures
+
+
+def keyword_records(app):
+    for element in app.iterfind("dnsKwList/dnsKw"):
+        yield KEYWORD.pack(int(app.findtext("id")), cut(element, ".", 16))
+
+
+def message(kind, records, record_size, port_id):
+    size = HEAD.size + len(records) * record_size
+    head = HEAD.pack(size, kind, 1, 0, port_id, 0, len(records), record_size)
+    return head + b"".join(records)
+
+
+def messages(xml, port_id):
+    """The message of each type, whether or not it can be sent."""
+    apps = ElementTree.fromstring(xml).findall("appList/app")
+    rules = [record for app in apps for record in rule_records(app)]
+    keywords = [record for app in apps for record in keyword_records(app)]
+    return {
+        RULES_TYPE: message(RULES_TYPE, rules, RULE_SIZE, port_id),
+        KEYWORDS_TYPE: message(KEYWORDS_TYPE, keywords, KEYWORD.size, port_id),
+    }
+
+
+def received_datagrams(path):
+    """(protocol, sender's port id, bytes) of each, from the file that the guest's module filled."""
+    data, datagrams = path.read_bytes(), []
+    while data:
+        protocol, port_id, size = DATAGRAM.unpack_from(data)
+        end = DATAGRAM.size + size
+        datagrams.append((protocol, port_id, data[DATAGRAM.size : end]))
+        data = data[end:]
+    return datagrams

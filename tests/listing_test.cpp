@@ -1,0 +1,127 @@
+/*
+ * The listings and the JSON export of small tables, whole, against the files in tests/expected.
+ */
+#include "appmngr/appmngr.h"
+#include "loader/image.h"
+#include "tests/capture.h"
+
+#include <arpa/inet.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+namespace
+{
+
+template <size_t size> void setText(char (&field)[size], const std::string &text)
+{
+    memcpy(field, text.data(), std::min(size, text.size()));
+}
+
+appmngr_app apps[3];
+appmngr_appType types[2];
+appmngr_rule rules[3];
+
+/* Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application. */
+void fillTables()
+{
+    apps[0] = {7, 1, "Bird Call"};
+    apps[1] = {0xFFFFFFFF, -1, ""};
+    apps[2] = {12345, 0, ""};
+    setText(apps[1].name, std::string(200, 'n'));
+    types[0] = {3, "Voice", {0x00000080, 0x04030201}};
+    types[1] = {0xFFFFFFFE, "", {}};
+    types[1].appBitmap[127] = 0x80000000;
+
+    rules[0] = {7, inet_addr("192.168.1.1"), inet_addr("10.0.0.1"), 5060, 65535, 6, {}, {}, {}};
+    rules[0].orig = {1, -2, 3, 40, "hex", "16 03 \"01\""};
+    rules[1] = {8, 0, 0, 0, 53, 1, {}, {}, {}};
+    rules[2] = {0xFFFFFFFF, 0, inet_addr("255.255.255.255"), 1, 2, 17, {}, {}, {}};
+    setText(rules[2].reply.dpiType, std::string(16, 't'));
+    setText(rules[2].reply.dpiCode, std::string(256, 'c'));
+
+    g_appmngr_appDb = {"1.2.3", "Model", "2030-01-15", 3, 3, rules, 2, types};
+    setText(g_appmngr_appDb.ver, "123456789012");
+    g_appmngr_app = apps;
+    g_appmngr_count = {};
+    g_appmngr_count.app = g_appmngr_count.appCur = 3;
+}
+
+std::string contents(const std::string &path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+void expectListing(const std::string &printed, const char *file)
+{
+    const std::regex address("addr:0x[0-9a-f]{1,8}\r");
+    EXPECT_EQ(std::regex_replace(printed, address, "addr:0x*\r"),
+              contents(std::string(TARN_EXPECTED) + "/" + file));
+}
+
+TEST(Listing, ofTables)
+{
+    fillTables();
+    expectListing(captured(appmngr_showDb), "show_db.txt");
+    expectListing(captured([] { appmngr_showAppRules(7); }), "show_app_rules.txt");
+    expectListing(captured([] { appmngr_showAppRules(0xFFFFFFFF); }), "show_app_rules_full.txt");
+    expectListing(captured(appmngr_showApps), "show_apps.txt");
+    expectListing(captured(appmngr_showAppTypes), "show_app_types.txt");
+
+    g_appmngr_count.appCur = 0xFFFFFFFE; /* a cursor that lies */
+    expectListing(captured(appmngr_showApps), "show_apps_cursor.txt");
+}
+
+TEST(Listing, ofBuffers)
+{
+    expectListing(captured([] { appmngr_dumpBuffer("0123456789abcdef\xFF", 17); }),
+                  "dump_buffer.txt");
+    EXPECT_EQ(captured([] { appmngr_dumpBuffer(nullptr, 3); }), "===\r\nData is NULL!\r\n");
+
+    char text[] = "<AppDB/>";
+    const std::string rule = "--------------------------------\n";
+    EXPECT_EQ(captured(appmngr_showXmlDb), "Show APP DB in xml format!\n" + rule);
+    EXPECT_EQ(captured(appmngr_showXmlDesc), "Show APP Desc in xml format!\n" + rule);
+    g_appmngr_xmlBuf = text;
+    EXPECT_EQ(captured(appmngr_showXmlDb), "Show APP DB in xml format!\n" + rule + "<AppDB/>\n");
+    g_appmngr_xmlBuf = nullptr;
+}
+
+TEST(Export, writesTheRules)
+{
+    fillTables();
+    EXPECT_EQ(captured(appmngr_exportJson), "Create JSON-Format database success!\n");
+    expectListing(contents("database.json"), "database.json");
+    g_appmngr_appDb.rule = nullptr;
+    captured(appmngr_exportJson);
+    EXPECT_EQ(contents("database.json"), "{\n\"dpi_rules\":[\n]\n}\n");
+
+    std::filesystem::remove("database.json");
+    std::filesystem::create_directory("database.json");
+    EXPECT_EXIT(appmngr_exportJson(), testing::ExitedWithCode(255),
+                "open database.json failed!\n: Is a directory");
+    std::filesystem::remove("database.json");
+}
+
+TEST(Stamp, asText)
+{
+    char text[APPMNGR_VERSION_STRING_SIZE];
+    EXPECT_EQ(appmngr_getDbVersionString(text), 0);
+    EXPECT_STREQ(text, "0#0000-00-00 00:00:00");
+    g_appmngr_dbYear = 2030;
+    g_appmngr_dbMonth = 1;
+    g_appmngr_dbSecond = 59;
+    g_appmngr_dbBuild = 0xFFFFFFFF;
+    EXPECT_EQ(appmngr_getDbVersionString(text), 0);
+    EXPECT_STREQ(text, "-1#2030-01-00 00:00:59");
+    EXPECT_EQ(appmngr_getDbBuild(), 0xFFFFFFFF);
+    EXPECT_EQ(appmngr_getDbVersionString(nullptr), -1);
+}
+
+} // namespace

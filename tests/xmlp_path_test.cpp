@@ -1,0 +1,337 @@
+/*
+ * The path-addressed interface: what each operation refuses, and what it makes of a document.
+ */
+#include "tests/capture.h"
+#include "xmlp/xmlp_internal.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include <regex>
+#include <string>
+
+namespace
+{
+
+const uint32_t never = UINT32_MAX;
+uint32_t allocationsLeft = never;
+
+bool allocationFails()
+{
+    return allocationsLeft != never && allocationsLeft-- == 0;
+}
+
+} // namespace
+
+extern "C" {
+
+void *__real_malloc(size_t size);
+void *__real_calloc(size_t count, size_t size);
+
+void *__wrap_malloc(size_t size)
+{
+    return allocationFails() ? nullptr : __real_malloc(size);
+}
+
+void *__wrap_calloc(size_t count, size_t size)
+{
+    return allocationFails() ? nullptr : __real_calloc(count, size);
+}
+}
+
+namespace
+{
+
+const uint32_t isDynamic = 0;
+const uint32_t isStatic = 1;
+
+/* ---- A call, and all that comes of it as one text ------------------------------------------ */
+
+uint32_t filled; /* what a getter reports beside its result */
+
+std::string shown(int64_t number)
+{
+    return std::to_string(number);
+}
+
+std::string shown(XmlpValue *values)
+{
+    std::string text = shown(filled);
+    for (uint32_t i = 0; values != nullptr && i < filled; i++) {
+        const auto *data = reinterpret_cast<const char *>(values[i].data);
+        text += " " + (data != nullptr ? std::string(data, values[i].size) : "none");
+        free(values[i].data);
+    }
+    free(values);
+    return values != nullptr ? text : text + " null";
+}
+
+std::string dumped(XmlpDoc *doc)
+{
+    uint32_t length = 0;
+    char *text = xmlp_dumpDoc(doc, 1, &length);
+    std::string xml(text, length);
+    free(text);
+    return xml;
+}
+
+/*
+ * The result of the call on a fresh document, the lines it prints and, when it changed it, the
+ * document; separated by "; ". Allocation number failing of the call fails.
+ */
+template <typename Call>
+std::string outcomeOf(const std::string &xml, uint32_t kind, Call call, uint32_t failing = never)
+{
+    XmlpDoc *doc = xmlp_loadDoc(xml.data(), static_cast<uint32_t>(xml.size()), kind);
+    std::string result;
+    filled = 1;
+    const std::string lines = captured([&] {
+        allocationsLeft = failing;
+        result = call(doc);
+        allocationsLeft = never;
+    });
+    const std::regex line("\\[ERROR\\]\\[(?:xmlp_)?(\\w+)\\(\\):(\\d+)\\]: (.*)\r\n");
+    const std::string after = dumped(doc);
+    xmlp_releaseDoc(doc);
+    return result + std::regex_replace(lines, line, "; $1:$2 $3") +
+           (after != xml ? "; " + after : "");
+}
+
+/* ---- The frame around every operation ------------------------------------------------------ */
+
+struct FrameCase {
+    const char *name;
+    const char *refused;
+    int invalidParams, staticXml, nodeNotExist, errorNodeType, unkownMode, posOverRange;
+    std::string (*call)(XmlpDoc *d, const char *p, uint32_t mode, const uint32_t *pos);
+};
+
+#define FRAME(name, refused, params, fixed, exist, type, mode, range, arguments) \
+    {                                                                            \
+#name, refused, params, fixed, exist, type, mode, range,         \
+            [](XmlpDoc *d, const char *p, uint32_t m, const uint32_t *pos) {     \
+                static_cast<void>(m), static_cast<void>(pos);                    \
+                return shown(xmlp_##name arguments);                             \
+            }               \
+    }
+
+XmlpAttrPair pair = {"k", nullptr};
+const XmlpValue empty = {0, nullptr};
+const XmlpItem bare = {0, nullptr, 0, nullptr};
+const uint32_t first[] = {0};
+const uint32_t beyond[] = {1};
+uint32_t ignored;
+
+const FrameCase frameCases[] = {
+    FRAME(isExist, "0", 388, 0, 0, 0, 0, 0, (d, p)),
+    FRAME(getValue, "1 null", 420, 0, 428, 433, 0, 0, (d, p)),
+    FRAME(setValue, "-1", 484, 489, 496, 502, 0, 0, (d, p, "v", 1)),
+    FRAME(setName, "-1", 530, 535, 542, 0, 0, 0, (d, p, "n")),
+    FRAME(add, "-1", 579, 584, 591, 601, 0, 0, (d, p, 0, "n", nullptr, nullptr, 0)),
+    FRAME(getChildCount, "0", 690, 0, 697, 0, 0, 0, (d, p)),
+    FRAME(delete, "-1", 721, 726, 733, 0, 0, 0, (d, p)),
+    FRAME(getAttr, "-1", 776, 0, 783, 0, 0, 0, (d, p, &pair)),
+    FRAME(setAttr, "-1", 811, 816, 823, 0, 0, 0, (d, p, &pair)),
+    FRAME(addAttr, "-1", 851, 856, 863, 0, 0, 0, (d, p, &pair)),
+    FRAME(deleteAttr, "-1", 891, 896, 903, 0, 0, 0, (d, p, "k")),
+    FRAME(isItemExist, "0", 932, 0, 940, 945, 0, 0, (d, p, 0)),
+    FRAME(getItemValue, "1 null", 984, 0, 993, 998, 1016, 1021, (d, p, m, pos, 1, &ignored)),
+    FRAME(setItemValue, "0", 1131, 1136, 1144, 1149, 1167, 1172, (d, p, m, &empty, pos, 1)),
+    FRAME(addItem, "0", 1237, 1242, 1250, 1259, 0, 0, (d, p, &bare, 0, 1)),
+    FRAME(deleteItem, "-1", 1344, 1357, 1365, 1371, 1405, 1411, (d, p, m, pos, 1)),
+    FRAME(getItemAttr, "0", 1474, 0, 1482, 1487, 1505, 1510, (d, p, m, &pair, pos, 1)),
+    FRAME(setItemAttr, "0", 1578, 1583, 1591, 1596, 1614, 1619, (d, p, m, &pair, pos, 1)),
+    FRAME(addItemAttr, "0", 1687, 1692, 0, 1705, 1723, 0, (d, p, m, &pair, pos, 1)),
+    FRAME(deleteItemAttr, "0", 1796, 1801, 1809, 1814, 1832, 1837, (d, p, m, "k", pos, 1)),
+    FRAME(getItemValueByAttr, "1 null", 1908, 0, 1916, 1921, 0, 0, (d, p, &pair, 1, &ignored)),
+};
+
+TEST(XmlpPath, everyOperationRefusesInTheSameOrder)
+{
+    for (const FrameCase &c : frameCases) {
+        const auto expectRefusal = [&](uint32_t kind, const char *path, uint32_t mode, int line,
+                                       const char *message) {
+            const auto call = [&](XmlpDoc *doc) { return c.call(doc, path, mode, beyond); };
+            const std::string report = std::string("; ") + c.name + ":" + shown(line) + message;
+            EXPECT_EQ(outcomeOf("<r><v>x</v><l><item/></l></r>", kind, call),
+                      c.refused + (line != 0 ? report : ""));
+        };
+        expectRefusal(isStatic, nullptr, 2, c.invalidParams, " invalid params.");
+        if (c.staticXml != 0) {
+            expectRefusal(isStatic, "/none", 2, c.staticXml, " static xml.");
+        }
+        expectRefusal(isDynamic, "/none", 2, c.nodeNotExist, " node not exist.");
+        if (c.errorNodeType != 0) {
+            const char *path = strcmp(c.name, "add") == 0 ? "/r/v" : "/r";
+            expectRefusal(isDynamic, path, 2, c.errorNodeType, " error node type.");
+        }
+        if (c.unkownMode != 0) {
+            expectRefusal(isDynamic, "/r/l", 2, c.unkownMode, " unkown mode.");
+            expectRefusal(isDynamic, "/r/l", XMLP_POS_RUN, c.posOverRange, " pos over range.");
+        }
+    }
+}
+
+/* ---- What the operations do ---------------------------------------------------------------- */
+
+char *text(const char *literal)
+{
+    return const_cast<char *>(literal);
+}
+
+XmlpValue valueOf(const char *literal)
+{
+    return {static_cast<uint32_t>(strlen(literal)),
+            reinterpret_cast<unsigned char *>(text(literal))};
+}
+
+XmlpItem itemOf(const char *literal, const XmlpAttrPair *attrs, uint32_t attrCount)
+{
+    return {attrCount, attrs, valueOf(literal).size, valueOf(literal).data};
+}
+
+struct Case {
+    const char *xml;
+    std::string (*call)(XmlpDoc *d);
+    const char *outcome;
+};
+
+#define DO(name, ...) [](XmlpDoc *d) { return shown(xmlp_##name(d, __VA_ARGS__)); }
+
+const uint32_t last[] = {XMLP_LAST};
+const uint32_t some[] = {1, 3, 4};
+const uint32_t disordered[] = {2, 2};
+const uint32_t passing[] = {0, XMLP_LAST};
+const XmlpAttrPair attrs[] = {{"a", text("1")}, {"b", nullptr}, {"a", text("3")}};
+const XmlpValue values[] = {valueOf("P"), valueOf("<"), empty};
+const XmlpItem items[] = {itemOf("x", attrs, 2), bare, itemOf("z", attrs, 3)};
+const XmlpItem noAttrs[] = {bare, itemOf("y", nullptr, 1)};
+
+const char *const two = "<l><item>A</item><item>B</item></l>";
+const char *const parent = "<l><item>A</item><item><x/></item><item>C</item></l>";
+const char *const five = R"(<l><item a="0">A</item><item a="1">B</item><item a="1" b="">C</item>)"
+                         R"(<item a="1">D</item><item a="1"/></l>)";
+
+const Case cases[] = {
+    {"<a><b/></a>", DO(isExist, "/a/b"), "1"},
+    {"<a><b/></a>", DO(isExist, "a"), "0"},
+    {"<a/>", DO(isExist, "/a/"), "0; getChildNodeByName:1031 invalid params."},
+    {"<a>1 &lt; 2</a>", DO(getValue, "/a"), "1 1 < 2"},
+    {"<a/>", DO(getValue, "/a"), "1 none"},
+    {"<a/>", DO(setValue, "/a", "x", 1), "-1; setValue:502 error node type."},
+    {"<a>x</a>", DO(setValue, "/a", "y<", 2), "0; <a>y&lt;</a>"},
+    {"<a>x</a>", DO(setValue, "/a", nullptr, 0), "0; <a/>"},
+    {"<a/>", DO(setName, "/a", "a"), "-1; setNodeName:1173 node name existed."},
+    {"<l><item>A</item></l>", DO(setName, "/l/item", "n"), "0; <l><n>A</n></l>"},
+    {"<a><b/></a>", DO(add, "/a", 0, "n", &values[1], attrs, 2),
+     R"(0; <a><n a="1" b="">&lt;</n><b/></a>)"},
+    {"<a><b/><c/></a>", DO(add, "/a", 1, "n", nullptr, nullptr, 0), "0; <a><b/><n/><c/></a>"},
+    {"<a><b/></a>", DO(add, "/a", XMLP_LAST, "n", &empty, nullptr, 0), "0; <a><b/><n/></a>"},
+    {"<a/>", DO(add, "/a", 2, "n", nullptr, nullptr, 0),
+     "-1; addChildNode:1082 child[1] not found."},
+    {"<a/>", DO(add, "/a", 0, "n", nullptr, attrs, 3), "-1; addNodeAttr:1350 attribute existed."},
+    {"<a/>", DO(add, "/a", 0, "n", nullptr, nullptr, 1), "-1; add:579 invalid params."},
+    {"<a><b/><b/></a>", DO(getChildCount, "/a"), "2"},
+    {"<a><b/></a>", DO(delete, "/"), "-1; delete:739 not allow to delete root node."},
+    {"<a><b><c/></b><d/></a>", DO(delete, "/a/b"), "0; <a><d/></a>"},
+    {R"(<a b="1"/>)", DO(setAttr, "/a", &attrs[1]), R"(0; <a b=""/>)"},
+    {R"(<a b="1"/>)", DO(addAttr, "/a", &attrs[0]), R"(0; <a b="1" a="1"/>)"},
+    {R"(<a b="1"/>)", DO(deleteAttr, "/a", "b"), "0; <a/>"},
+    {"<a/>", DO(deleteAttr, "/a", nullptr), "-1; deleteAttr:891 invalid params."},
+
+    {two, DO(isItemExist, "/l", 1), "1"},
+    {two, DO(isItemExist, "/l", XMLP_LAST), "0"},
+
+    {five, DO(getItemValue, "/l", 0, &some[1], 2, &filled), "2 D none"},
+    {five, DO(getItemValue, "/l", 1, some, 3, &filled), "3 B D none"},
+    {five, DO(getItemValue, "/l", 1, disordered, 2, &filled),
+     "0 null; _checkOrder:255 error order in pos."},
+    {five, DO(getItemValue, "/l", 0, last, 2, &filled),
+     "0 null; getItemValue:1021 pos over range."},
+    {five, DO(getItemValue, "/l", 1, passing, 2, &filled),
+     "0 null; getItemValue:1021 pos over range."},
+    {five, DO(getItemValue, "/l", 0, first, 0, &filled),
+     "1 null; getItemValue:984 invalid params."},
+
+    {five, DO(getItemValueByAttr, "/l", &attrs[0], 1, &filled), "4 B C D none"},
+    {five, DO(getItemValueByAttr, "/l", attrs, 2, &filled), "1 C"},
+    {five, DO(getItemValueByAttr, "/l", &attrs[2], 1, &filled), "0 null"},
+    {five, DO(getItemValueByAttr, "/l", attrs, 0, &filled),
+     "1 null; getItemValueByAttr:1908 invalid params."},
+
+    {two, DO(setItemValue, "/l", 0, values, first, 2), "2; <l><item>P</item><item>&lt;</item></l>"},
+    {parent, DO(setItemValue, "/l", 0, values, first, 3),
+     "1; setNodeValue:1222 pNode is not leaf node.; "
+     "<l><item>P</item><item><x/></item><item>C</item></l>"},
+
+    {"<l/>", DO(addItem, "/l", items, XMLP_LAST, 2),
+     R"(2; <l><item a="1" b="">x</item><item/></l>)"},
+    {two, DO(addItem, "/l", items, 1, 2),
+     R"(2; <l><item>A</item><item a="1" b="">x</item><item/><item>B</item></l>)"},
+    {"<l/>", DO(addItem, "/l", items, 1, 1), "0; addItem:1300 pos over range."},
+    {"<l/>", DO(addItem, "/l", &items[1], 0, 2),
+     "1; addNodeAttr:1350 attribute existed.; <l><item/></l>"},
+    {"<l/>", DO(addItem, "/l", &items[2], 7, 1), "0; addNodeAttr:1350 attribute existed."},
+    {"<l/>", DO(addItem, "/l", noAttrs, 0, 2), "0; addItem:1237 invalid params."},
+
+    {five, DO(deleteItem, "/l", 1, some, 3),
+     R"(0; <l><item a="0">A</item><item a="1" b="">C</item></l>)"},
+    {parent, DO(deleteItem, "/l", 0, first, 3),
+     "0; delNode:1624 invalid params.; <l><item><x/></item></l>"},
+    {two, DO(deleteItem, "/l", 0, last, 0), "0; <l/>"},
+    {parent, DO(deleteItem, "/l", 0, last, 1),
+     "-1; delNode:1624 invalid params.; <l><item><x/></item><item>C</item></l>"},
+    {two, DO(deleteItem, "/l", 1, last, 0), "-1"},
+    {two, DO(deleteItem, "/l", 1, last, 1), "-1; deleteItem:1411 pos over range."},
+    {two, DO(deleteItem, "/l", 1, first, 0), "-1; deleteItem:1351 invalid params."},
+    {"<l/>", DO(deleteItem, "/l", 0, first, 0), "0"},
+    {five, DO(deleteItem, "/l", 0, &some[2], 0), "0"},
+
+    {five, DO(setItemAttr, "/l", 1, attrs, some, 2), "1; setNodeAttr:1511 attribute not exist."},
+    {two, DO(addItemAttr, "/l", 0, attrs, first, 2),
+     R"(2; <l><item a="1">A</item><item b="">B</item></l>)"},
+    {two, DO(addItemAttr, "/l", 0, attrs, last, 1), "0"},
+    {five, DO(deleteItemAttr, "/l", 1, "a", some, 3),
+     R"(3; <l><item a="0">A</item><item>B</item><item a="1" b="">C</item><item>D</item><item/></l>)"},
+    {two, DO(deleteItemAttr, "/l", 0, nullptr, first, 1), "0; deleteItemAttr:1796 invalid params."},
+};
+
+TEST(XmlpPath, operationsDoWhatWasAskedFor)
+{
+    for (const Case &c : cases) {
+        EXPECT_EQ(outcomeOf(c.xml, isDynamic, c.call), c.outcome);
+
+        /* One allocation after the other fails, until none is left to fail. */
+        std::string outcome;
+        uint32_t failing = 0;
+        do {
+            outcome = outcomeOf(c.xml, isDynamic, c.call, failing++);
+        } while (outcome.find("malloc failed.") != std::string::npos);
+        EXPECT_EQ(outcome, c.outcome) << failing;
+    }
+}
+
+TEST(XmlpPath, aFailedAddLeavesAStruct)
+{
+    const auto call = [](XmlpDoc *doc) {
+        const int status = xmlp_add(doc, "/a", 0, "", nullptr, nullptr, 0);
+        return shown(status) + shown(xmlp_seekXml(doc, "/a")->type);
+    };
+    EXPECT_EQ(outcomeOf("<a/>", isDynamic, call), "-11; setNodeName:1162 invalid params.");
+}
+
+TEST(XmlpPath, attributeValuesAreTheCallers)
+{
+    const auto call = [](XmlpDoc *doc) {
+        XmlpAttrPair got[] = {{"a", nullptr}, {"b", nullptr}, {"a", nullptr}};
+        const uint32_t done = xmlp_getItemAttr(doc, "/l", XMLP_POS_RUN, got, some, 2);
+        const int status = xmlp_getAttr(doc, "/l/item", &got[2]);
+        const std::string result = shown(done) + got[0].value + shown(status) + got[2].value;
+        free(got[0].value);
+        free(got[2].value);
+        return result;
+    };
+    EXPECT_EQ(outcomeOf(five, isDynamic, call), "2100");
+}
+
+} // namespace

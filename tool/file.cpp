@@ -1,0 +1,159 @@
+// Whole files in, whole files out.
+
+#include "tool/file.h"
+
+#include "tool/failure.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tool
+{
+
+namespace
+{
+
+using Stream = std::unique_ptr<FILE, int (*)(FILE *)>;
+
+Failure systemFailure(const std::string &file)
+{
+    return Failure(file, std::strerror(errno));
+}
+
+std::string readAll(FILE *stream, const std::string &name)
+{
+    std::string contents;
+    char block[65536];
+    size_t count = 0;
+    while ((count = fread(block, 1, sizeof(block), stream)) > 0) {
+        contents.append(block, count);
+    }
+    if (ferror(stream) != 0) {
+        throw systemFailure(name);
+    }
+    return contents;
+}
+
+void writeAll(int descriptor, const std::string &contents, const std::string &name)
+{
+    size_t done = 0;
+    while (done < contents.size()) {
+        const ssize_t count = write(descriptor, contents.data() + done, contents.size() - done);
+        if (count < 0 && errno != EINTR) {
+            throw systemFailure(name);
+        }
+        if (count > 0) {
+            done += static_cast<size_t>(count);
+        }
+    }
+}
+
+// A file beside the one it is going to replace; removed unless it came to that.
+class ReplacementFile
+{
+public:
+    explicit ReplacementFile(const std::string &target)
+        : target_(target), path_(target + ".XXXXXX"), descriptor_(mkstemp(path_.data()))
+    {
+        if (descriptor_ < 0) {
+            throw systemFailure(target_);
+        }
+    }
+
+    ReplacementFile(const ReplacementFile &) = delete;
+    ReplacementFile &operator=(const ReplacementFile &) = delete;
+
+    ~ReplacementFile()
+    {
+        close(descriptor_);
+        if (!path_.empty()) {
+            unlink(path_.c_str());
+        }
+    }
+
+    void write(const std::string &contents, mode_t mode)
+    {
+        writeAll(descriptor_, contents, target_);
+        if (fchmod(descriptor_, mode) != 0 || fsync(descriptor_) != 0) {
+            throw systemFailure(target_);
+        }
+    }
+
+    void replaceTarget()
+    {
+        if (rename(path_.c_str(), target_.c_str()) != 0) {
+            throw systemFailure(target_);
+        }
+        path_.clear();
+    }
+
+private:
+    std::string target_;
+    std::string path_;
+    int descriptor_;
+};
+
+void writeInPlace(const std::string &path, const std::string &contents)
+{
+    const Stream stream(fopen(path.c_str(), "wb"), fclose);
+    if (!stream) {
+        throw systemFailure(path);
+    }
+    writeAll(fileno(stream.get()), contents, path);
+}
+
+mode_t newFileMode()
+{
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+InputFile readFile(const std::string &path)
+{
+    if (path == "-") {
+        return {"standard input", readAll(stdin, "standard input")};
+    }
+    const Stream stream(fopen(path.c_str(), "rb"), fclose);
+    if (!stream) {
+        throw systemFailure(path);
+    }
+    return {path, readAll(stream.get(), path)};
+}
+
+void writeFile(const std::string &path, const std::string &contents)
+{
+    if (path == "-") {
+        writeStandardOutput(contents);
+        return;
+    }
+    struct stat status = {};
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode)) {
+        writeInPlace(path, contents);
+        return;
+    }
+    // A symbolic link stays one: the file it points to is replaced.
+    ReplacementFile file(exists ? std::filesystem::canonical(path).string() : path);
+    file.write(contents, exists ? status.st_mode & 0777 : newFileMode());
+    file.replaceTarget();
+}
+
+void writeStandardOutput(const std::string &contents)
+{
+    fwrite(contents.data(), 1, contents.size(), stdout);
+    if (fflush(stdout) != 0 || ferror(stdout) != 0) {
+        throw systemFailure("standard output");
+    }
+}
+
+} // namespace tool

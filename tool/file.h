@@ -1,0 +1,32 @@
+/*
+ * Whole files in, whole files out.
+ */
+#ifndef TOOL_FILE_H
+#define TOOL_FILE_H
+
+#include <string>
+
+namespace tool
+{
+
+struct InputFile {
+    std::string name; /* for messages */
+    std::string contents;
+};
+
+/* Reads a file, standard input for the path "-". Throws Failure. */
+InputFile readFile(const std::string &path);
+
+/*
+ * Makes contents the content of the file at path, or leaves the file as it was and throws
+ * Failure. What is no regular file, a device or a pipe, is written to in place; the path "-" is
+ * standard output.
+ */
+void writeFile(const std::string &path, const std::string &contents);
+
+/* Writes to standard output; throws Failure when not everything could be written. */
+void writeStandardOutput(const std::string &contents);
+
+} // namespace tool
+
+#endif

@@ -1,0 +1,209 @@
+// Byte-level rules: which bytes may stand where, the three entities, the step over a character.
+
+#include "xmlp/xmlp_internal.h"
+
+#include <string.h>
+
+static constexpr bool isOneOf(unsigned byte, const char *set, unsigned size)
+{
+    for (unsigned i = 0; i < size; i++) {
+        if (static_cast<unsigned char>(set[i]) == byte) {
+            return true;
+        }
+    }
+    return false;
+}
+
+static constexpr XmlpByteTable makeClasses()
+{
+    XmlpByteTable table = {};
+    for (unsigned byte = 0; byte < 256; byte++) {
+        unsigned classes = 0;
+        classes |= isOneOf(byte, " \t\n\r", 4) ? XMLP_BLANK : 0u;
+        classes |= isOneOf(byte, "\0\t\n\r \"&/<=>", 11) ? 0u : XMLP_NAME;
+        classes |= isOneOf(byte, "\0&\"<>", 5) ? 0u : XMLP_ATTR_VALUE;
+        classes |= isOneOf(byte, "&/<>", 4) ? 0u : XMLP_TEXT;
+        table.byte[byte] = static_cast<unsigned char>(classes);
+    }
+    return table;
+}
+
+static constexpr XmlpByteTable makeSteps()
+{
+    XmlpByteTable table = {};
+    for (unsigned byte = 0; byte < 256; byte++) {
+        table.byte[byte] = byte < 0xC2 || byte > 0xF4 ? 1
+                           : byte < 0xE0              ? 2
+                           : byte < 0xF0              ? 3
+                                                      : 4;
+    }
+    return table;
+}
+
+extern constexpr XmlpByteTable _xmlp_classes = makeClasses();
+extern constexpr XmlpByteTable _xmlp_steps = makeSteps();
+
+static int allOf(const char *buf, uint32_t length, unsigned byteClass)
+{
+    for (uint32_t i = 0; i < length; i++) {
+        if (!_isByte(buf[i], byteClass)) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
+{
+    if (slice == nullptr || name == nullptr) {
+        XMLP_ERROR(383, "invalid params.");
+        return -1;
+    }
+    return strnlen(name, length) == length && memcmp(slice, name, length) == 0 &&
+                   name[length] == '\0'
+               ? 0
+               : -1;
+}
+
+int xmlp_isValidChar(const char *buf, uint32_t length)
+{
+    if (buf == nullptr) {
+        XMLP_ERROR(421, "buf is null.");
+        return 0;
+    }
+    return allOf(buf, length, XMLP_TEXT);
+}
+
+int xmlp_isValidName(const char *buf, uint32_t length)
+{
+    if (buf == nullptr) {
+        XMLP_ERROR(458, "buf is null.");
+        return 0;
+    }
+    return allOf(buf, length, XMLP_NAME);
+}
+
+int xmlp_isValidAttrValue(const char *buf, uint32_t length)
+{
+    if (buf == nullptr) {
+        XMLP_ERROR(502, "buf is null.");
+        return 0;
+    }
+    return allOf(buf, length, XMLP_ATTR_VALUE);
+}
+
+namespace
+{
+struct Entity {
+    char character;
+    uint32_t length;
+    const char *text;
+};
+} // namespace
+
+// In the order in which they are tried.
+static constexpr Entity entities[] = {{'<', 4, "&lt;"}, {'>', 4, "&gt;"}, {'&', 5, "&amp;"}};
+
+static const Entity *entityOf(char character)
+{
+    for (const Entity &entity : entities) {
+        if (entity.character == character) {
+            return &entity;
+        }
+    }
+    return nullptr;
+}
+
+// The entity that the text at an "&" begins with, or null.
+static const Entity *entityAt(const char *text, const char *end)
+{
+    for (const Entity &entity : entities) {
+        if (static_cast<size_t>(end - text) >= entity.length &&
+            memcmp(text, entity.text, entity.length) == 0) {
+            return &entity;
+        }
+    }
+    return nullptr;
+}
+
+uint32_t xmlp_transStrLen(const char *str, uint32_t length)
+{
+    if (str == nullptr) {
+        XMLP_ERROR(541, "str is null.");
+        return 0;
+    }
+    uint32_t total = 0;
+    for (uint32_t i = 0; i < length; i++) {
+        const Entity *entity = entityOf(str[i]);
+        total += entity != nullptr ? entity->length : 1;
+    }
+    return total;
+}
+
+char *xmlp_transStr(char *dst, const char *src, uint32_t length)
+{
+    if (dst == nullptr || src == nullptr) {
+        XMLP_ERROR(584, "invalid params.");
+        return nullptr;
+    }
+    for (uint32_t i = 0; i < length; i++) {
+        const Entity *entity = entityOf(src[i]);
+        if (entity == nullptr) {
+            *dst++ = src[i];
+        } else {
+            memcpy(dst, entity->text, entity->length);
+            dst += entity->length;
+        }
+    }
+    return dst;
+}
+
+// The next "&" of the text, or its end.
+static const char *nextAmpersand(const char *text, const char *end)
+{
+    const void *found = memchr(text, '&', static_cast<size_t>(end - text));
+    return found != nullptr ? static_cast<const char *>(found) : end;
+}
+
+uint32_t xmlp_unTransStrLen(const char *str, uint32_t length)
+{
+    if (str == nullptr) {
+        XMLP_ERROR(641, "str is null.");
+        return 0;
+    }
+    const char *end = str + length;
+    uint32_t total = length;
+    for (const char *p = nextAmpersand(str, end); p < end; p = nextAmpersand(p, end)) {
+        const Entity *entity = entityAt(p, end);
+        if (entity == nullptr) {
+            return 0;
+        }
+        total -= entity->length - 1;
+        p += entity->length;
+    }
+    return total;
+}
+
+char *xmlp_unTransStr(char *dst, const char *src, uint32_t length)
+{
+    if (dst == nullptr || src == nullptr) {
+        XMLP_ERROR(705, "invalid params.");
+        return nullptr;
+    }
+    const char *end = src + length;
+    while (src < end) {
+        const char *stop = nextAmpersand(src, end);
+        memcpy(dst, src, static_cast<size_t>(stop - src));
+        dst += stop - src;
+        src = stop;
+        if (src < end) {
+            const Entity *entity = entityAt(src, end);
+            if (entity == nullptr) {
+                return nullptr;
+            }
+            *dst++ = entity->character;
+            src += entity->length;
+        }
+    }
+    return dst;
+}
