@@ -11,6 +11,7 @@
 #include "xmlp/xmlp.h"
 
 #include <stdint.h>
+#include <stdio.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -171,9 +172,12 @@ const char *appmngr_protoName(uint32_t proto);
 /* Prints address, length and, in hexadecimal, each of the length bytes at buffer. */
 void appmngr_dumpBuffer(const void *buffer, uint32_t length);
 
+/* Writes the rules to file as JSON. Texts are not escaped. */
+void appmngr_writeJson(FILE *file);
+
 /*
- * Writes the rules to "database.json" in the current directory. Texts are not escaped. Ends the
- * process with status -1 when the file cannot be opened.
+ * Writes them to "database.json" in the current directory. Ends the process with status -1 when
+ * the file cannot be opened.
  */
 void appmngr_exportJson(void);
 

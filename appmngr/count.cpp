@@ -104,7 +104,8 @@ static void countBelow(const XmlpNode *node, size_t length, unsigned paths)
         size_t childLength = 0;
         for (unsigned i = 0; i < PATHS; i++) {
             const char *rest = countedPaths[i].path + length;
-            int matched = (paths >> i & 1) != 0 && *rest == '.' ? beginsWith(rest + 1, child->name) : -1;
+            int matched =
+                (paths >> i & 1) != 0 && *rest == '.' ? beginsWith(rest + 1, child->name) : -1;
             if (matched < 0) {
                 continue;
             }

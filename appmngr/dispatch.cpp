@@ -108,9 +108,8 @@ static int walk(Frame *top)
             if (frame->row->handler != nullptr) {
                 frame->row->handler(frame->node, frame->context);
             }
-            XmlpNode *child = frame->row->descent != APPMNGR_LEAF
-                                  ? firstTyped(frame->node->firstChild)
-                                  : nullptr;
+            XmlpNode *child =
+                frame->row->descent != APPMNGR_LEAF ? firstTyped(frame->node->firstChild) : nullptr;
             if (child == nullptr) {
                 leaveRow(frame);
                 continue;

@@ -48,13 +48,8 @@ static void writeRule(FILE *file, const appmngr_rule &rule)
     fputs("}\n}\n}", file);
 }
 
-void appmngr_exportJson(void)
+void appmngr_writeJson(FILE *file)
 {
-    FILE *file = fopen("database.json", "w");
-    if (file == nullptr) {
-        perror("open database.json failed!\n");
-        exit(-1);
-    }
     const appmngr_appDb &db = g_appmngr_appDb;
     uint32_t count = db.rule != nullptr ? db.ruleCount : 0;
     fputs("{\n\"dpi_rules\":[\n", file);
@@ -63,6 +58,16 @@ void appmngr_exportJson(void)
         fputs(i + 1 < count ? ",\n" : "\n", file);
     }
     fputs("]\n}\n", file);
+}
+
+void appmngr_exportJson(void)
+{
+    FILE *file = fopen("database.json", "w");
+    if (file == nullptr) {
+        perror("open database.json failed!\n");
+        exit(-1);
+    }
+    appmngr_writeJson(file);
     fclose(file);
     puts("Create JSON-Format database success!");
 }

@@ -2,7 +2,10 @@
 
 #include "appmngr/appmngr_model.h"
 
-#define CODE(name) {name, #name}
+#define CODE(name)  \
+    {               \
+        name, #name \
+    }
 
 static constexpr struct {
     int code;

@@ -7,8 +7,8 @@
 
 #include <string.h>
 
-// A document that was refused; it is not released there, which is kept on purpose.
-static XmlpDoc *refusedDoc;
+// The document of a failed parse, which keeps its document on purpose.
+static XmlpDoc *keptDoc;
 
 int apppri_detectBom(const char *text, uint32_t length)
 {
@@ -39,11 +39,11 @@ static XmlpDoc *loadText(void)
     return xmlp_loadDoc(text + skip, length - skip, 1);
 }
 
-static void releaseRefused(void)
+static void releaseKept(void)
 {
-    if (refusedDoc != nullptr) {
-        xmlp_releaseDoc(refusedDoc);
-        refusedDoc = nullptr;
+    if (keptDoc != nullptr) {
+        xmlp_releaseDoc(keptDoc);
+        keptDoc = nullptr;
     }
 }
 
@@ -54,7 +54,7 @@ int _apppri_allocDatabase(void)
 
 int apppri_analyzeDBFile(void)
 {
-    releaseRefused();
+    releaseKept();
     XmlpDoc *doc = loadText();
     if (doc == nullptr) {
         APPPRI_ERROR(1105, "xmlParseMemory error.\r\n");
@@ -65,12 +65,12 @@ int apppri_analyzeDBFile(void)
     if (top == nullptr) {
         APPPRI_ERROR(1113, "get root child fail\r\n\r\n");
     } else if (apppri_parseThroughXML("root", top) != 0) {
-        // has been reported where the value is missing
+        // The missing value has been reported.
     } else if (_apppri_allocDatabase() != 0) {
         APPPRI_ERROR(1127, "_apppri_allocDatabase FAILED.\r\n");
     } else if (apppri_db_parseAll(top) != 0) {
         APPPRI_ERROR(1139, "apppri_db_parseAll FAILED\r\n");
-        refusedDoc = doc;
+        keptDoc = doc;
         return -1;
     } else {
         result = 0;

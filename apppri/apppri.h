@@ -144,8 +144,8 @@ int apppri_detectBom(const char *text, uint32_t length);
 
 /*
  * Reads sortNum, appNum and ver of the database from node, its later siblings and what is below
- * them. prefix is the dotted path of their parent. Fails, after leaving out the later siblings,
- * when a value is missing; below the first level that is reported, but no failure.
+ * them; prefix is the dotted path of their parent. A missing value is reported and ends the
+ * siblings that it stands among; the call fails when those are node's own.
  */
 int apppri_parseThroughXML(const char *prefix, const XmlpNode *node);
 

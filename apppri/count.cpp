@@ -30,7 +30,7 @@ int apppri_parseThroughXML(const char *prefix, const XmlpNode *node)
         if (_apppri_takeSteps(__func__, pathSteps, path, node, &target) < 0) {
             return -1;
         }
-        // Every level makes the path longer, which bounds the depth; nothing lies behind.
+        // Every level makes the path longer, so this also bounds the recursion.
         if (strlen(path) < longestPath) {
             apppri_parseThroughXML(path, node->firstChild);
         }

@@ -23,12 +23,18 @@ template <typename Record> bool _apppri_isListed(const Record *record)
            reinterpret_cast<uintptr_t>(record->next) != APPPRI_REMOVED_NEXT;
 }
 
+/* What a removed record points at; no address. */
+template <typename Record> Record *_apppri_marker(uintptr_t value)
+{
+    return reinterpret_cast<Record *>(value); // NOLINT(performance-no-int-to-ptr)
+}
+
 template <typename Record> void _apppri_remove(Record *record)
 {
     record->prev->next = record->next;
     record->next->prev = record->prev;
-    record->next = reinterpret_cast<Record *>(uintptr_t{APPPRI_REMOVED_NEXT});
-    record->prev = reinterpret_cast<Record *>(uintptr_t{APPPRI_REMOVED_PREV});
+    record->next = _apppri_marker<Record>(APPPRI_REMOVED_NEXT);
+    record->prev = _apppri_marker<Record>(APPPRI_REMOVED_PREV);
 }
 
 /* Puts record at the tail of list; one that is there already moves. */

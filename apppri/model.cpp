@@ -15,9 +15,11 @@ apppri_database apppri_db;
 
 static void freeApps(apppri_app *list)
 {
-    while (auto *app = _apppri_first(list)) {
-        _apppri_remove(app);
+    apppri_app *app = _apppri_first(list);
+    while (app != nullptr) {
+        apppri_app *next = _apppri_next(list, app);
         free(app);
+        app = next;
     }
     free(list);
 }
@@ -30,9 +32,11 @@ void _apppri_freeSort(apppri_sort *sort)
 
 int apppri_DBReInit(void)
 {
-    while (auto *sort = _apppri_first(apppri_db.appSortList)) {
-        _apppri_remove(sort);
+    apppri_sort *sort = _apppri_first(apppri_db.appSortList);
+    while (sort != nullptr) {
+        apppri_sort *next = _apppri_next(apppri_db.appSortList, sort);
         _apppri_freeSort(sort);
+        sort = next;
     }
     free(apppri_db.appSortList);
     memset(&apppri_db, 0, offsetof(apppri_database, xmlBuf));

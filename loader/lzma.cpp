@@ -73,8 +73,9 @@ int appmngr_lzmaUnpack(void *dest, uint32_t *destLen, const unsigned char *src, 
 
 void appmngr_unpackImage(char *text, uint32_t *textLen, const unsigned char *image)
 {
-    uint32_t length = static_cast<uint32_t>(image[0]) << 24 | static_cast<uint32_t>(image[1]) << 16 |
-                      static_cast<uint32_t>(image[2]) << 8 | image[3];
+    uint32_t length = static_cast<uint32_t>(image[0]) << 24 |
+                      static_cast<uint32_t>(image[1]) << 16 | static_cast<uint32_t>(image[2]) << 8 |
+                      image[3];
     if (length > APPMNGR_IMAGE_SIZE - LENGTH_SIZE) {
         length = APPMNGR_IMAGE_SIZE - LENGTH_SIZE;
     }

@@ -75,8 +75,9 @@ struct AppMngr : testing::Test {
 
 TEST_F(AppMngr, FillsTheTables)
 {
-    const std::string signature = "<enable>1</enable><segment><start>2</start><end>30</end></segment>"
-                                  "<minlength>-4</minlength><dpiType>regex</dpiType>";
+    const std::string signature =
+        "<enable>1</enable><segment><start>2</start><end>30</end></segment>"
+        "<minlength>-4</minlength><dpiType>regex</dpiType>";
     const std::string rule =
         tuples("<tuple>tcp 0:0 192.0.2.1:443</tuple><tuple>UDP\t 192.0.2.2:70000 0:53</tuple>"
                "<tuple>icmp 0:0 0:0</tuple>") +
@@ -86,10 +87,15 @@ TEST_F(AppMngr, FillsTheTables)
         "<APPDB><ver>1.2.3-too-long</ver><proModel>model</proModel><expired>2030-01-01</expired>"
         "<applist><app><id>7</id><name>One</name><visible>1</visible>"
         "<typeIdList><typeId>40</typeId><typeId>1</typeId></typeIdList>"
-        "<ruleList>" + element("rule", rule) + element("rule", tuples(oneTuple)) + "</ruleList>"
+        "<ruleList>" +
+        element("rule", rule) + element("rule", tuples(oneTuple)) +
+        "</ruleList>"
         "<dnsKwList><dnsKw>one.example</dnsKw><dnsKw>sixteen-letters-</dnsKw></dnsKwList></app>"
-        "<app><id>33</id><ruleList>" + element("rule", tuples(oneTuple)) + "</ruleList>"
-        "<typeIdList><typeId>40</typeId></typeIdList></app></applist>" + types + "</APPDB>";
+        "<app><id>33</id><ruleList>" +
+        element("rule", tuples(oneTuple)) +
+        "</ruleList>"
+        "<typeIdList><typeId>40</typeId></typeIdList></app></applist>" +
+        types + "</APPDB>";
     EXPECT_EQ(load(text), "");
 
     EXPECT_STREQ(g_appmngr_appDb.ver, "1.2.3-too-l");
@@ -139,8 +145,8 @@ TEST_F(AppMngr, FillsTheTables)
 
 TEST_F(AppMngr, ReportsWhatItLeavesOut)
 {
-    const std::string split = error("appmngr_string_makeSubStrByChar", 453,
-                                    "Too many substrings to string provided \r");
+    const std::string split =
+        error("appmngr_string_makeSubStrByChar", 453, "Too many substrings to string provided \r");
     const struct {
         std::string rule;
         std::string printed;
@@ -153,7 +159,8 @@ TEST_F(AppMngr, ReportsWhatItLeavesOut)
          "Unknown protocol!\r\n" + tupleError(1280, "appmngr_utils_str2proto failed!")},
         {"<tuple>tcp 0 0:0</tuple>", tupleError(1295, "ucm_string_makeSubStrByChar failed!")},
         {"<tuple>tcp 00:0 0:0</tuple>", tupleError(1318, "inet_pton failed! str = [00]")},
-        {"<tuple>tcp 0:0 0:0:0</tuple>", split + tupleError(1343, "Analyze the dest pair ip failed!")},
+        {"<tuple>tcp 0:0 0:0:0</tuple>",
+         split + tupleError(1343, "Analyze the dest pair ip failed!")},
         {"<tuple>tcp 0:0 host:0</tuple>", tupleError(1362, "inet_pton failed, str = [host]!")},
         {element("tuple", std::string(512, 'x')), tupleError(1247, "Not tuple string found!")},
         {element("tuple", "tcp 0:0 " + std::string(70, '1')),
@@ -186,8 +193,10 @@ TEST_F(AppMngr, FaultyTupleLeavesItsTraces)
 
 TEST_F(AppMngr, RefusedDatabases)
 {
-    const std::string alloc = error("appmngr_analyzeDbFile", 2325, "_appmngr_alloc_for_appdb failed");
-    const std::string app = "<app><id>1</id>" + element("ruleList", element("rule", tuples(oneTuple))) + "</app>";
+    const std::string alloc =
+        error("appmngr_analyzeDbFile", 2325, "_appmngr_alloc_for_appdb failed");
+    const std::string app =
+        "<app><id>1</id>" + element("ruleList", element("rule", tuples(oneTuple))) + "</app>";
     std::string manyTypes;
     for (int i = 0; i < 65; i++) {
         manyTypes += "<appType><id>" + std::to_string(i) + "</id></appType>";
@@ -196,14 +205,17 @@ TEST_F(AppMngr, RefusedDatabases)
         std::string text;
         std::string printed;
     } rows[] = {
-        {"", "[ERROR][_checkXml():452]: no xml tag found.\r\n[ERROR][_initLock():78]: doc is null.\r\n"},
+        {"", "[ERROR][_checkXml():452]: no xml tag found.\r\n[ERROR][_initLock():78]: doc is "
+             "null.\r\n"},
         {"<AppDB>x</AppDB>", alloc},
         {element("AppDB", element("appList", app)), alloc},
         {element("AppDB", element("appList", "<app><id>1</id></app>") + types), alloc},
         {element("AppDB", element("appList", app) + element("appTypeList", manyTypes)), alloc},
         // A type id that cannot be read ends the counting of its type's children.
         {element("AppDB", element("appList", app) +
-                              element("appTypeList", element("appType", element("id", std::string(512, '1')) + "<id>1</id>"))),
+                              element("appTypeList",
+                                      element("appType", element("id", std::string(512, '1')) +
+                                                             "<id>1</id>"))),
          alloc},
     };
     for (const auto &row : rows) {
@@ -223,27 +235,32 @@ TEST_F(AppMngr, ElementsOutOfPlace)
         "<app><id>9</id><dnsKw>past</dnsKw><visible>1</visible>" + inner + inner +
         "<typeId>1</typeId></app><tuple>bad</tuple><appType><id>5</id><name>n</name></appType>"
         "<ori><tuple>bad</tuple><enable>1</enable></ori>";
-    EXPECT_EQ(load(element("AppDB", extra + element("appList", element("app", dns + element("ruleList", inner))) + types +
-                                        extra + extra)),
-              "");
+    EXPECT_EQ(
+        load(element("AppDB",
+                     extra + element("appList", element("app", dns + element("ruleList", inner))) +
+                         types + extra + extra)),
+        "");
     EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
     EXPECT_EQ(g_appmngr_appDb.appCount, 1u);
     EXPECT_EQ(g_appmngr_app[0].id, 9u);
     EXPECT_EQ(g_appmngr_count.dnsCur, 1u);
     EXPECT_LE(g_appmngr_appDb.typeCount, 2u);
 
-    EXPECT_EQ(load(database("<id>4096</id><typeId>1</typeId>",
-                            element("rule", tuples(oneTuple) + inner + inner + "<rep><end>1</end></rep>"))),
+    EXPECT_EQ(load(database(
+                  "<id>4096</id><typeId>1</typeId>",
+                  element("rule", tuples(oneTuple) + inner + inner + "<rep><end>1</end></rep>"))),
               "");
     EXPECT_TRUE(appmngr_isZero512(g_appmngr_appDb.type[0].appBitmap));
     EXPECT_EQ(g_appmngr_appDb.ruleCount, 2u);
 
     // A dotted name completes a counted path, and is never walked.
-    EXPECT_EQ(load(element("AppDB", element("appList", element("app", element("ruleList", inner)) + "<app.x>y</app.x>") +
-                                        element("appList.app", "y") +
-                                        element("appList", element("app", element("ruleList", inner))) +
-                                        types)),
-              "");
+    EXPECT_EQ(
+        load(element(
+            "AppDB",
+            element("appList", element("app", element("ruleList", inner)) + "<app.x>y</app.x>") +
+                element("appList.app", "y") +
+                element("appList", element("app", element("ruleList", inner))) + types)),
+        "");
     EXPECT_EQ(g_appmngr_count.app, 3u);
     EXPECT_EQ(g_appmngr_appDb.appCount, 2u);
 }

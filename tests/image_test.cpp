@@ -29,10 +29,9 @@ Stream encode(const std::string &text, uint32_t dictionary)
     Stream stream = {std::string(5, '\0'), std::string(text.size() + 4096, '\0')};
     lzma_properties_encode(filters, reinterpret_cast<uint8_t *>(stream.properties.data()));
     size_t written = 0;
-    EXPECT_EQ(lzma_raw_buffer_encode(filters, nullptr,
-                                     reinterpret_cast<const uint8_t *>(text.data()), text.size(),
-                                     reinterpret_cast<uint8_t *>(stream.data.data()), &written,
-                                     stream.data.size()),
+    EXPECT_EQ(lzma_raw_buffer_encode(
+                  filters, nullptr, reinterpret_cast<const uint8_t *>(text.data()), text.size(),
+                  reinterpret_cast<uint8_t *>(stream.data.data()), &written, stream.data.size()),
               LZMA_OK);
     stream.data.resize(written);
     return stream;

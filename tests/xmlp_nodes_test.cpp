@@ -51,10 +51,10 @@ TEST(XmlpChars, Rules)
         int isAttrValue;
         int isChar;
     } rows[] = {
-        {"a:b-1.?!'", 9, 1, 1, 1}, {"", 0, 1, 1, 1},       {"a b", 3, 0, 1, 1},
-        {"a=b", 3, 0, 1, 1},       {"a/b", 3, 0, 1, 0},    {"\t", 1, 0, 1, 1},
-        {"\"", 1, 0, 0, 1},        {"&", 1, 0, 0, 0},      {"<", 1, 0, 0, 0},
-        {">", 1, 0, 0, 0},         {"a\0b", 3, 0, 0, 1},   {"\xC3\xA4\xFF", 3, 1, 1, 1},
+        {"a:b-1.?!'", 9, 1, 1, 1}, {"", 0, 1, 1, 1},     {"a b", 3, 0, 1, 1},
+        {"a=b", 3, 0, 1, 1},       {"a/b", 3, 0, 1, 0},  {"\t", 1, 0, 1, 1},
+        {"\"", 1, 0, 0, 1},        {"&", 1, 0, 0, 0},    {"<", 1, 0, 0, 0},
+        {">", 1, 0, 0, 0},         {"a\0b", 3, 0, 0, 1}, {"\xC3\xA4\xFF", 3, 1, 1, 1},
     };
     for (const auto &row : rows) {
         EXPECT_EQ(xmlp_isValidName(row.bytes, row.length), row.isName) << row.bytes;
@@ -68,7 +68,8 @@ TEST(XmlpChars, Rules)
         unsigned first;
         unsigned last;
         unsigned step;
-    } steps[] = {{0x00, 0xC1, 1}, {0xC2, 0xDF, 2}, {0xE0, 0xEF, 3}, {0xF0, 0xF4, 4}, {0xF5, 0xFF, 1}};
+    } steps[] = {
+        {0x00, 0xC1, 1}, {0xC2, 0xDF, 2}, {0xE0, 0xEF, 3}, {0xF0, 0xF4, 4}, {0xF5, 0xFF, 1}};
     for (const auto &row : steps) {
         for (unsigned byte = row.first; byte <= row.last; byte++) {
             EXPECT_EQ(_stepOf(static_cast<char>(byte)), row.step) << byte;
@@ -88,9 +89,9 @@ TEST(XmlpChars, Escaping)
         uint32_t length;
         const char *plain; // null: refused
     } rows[] = {
-        {"a&lt;b", 6, "a<b"}, {"&amp;&gt;", 9, "&>"}, {"&amp;lt;", 8, "&lt;"}, {"&quot;", 6, nullptr},
-        {"&amp", 4, nullptr}, {"&lt", 3, nullptr},    {"x&", 2, nullptr},      {"&amp;", 4, nullptr},
-        {"plain", 5, "plain"},
+        {"a&lt;b", 6, "a<b"},   {"&amp;&gt;", 9, "&>"}, {"&amp;lt;", 8, "&lt;"},
+        {"&quot;", 6, nullptr}, {"&amp", 4, nullptr},   {"&lt", 3, nullptr},
+        {"x&", 2, nullptr},     {"&amp;", 4, nullptr},  {"plain", 5, "plain"},
     };
     for (const auto &row : rows) {
         char plain[16] = {};
@@ -135,7 +136,8 @@ TEST(XmlpNodes, LinkFindDelete)
         EXPECT_EQ(xmlp_insNodeBefore(before, parent->firstChild), 0);
         for (const char *left : {"yabd", "abd", "ab", "b", ""}) {
             static const char *const victims[] = {"c", "y", "d", "a", "b"};
-            XmlpNode *victim = xmlp_getChildNodeByName(parent, victims[5 - xmlp_getChildNodeCount(parent)], 1);
+            XmlpNode *victim =
+                xmlp_getChildNodeByName(parent, victims[5 - xmlp_getChildNodeCount(parent)], 1);
             EXPECT_EQ(xmlp_delNode(victim), 0);
             EXPECT_EQ(order(parent), left);
         }
@@ -196,7 +198,9 @@ TEST(XmlpNodes, SharedItemName)
 TEST(XmlpNodes, Attributes)
 {
     XmlpNode *node = xmlp_initNode();
-    auto add = [&](const char *name, const char *value) { return xmlp_addNodeAttr(node, name, value); };
+    auto add = [&](const char *name, const char *value) {
+        return xmlp_addNodeAttr(node, name, value);
+    };
     std::string printed = captured([&] {
         EXPECT_EQ(add("a", "1"), 0);
         EXPECT_EQ(add("ab", nullptr), 0);

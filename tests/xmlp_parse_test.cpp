@@ -5,6 +5,7 @@
 
 #include <pthread.h>
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -110,8 +111,7 @@ TEST(XmlpParse, AcceptedText)
         {"<a><b>x</b><b>y</b></a>", ":0[a:1[b:2'x' b:2'y']]"},
         {"<a>dropped<b/>&bad;</a>", ":0[a:1[b:0]]"},
         {"<a><item>x</item><item/></a>", ":0[a:3[item:4'x' item:4]]"},
-        {"<a><item><b/></item><item><item/></item></a>",
-         ":0[a:3[item:1[b:0] item:3[item:4]]]"},
+        {"<a><item><b/></item><item><item/></item></a>", ":0[a:3[item:1[b:0] item:3[item:4]]]"},
         {"<item>x</item>", ":0[item:4'x']"},
         {"<a x=\"1\"y = \"2\" z=\"\" />", ":0[a:0{x=1 y=2 z}]"},
         {"<a x=\"1/2 it's\">v</a>", ":0[a:2{x=1/2 it's}'v']"},
@@ -124,8 +124,7 @@ TEST(XmlpParse, AcceptedText)
         {"< />", ":0[:0]"},
         {"< a b=\"c\"/>", ":0[:0{a=c}]"},
         {std::string("<a><\0x/><\0/><b/></a>", 20), ":0[a:1[:0 :0 b:0]]"},
-        {"<abcd><efghabcd/><abcd x=\"abcd\"/></abcd>",
-         ":0[abcd:1[efghabcd:0 abcd:0{x=abcd}]]"},
+        {"<abcd><efghabcd/><abcd x=\"abcd\"/></abcd>", ":0[abcd:1[efghabcd:0 abcd:0{x=abcd}]]"},
     };
     for (const Case &row : cases) {
         EXPECT_EQ(outcome(row.text, 1), row.expected) << row.text;
@@ -202,6 +201,33 @@ TEST(XmlpParse, RefusedText)
     EXPECT_EQ(header, "");
 }
 
+TEST(XmlpParse, RefusedOffset)
+{
+    const struct {
+        const char *text;
+        uint32_t offset;
+    } rows[] = {
+        {"<a/>", UINT32_MAX},
+        {"\xEF\xBB\xBF <?xml", 4},
+        {"<a/><b/>", 4},
+        {"<a x='1'/>", 5},
+        {"<a><b x></b></a>", 7},
+        {"<a><b></c></a>", 8},
+        {"<a>ok &amp; &x;</a>", 12},
+        {"<a><b/><item/></a>", 8},
+        {"<a xy=\"1\" x=\"2\"/>", 10},
+        {"< a/>", 1},
+        {"<a>", 3},
+        {"", 0},
+    };
+    for (const auto &row : rows) {
+        for (uint32_t isStatic : {0u, 1u}) {
+            outcome(row.text, isStatic);
+            EXPECT_EQ(xmlp_getRefusedOffset(), row.offset) << row.text;
+        }
+    }
+}
+
 TEST(XmlpParse, EveryBeginningOfAText)
 {
     const std::string text = "\xEF\xBB\xBF<?x?><a x=\"1\" y=\"\xC3\xA4\"><item>&lt;&amp;</item>"
@@ -239,15 +265,15 @@ TEST(XmlpParse, NamePool)
         size_t place;
         size_t used;
     } rows[] = {
-        {"abc", 0, 4},       {"efghabcd", 4, 16}, {"abcd", 8, 16},       {"", 12, 16},
-        {"abcdefgh", 16, 28}, {"abcd", 8, 28},    {"xxxxefghabcd", 28, 44}, {"efgh", 20, 44},
-        {"abc", 0, 44},      {"bcd", 44, 48},
+        {"abc", 0, 4},        {"efghabcd", 4, 16}, {"abcd", 8, 16},          {"", 12, 16},
+        {"abcdefgh", 16, 28}, {"abcd", 8, 28},     {"xxxxefghabcd", 28, 44}, {"efgh", 20, 44},
+        {"abc", 0, 44},       {"bcd", 44, 48},
     };
     XmlpNamePool pool;
-    ASSERT_EQ(_initNamePool(&pool, 100), 0);
+    ASSERT_EQ(_initNamePool(&pool), 0);
     for (const auto &row : rows) {
         auto length = static_cast<uint32_t>(strlen(row.name));
-        EXPECT_EQ(_saveName(&pool, row.name, length), 0);
+        EXPECT_EQ(_saveName(&pool, row.name, length), row.place / 4 + 1);
         EXPECT_EQ(_findName(&pool, row.name, length), pool.base + row.place) << row.name;
         EXPECT_STREQ(pool.base + row.place, row.name);
         EXPECT_EQ(pool.used, row.used) << row.name;

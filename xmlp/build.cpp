@@ -17,7 +17,12 @@ static char *keep(XmlpSlice slice, const XmlpNamePool *pool)
 // Takes the next record of the attribute area, or allocates one.
 static XmlpAttr *newAttr(XmlpAttr **area, bool isStatic)
 {
-    return isStatic ? (*area)++ : static_cast<XmlpAttr *>(calloc(1, sizeof(XmlpAttr)));
+    if (!isStatic) {
+        return static_cast<XmlpAttr *>(calloc(1, sizeof(XmlpAttr)));
+    }
+    XmlpAttr *attr = (*area)++;
+    *attr = {};
+    return attr;
 }
 
 static int fault(int line, const char *text)
@@ -36,8 +41,12 @@ static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area,
     int more;
     while ((more = _readTagAttr(reader, &name, &value)) > 0) {
         int existed = _addAttrName(names, node->attrs, name.bytes, name.length);
-        if (existed != 0) {
-            return existed > 0 ? fault(690, "attr name existed.") : -1;
+        if (existed > 0) {
+            _refuseAt(name.bytes);
+            return fault(690, "attr name existed.");
+        }
+        if (existed < 0) {
+            return -1;
         }
         XmlpAttr *attr = newAttr(area, pool != nullptr);
         if (attr == nullptr) {
@@ -60,26 +69,33 @@ static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area,
             }
         }
     }
+    if (more < 0) {
+        _refuseAt(reader->p);
+    }
     return more;
 }
 
-int _getNameAttr(const char *tag, char terminator, XmlpNode *node, XmlpAttr **attrsOut,
+int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, XmlpAttr **attrsOut,
                  uint32_t isStatic, const XmlpNamePool *pool)
 {
-    if (tag == nullptr || node == nullptr || (isStatic != 0 && attrsOut == nullptr)) {
+    if (text == nullptr || element == nullptr || node == nullptr ||
+        (isStatic != 0 && attrsOut == nullptr)) {
         return fault(621, "invalid params.");
     }
     if (isStatic != 0 && pool == nullptr) {
         return fault(626, "invalid params.");
     }
-    pool = isStatic != 0 ? pool : nullptr;
-    XmlpTagReader reader = {tag, terminator};
-    node->name = keep(_readTagName(&reader), pool);
+    node->name = isStatic != 0 ? _nameAt(pool, element->place)
+                               : _copyString(text + element->name, element->nameLength);
     if (node->name == nullptr) {
         return fault(645, "malloc failed.");
     }
+    if (element->isBare) {
+        return 0;
+    }
+    XmlpTagReader reader = _readerOf(text, element);
     XmlpAttrNames names = {};
-    int status = buildAttrs(&reader, node, attrsOut, pool, &names);
+    int status = buildAttrs(&reader, node, attrsOut, isStatic != 0 ? pool : nullptr, &names);
     _freePairMap(&names.tree);
     if (status != 0 && isStatic == 0) {
         _freeAttrList(node->attrs);
@@ -96,7 +112,8 @@ int _setType(XmlpNode *node, uint32_t isStatic)
         XMLP_ERROR(811, "invalid params.");
         return -1;
     }
-    bool isItem = node->name != nullptr && strcmp(node->name, _xmlp_itemName) == 0;
+    bool isItem = node->name != nullptr && node->name[0] == _xmlp_itemName[0] &&
+                  strcmp(node->name, _xmlp_itemName) == 0;
     XmlpNode *parent = node->parent;
     if (isItem && parent->type == XMLP_NODE_STRUCT) {
         XMLP_ERROR(822, "single element is named item.");
@@ -126,58 +143,59 @@ namespace
 // Where the parts of a tree come from, and how its builder reports faults.
 struct Builder {
     const char *name;
-    int tagLine;   // "<" inside a tag
-    int closeLine; // ">" outside of one, or an end tag too many
+    int parentLine; // an element whose parent is not open
+    int endLine;    // an end before its beginning
     int valueLine;
+    const char *text;
     const XmlpNamePool *pool; // null for a dynamic tree
     char *values;
     XmlpAttr *attrs;
-    XmlpNode *nodes;
 };
 } // namespace
 
-static XmlpNode *newNode(Builder *builder)
+// The text between the tags of a leaf; none elsewhere.
+static XmlpSlice textOf(const char *text, const XmlpElement *element)
 {
-    return builder->pool != nullptr ? builder->nodes++ : xmlp_initNode();
+    if (!element->isLeaf || element->end == 0) {
+        return {text, 0};
+    }
+    uint32_t from = element->close + 1;
+    return {text + from, element->end - from};
 }
 
-// Adds an element, whose tag is given, as the last child of parent. Returns it, or null.
-static XmlpNode *addElement(Builder *builder, XmlpNode *parent, const char *tag, char terminator)
+uint32_t _valueLength(const char *text, const XmlpElement *element)
 {
-    uint32_t isStatic = builder->pool != nullptr ? 1 : 0;
-    XmlpNode *node = newNode(builder);
-    if (node == nullptr) {
-        return nullptr;
-    }
-    xmlp_insNodeLast(node, parent);
-    if (_getNameAttr(tag, terminator, node, &builder->attrs, isStatic, builder->pool) != 0 ||
-        _setType(node, isStatic) != 0) {
-        return nullptr;
-    }
-    return node;
+    XmlpSlice slice = textOf(text, element);
+    return element->hasEntity ? xmlp_unTransStrLen(slice.bytes, slice.length) : slice.length;
 }
 
 // Gives a leaf the text between its tags.
-static int takeValue(Builder *builder, XmlpNode *node, const char *text, uint32_t length)
+static int takeValue(Builder *builder, const XmlpElement *element, XmlpNode *node)
 {
-    if (length == 0) {
+    XmlpSlice slice = textOf(builder->text, element);
+    if (slice.length == 0) {
         return 0;
     }
-    uint32_t size = xmlp_unTransStrLen(text, length);
+    uint32_t size = _valueLength(builder->text, element);
     if (size == 0) {
+        _refuseAt(_badEntity(slice.bytes, slice.length));
         _xmlp_report(builder->name, builder->valueLine, "invalid value.");
         return -1;
     }
     char *value = builder->values;
-    if (builder->pool == nullptr) {
+    if (builder->pool != nullptr) {
+        builder->values += size;
+    } else {
         value = static_cast<char *>(malloc(size));
         if (value == nullptr) {
             return -1;
         }
-    } else {
-        builder->values += size;
     }
-    xmlp_unTransStr(value, text, length);
+    if (element->hasEntity) {
+        xmlp_unTransStr(value, slice.bytes, slice.length);
+    } else {
+        memcpy(value, slice.bytes, size);
+    }
     node->value = reinterpret_cast<unsigned char *>(value);
     node->valueSize = size;
     if (node->type == XMLP_NODE_NONE) {
@@ -186,74 +204,82 @@ static int takeValue(Builder *builder, XmlpNode *node, const char *text, uint32_
     return 0;
 }
 
+// Makes the node of an element that was linked complete.
+static int fillNode(Builder *builder, const XmlpElement *element, XmlpNode *node)
+{
+    uint32_t isStatic = builder->pool != nullptr ? 1 : 0;
+    if (_getNameAttr(builder->text, element, node, &builder->attrs, isStatic, builder->pool) != 0) {
+        return -1;
+    }
+    if (_setType(node, isStatic) != 0) {
+        _refuseAt(builder->text + element->name);
+        return -1;
+    }
+    return takeValue(builder, element, node);
+}
+
 static int fault(const Builder *builder, int line)
 {
     _xmlp_report(builder->name, line, "error xml tag.");
     return -1;
 }
 
-// Builds all elements of the text below root.
-static int buildTree(Builder *builder, XmlpNode *root, const char *text, const char *end)
+// Builds the nodes of all elements below root. nodes holds the records of a static tree.
+static int buildTree(Builder *builder, const XmlpElementList *list, XmlpNode *root, XmlpNode *nodes)
 {
-    enum { BETWEEN, START_TAG, END_TAG, IN_TEXT } state = BETWEEN;
-    const char *from = nullptr; // where the tag or the text begins
-    XmlpNode *open = root;
-    for (const char *p = _nextMark(text, end); p < end; p = _nextMark(p + 1, end)) {
-        if (*p == '<') {
-            if (state == START_TAG || state == END_TAG) {
-                return fault(builder, builder->tagLine);
-            }
-            if (end - p > 1 && p[1] == '/') {
-                if (state == IN_TEXT &&
-                    takeValue(builder, open, from, static_cast<uint32_t>(p - from)) != 0) {
-                    return -1;
-                }
-                state = END_TAG;
-            } else {
-                state = START_TAG;
-                from = p + 1;
-            }
-        } else if (state == START_TAG) {
-            bool isEmpty = p[-1] == '/';
-            XmlpNode *node = addElement(builder, open, from, isEmpty ? '/' : '>');
-            if (node == nullptr) {
-                return -1;
-            }
-            open = isEmpty ? open : node;
-            state = isEmpty ? BETWEEN : IN_TEXT;
-            from = p + 1;
-        } else if (state == END_TAG && open != root) {
+    XmlpNode *open = root; // the innermost node that the next element may lie in
+    uint32_t number = 0;   // of its element
+    for (uint32_t i = 0; i < list->count; i++) {
+        const XmlpElement *element = &list->items[i];
+        while (number != element->parent && number != 0) {
+            number = list->items[number - 1].parent;
             open = open->parent;
-            state = BETWEEN;
-        } else {
-            return fault(builder, builder->closeLine);
         }
+        if (number != element->parent) {
+            return fault(builder, builder->parentLine);
+        }
+        if (element->end != 0 && element->end <= element->close) {
+            return fault(builder, builder->endLine);
+        }
+        XmlpNode *node = nodes != nullptr ? &nodes[i] : xmlp_initNode();
+        if (node == nullptr) {
+            return -1;
+        }
+        if (nodes != nullptr) {
+            *node = {};
+        }
+        xmlp_insNodeLast(node, open);
+        if (fillNode(builder, element, node) != 0) {
+            return -1;
+        }
+        open = node;
+        number = i + 1;
     }
     return 0;
 }
 
-XmlpNode *_makeStree(const char *text, uint32_t length, const XmlpNamePool *pool, char *values,
-                     XmlpAttr *attrs, XmlpNode *nodes)
+XmlpNode *_makeStree(const char *text, const XmlpElementList *list, const XmlpNamePool *pool,
+                     char *values, XmlpAttr *attrs, XmlpNode *nodes)
 {
-    if (text == nullptr || pool == nullptr || values == nullptr || attrs == nullptr ||
-        nodes == nullptr) {
+    if (text == nullptr || list == nullptr || pool == nullptr || values == nullptr ||
+        attrs == nullptr || nodes == nullptr) {
         XMLP_ERROR(877, "invalid params.");
         return nullptr;
     }
-    Builder builder = {__func__, 893, 975, 904, pool, values, attrs, nodes};
-    XmlpNode *root = newNode(&builder);
-    return buildTree(&builder, root, text, text + length) == 0 ? root : nullptr;
+    Builder builder = {__func__, 893, 975, 904, text, pool, values, attrs};
+    nodes[0] = {};
+    return buildTree(&builder, list, &nodes[0], &nodes[1]) == 0 ? &nodes[0] : nullptr;
 }
 
-XmlpNode *_makeDtree(const char *text, uint32_t length)
+XmlpNode *_makeDtree(const char *text, const XmlpElementList *list)
 {
-    if (text == nullptr) {
+    if (text == nullptr || list == nullptr) {
         XMLP_ERROR(1144, "invalid params.");
         return nullptr;
     }
-    Builder builder = {__func__, 1162, 1162, 1180, nullptr, nullptr, nullptr, nullptr};
+    Builder builder = {__func__, 1162, 1162, 1180, text, nullptr, nullptr, nullptr};
     XmlpNode *root = xmlp_initNode();
-    if (root != nullptr && buildTree(&builder, root, text, text + length) != 0) {
+    if (root != nullptr && buildTree(&builder, list, root, nullptr) != 0) {
         xmlp_delDtree(root);
         root = nullptr;
     }

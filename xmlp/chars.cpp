@@ -23,6 +23,8 @@ static constexpr XmlpByteTable makeClasses()
         classes |= isOneOf(byte, "\0\t\n\r \"&/<=>", 11) ? 0u : XMLP_NAME;
         classes |= isOneOf(byte, "\0&\"<>", 5) ? 0u : XMLP_ATTR_VALUE;
         classes |= isOneOf(byte, "&/<>", 4) ? 0u : XMLP_TEXT;
+        classes |= byte < 0x80 && (classes & XMLP_NAME) != 0 ? XMLP_ASCII_NAME : 0u;
+        classes |= isOneOf(byte, "&<>", 3) ? XMLP_MARK : 0u;
         table.byte[byte] = static_cast<unsigned char>(classes);
     }
     return table;
@@ -32,10 +34,7 @@ static constexpr XmlpByteTable makeSteps()
 {
     XmlpByteTable table = {};
     for (unsigned byte = 0; byte < 256; byte++) {
-        table.byte[byte] = byte < 0xC2 || byte > 0xF4 ? 1
-                           : byte < 0xE0              ? 2
-                           : byte < 0xF0              ? 3
-                                                      : 4;
+        table.byte[byte] = byte < 0xC2 || byte > 0xF4 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
     }
     return table;
 }
@@ -182,6 +181,19 @@ uint32_t xmlp_unTransStrLen(const char *str, uint32_t length)
         p += entity->length;
     }
     return total;
+}
+
+const char *_badEntity(const char *str, uint32_t length)
+{
+    const char *end = str + length;
+    const char *p = nextAmpersand(str, end);
+    for (const Entity *entity; p < end; p = nextAmpersand(p + entity->length, end)) {
+        entity = entityAt(p, end);
+        if (entity == nullptr) {
+            break;
+        }
+    }
+    return p;
 }
 
 char *xmlp_unTransStr(char *dst, const char *src, uint32_t length)

@@ -1,40 +1,82 @@
-// The check pass: is the text a document of the accepted language?
+// The check pass: is the text a document of the accepted language? It lists the elements that it
+// meets, and the passes after it go by the list.
 
+#include "xmlp/scanner.h"
 #include "xmlp/xmlp_internal.h"
 
 #include <stdlib.h>
+#include <string.h>
 
 namespace
 {
-// Where the names of the open elements begin, innermost last. A stack of our own, so that no depth
-// of document can exhaust the thread's.
-struct OpenTags {
-    const char **names;
-    size_t depth;
-    size_t capacity;
+struct Checker {
+    const char *text; // what positions count from
+    XmlpScanner scanner;
+    XmlpElementList *list;
+    uint32_t open; // number of the innermost open element, counted from 1
 };
-
-enum State { CONTENT, START_TAG, END_TAG };
 } // namespace
 
-static int push(OpenTags *open, const char *name)
+static uint32_t positionOf(const Checker *checker, const char *p)
 {
-    if (open->depth == open->capacity) {
-        size_t capacity = open->capacity == 0 ? 64 : 2 * open->capacity;
-        auto **names =
-            static_cast<const char **>(realloc(open->names, capacity * sizeof(*open->names)));
-        if (names == nullptr) {
-            return -1;
-        }
-        open->names = names;
-        open->capacity = capacity;
+    return static_cast<uint32_t>(p - checker->text);
+}
+
+// Reads the name at tag, in a tag whose contents end at stop.
+static void readName(XmlpElement *element, const char *tag, const char *stop)
+{
+    const char *p = tag;
+    while (_isByte(*p, XMLP_ASCII_NAME)) {
+        p++;
     }
-    open->names[open->depth++] = name;
+    element->isBare = p == stop;
+    element->nameLength = static_cast<uint32_t>(p - tag);
+    if (!element->isBare && !_isByte(*p, XMLP_BLANK)) {
+        XmlpTagReader reader = {tag, *stop};
+        element->nameLength = _readTagName(&reader).length;
+        p = reader.p;
+    }
+    element->attrs = element->name + static_cast<uint32_t>(p - tag);
+}
+
+static int growList(XmlpElementList *list)
+{
+    uint32_t capacity = list->capacity == 0 ? 256 : 2 * list->capacity;
+    auto *items = capacity > list->capacity
+                      ? static_cast<XmlpElement *>(realloc(
+                            list->items, static_cast<size_t>(capacity) * sizeof(XmlpElement)))
+                      : nullptr;
+    if (items == nullptr) {
+        return -1;
+    }
+    list->items = items;
+    list->capacity = capacity;
     return 0;
 }
 
-static int fault(int line, const char *text)
+// Lists the element whose tag is given, up to its ">", as a child of the open one. 0 or -1.
+static int addElement(Checker *checker, const char *tag, const char *close)
 {
+    XmlpElementList *list = checker->list;
+    if (list->count == list->capacity && growList(list) != 0) {
+        return -1;
+    }
+    if (checker->open != 0) {
+        list->items[checker->open - 1].isLeaf = false;
+    }
+    XmlpElement *element = &list->items[list->count++];
+    *element = {};
+    element->name = positionOf(checker, tag);
+    element->close = positionOf(checker, close);
+    element->parent = checker->open;
+    element->isLeaf = true;
+    readName(element, tag, close[-1] == '/' ? close - 1 : close);
+    return 0;
+}
+
+static int fault(int line, const char *text, const char *at)
+{
+    _refuseAt(at);
     _xmlp_report("_subXml", line, "%s", text);
     return -1;
 }
@@ -43,135 +85,175 @@ static int fault(int line, const char *text)
 static int checkEndTag(const char *openName, const char *name, const char *close)
 {
     if (name == close) {
-        return fault(315, "not same tag name.");
+        return fault(315, "not same tag name.", name);
     }
     const char *open = openName;
     for (; name < close; name++, open++) {
         if (*open != *name) {
-            return fault(322, "not same tag name.");
+            return fault(322, "not same tag name.", name);
         }
         if (!_isByte(*name, XMLP_NAME)) {
-            return fault(327, "valid tag name."); // says "valid" of an invalid byte, on purpose
+            return fault(327, "valid tag name.",
+                         name); // says "valid" of an invalid byte, on purpose
         }
     }
     if (*open == '>') {
         return 0;
     }
     if (!_isByte(*open, XMLP_BLANK)) {
-        return fault(350, "not same tag name.");
+        return fault(350, "not same tag name.", close);
     }
     return _checkNameAttr(openName, '>');
 }
 
-// Checks the content of the innermost open element and of all around it. Returns the position
-// behind the end tag of the outermost one, or null with those that were not closed left open.
-static const char *checkContent(OpenTags *open, const char *position, const char *end)
+// Closes the open element with the end tag whose name lies before its ">" at close. 0 or -1.
+static int closeElement(Checker *checker, const char *name, const char *close, bool hasEntity)
 {
-    State state = CONTENT;
-    const char *tag = nullptr;
-    for (const char *p = _nextMark(position, end); p < end; p = _nextMark(p + 1, end)) {
+    XmlpElement *element = &checker->list->items[checker->open - 1];
+    const char *open = checker->text + element->name;
+    auto length = static_cast<size_t>(close - name);
+    bool isSame =
+        element->isBare && length == element->nameLength && memcmp(open, name, length) == 0;
+    if (!isSame && checkEndTag(open, name, close) != 0) {
+        return -1;
+    }
+    element->end = positionOf(checker, name - 2);
+    element->hasEntity = hasEntity;
+    checker->open = element->parent;
+    return 0;
+}
+
+// Checks the content of the open element up to its end tag. 0, or -1 with the elements that were
+// not closed left open.
+static int checkContent(Checker *checker)
+{
+    enum { CONTENT, START_TAG, END_TAG } state = CONTENT;
+    const char *end = checker->scanner.end;
+    const uint32_t outermost = checker->open;
+    const char *name = nullptr;
+    bool hasEntity = false;
+    for (const char *p = _nextMark(&checker->scanner); p < end; p = _nextMark(&checker->scanner)) {
         int status = 0;
+        if (*p == '&') {
+            hasEntity = true;
+            continue;
+        }
         if (*p == '<') {
             if (state != CONTENT) {
-                status = fault(272, "error xml tag.");
-            } else if (end - p > 1 && p[1] == '/') {
-                state = END_TAG;
-                tag = p + 2;
-                status = tag == end ? -1 : 0;
-            } else {
-                state = START_TAG;
-                tag = p + 1;
+                return fault(272, "error xml tag.", p);
             }
-        } else if (p[-1] == '/') {
+            bool isEnd = end - p > 1 && p[1] == '/';
+            state = isEnd ? END_TAG : START_TAG;
+            name = isEnd ? p + 2 : p + 1;
+            if (isEnd && name == end) {
+                _refuseAt(p);
+                return -1;
+            }
+            continue;
+        }
+        if (p[-1] == '/') {
             if (state != START_TAG) {
-                status = fault(305, "error xml tag.");
-            } else if (_checkNameAttr(tag, '/') != 0) {
-                status = fault(298, "error xml tag.");
+                return fault(305, "error xml tag.", p);
             }
-            state = CONTENT;
+            if (_checkNameAttr(name, '/') != 0) {
+                return fault(298, "error xml tag.", p);
+            }
+            status = addElement(checker, name, p);
         } else if (state == START_TAG) {
-            status = push(open, tag);
-            state = CONTENT;
+            status = addElement(checker, name, p);
+            checker->open = checker->list->count;
         } else if (state == END_TAG) {
-            status = checkEndTag(open->names[open->depth - 1], tag, p);
-            if (status == 0 && --open->depth == 0) {
-                return p + 1;
+            bool isOutermost = checker->open == outermost;
+            status = closeElement(checker, name, p, hasEntity);
+            if (status == 0 && isOutermost) {
+                return 0;
             }
-            state = CONTENT;
         } else {
-            status = fault(367, "error xml tag.");
+            return fault(367, "error xml tag.", p);
         }
         if (status != 0) {
-            return nullptr;
+            return -1;
         }
+        state = CONTENT;
+        hasEntity = false;
     }
-    fault(374, "error xml tag.");
-    return nullptr;
+    return fault(374, "error xml tag.", end);
 }
 
-const char *_subXml(const char *openName, const char *position, const char *end)
+// Checks the content of the open element. 0, or -1 after every element around the faulty one has
+// reported its child.
+static int _subXml(Checker *checker)
 {
-    if (openName == nullptr || position == nullptr || end == nullptr) {
+    if (checker == nullptr || checker->open == 0) {
         XMLP_ERROR(261, "invalid params.");
-        return nullptr;
+        return -1;
     }
-    OpenTags open = {};
-    const char *behind = nullptr;
-    if (push(&open, openName) == 0) {
-        behind = checkContent(&open, position, end);
-        // Every element around the faulty one reports its child.
-        for (; open.depth > 1; open.depth--) {
-            XMLP_ERROR(359, "error xml tag.");
-        }
+    const uint32_t outermost = checker->open;
+    if (checkContent(checker) == 0) {
+        return 0;
     }
-    free(open.names);
-    return behind;
+    for (uint32_t open = checker->open; open != outermost;
+         open = checker->list->items[open - 1].parent) {
+        XMLP_ERROR(359, "error xml tag.");
+    }
+    return -1;
 }
 
-int _checkXml(const char *start, const char *end)
+static int topFault(int line, const char *text, const char *at)
 {
-    if (start == nullptr || end == nullptr) {
+    _refuseAt(at);
+    _xmlp_report("_checkXml", line, "%s", text);
+    return -1;
+}
+
+// Checks the top element, whose start tag is given. 0 or -1.
+static int checkTop(Checker *checker, const char *tag, const char *close)
+{
+    if (close[-1] == '/') {
+        if (_checkNameAttr(tag, '/') != 0) {
+            return topFault(431, "error xml tag.", close);
+        }
+        return addElement(checker, tag, close);
+    }
+    if (addElement(checker, tag, close) != 0) {
+        return -1;
+    }
+    checker->open = checker->list->count;
+    if (_subXml(checker) != 0) {
+        return topFault(441, "error xml tag.", close);
+    }
+    return 0;
+}
+
+int _checkXml(const char *start, const char *end, XmlpElementList *list)
+{
+    if (start == nullptr || end == nullptr || list == nullptr) {
         XMLP_ERROR(396, "invalid params.");
         return -1;
     }
+    Checker checker = {start, {}, list, 0};
+    _beginScan(&checker.scanner, start, end);
     enum { NOTHING, TOP_TAG, TOP_DONE } state = NOTHING;
     const char *tag = nullptr;
-    const char *p = _nextMark(start, end);
-    while (p < end) {
-        const char *next = p + 1;
+    for (const char *p = _nextMark(&checker.scanner); p < end; p = _nextMark(&checker.scanner)) {
         if (*p == '<') {
             if (state != NOTHING) {
-                XMLP_ERROR(406, "error xml tag.");
-                return -1;
+                return topFault(406, "error xml tag.", p);
             }
             if (end - p > 1 && p[1] == '/') {
-                XMLP_ERROR(411, "error xml tag.");
-                return -1;
+                return topFault(411, "error xml tag.", p);
             }
             state = TOP_TAG;
             tag = p + 1;
-        } else if (state != TOP_TAG) {
-            XMLP_ERROR(424, "error xml tag.");
-            return -1;
-        } else if (p[-1] == '/') {
-            if (_checkNameAttr(tag, '/') != 0) {
-                XMLP_ERROR(431, "error xml tag.");
-                return -1;
+        } else if (*p == '>') {
+            if (state != TOP_TAG) {
+                return topFault(424, "error xml tag.", p);
             }
-            state = TOP_DONE;
-        } else {
-            next = _subXml(tag, p + 1, end);
-            if (next == nullptr) {
-                XMLP_ERROR(441, "error xml tag.");
+            if (checkTop(&checker, tag, p) != 0) {
                 return -1;
             }
             state = TOP_DONE;
         }
-        p = _nextMark(next, end);
     }
-    if (state == NOTHING) {
-        XMLP_ERROR(452, "no xml tag found.");
-        return -1;
-    }
-    return 0;
+    return state != NOTHING ? 0 : topFault(452, "no xml tag found.", end);
 }

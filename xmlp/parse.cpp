@@ -15,6 +15,15 @@
 #include <stdlib.h>
 #include <string.h>
 
+const char *_xmlp_refusedAt;
+
+static uint32_t refusedOffset = UINT32_MAX;
+
+uint32_t xmlp_getRefusedOffset(void)
+{
+    return refusedOffset;
+}
+
 static const char *skipBlanks(const char *p, const char *end)
 {
     while (p < end && _isByte(*p, XMLP_BLANK)) {
@@ -48,8 +57,10 @@ static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const
 {
     const char *p = skipBlanks(skipMark(xmlBuf, end), end);
     if (end - p >= 2 && memcmp(p, "<?", 2) == 0) {
-        p = passDeclaration(p, end);
+        const char *declaration = p;
+        p = passDeclaration(declaration, end);
         if (p == nullptr) {
+            _refuseAt(declaration);
             _xmlp_report("xmlp_parse", 1459, "error in xml header.");
             return -1;
         }
@@ -69,51 +80,32 @@ static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const
 
 namespace
 {
-// What the counting pass finds.
+// What needs room in the block, beside the names.
 struct Counts {
-    size_t elements;
     size_t attrs;
     size_t valueBytes;
 };
 } // namespace
 
-// The counting pass: counts what needs room in the block and collects the names.
-static int countXml(const char *text, const char *end, XmlpNamePool *pool, Counts *counts)
+// The counting pass: collects the names and counts the rest.
+static int countParts(const char *text, XmlpElementList *list, XmlpNamePool *pool, Counts *counts)
 {
-    enum { NOTHING, START_TAG, END_TAG, IN_TEXT, AFTER_END_TAG } state = NOTHING;
-    const char *from = nullptr; // where the tag or the text begins
-    for (const char *p = _nextMark(text, end); p < end; p = _nextMark(p + 1, end)) {
-        if (*p == '<' && end - p > 1 && p[1] == '/') {
-            if (state == IN_TEXT) {
-                counts->valueBytes += xmlp_unTransStrLen(from, static_cast<uint32_t>(p - from));
-            }
-            state = END_TAG;
-        } else if (*p == '<') {
-            state = START_TAG;
-            from = p + 1;
-        } else if (state == START_TAG) {
-            int status = 0;
-            counts->elements++;
-            counts->attrs += _saveNameAttr(from, p[-1] == '/' ? '/' : '>', pool, &status);
-            if (status != 0) {
-                return -1;
-            }
-            state = IN_TEXT;
-            from = p + 1;
-        } else if (state == END_TAG) {
-            state = AFTER_END_TAG;
+    for (uint32_t i = 0; i < list->count; i++) {
+        XmlpElement *element = &list->items[i];
+        if (_saveNameAttr(text, element, pool, &counts->attrs) != 0) {
+            return -1;
         }
+        counts->valueBytes += _valueLength(text, element);
     }
     return 0;
 }
 
 // Builds the static tree in its block. Returns the document node, or null.
-static XmlpNode *buildStatic(const char *text, const char *end)
+static XmlpNode *buildStatic(const char *text, XmlpElementList *list)
 {
-    auto length = static_cast<uint32_t>(end - text);
     Counts counts = {};
     XmlpNamePool pool;
-    if (_initNamePool(&pool, length) != 0 || countXml(text, end, &pool, &counts) != 0) {
+    if (_initNamePool(&pool) != 0 || countParts(text, list, &pool, &counts) != 0) {
         _xmlp_report("xmlp_parse", 1509, "malloc failed.");
         _freeNamePool(&pool);
         return nullptr;
@@ -121,15 +113,15 @@ static XmlpNode *buildStatic(const char *text, const char *end)
     XmlpNode *root = nullptr;
     size_t attrsAt = pool.used + counts.valueBytes;
     size_t nodesAt = attrsAt + counts.attrs * sizeof(XmlpAttr);
-    auto *block =
-        static_cast<char *>(calloc(1, nodesAt + (counts.elements + 1) * sizeof(XmlpNode)));
+    size_t nodeCount = static_cast<size_t>(list->count) + 1;
+    auto *block = static_cast<char *>(malloc(nodesAt + nodeCount * sizeof(XmlpNode)));
     if (block == nullptr) {
         _xmlp_report("xmlp_parse", 1572, "malloc failed.");
     } else {
         memcpy(block, pool.base, pool.used);
         free(pool.base);
         pool.base = block;
-        root = _makeStree(text, length, &pool, block + pool.used,
+        root = _makeStree(text, list, &pool, block + pool.used,
                           reinterpret_cast<XmlpAttr *>(block + attrsAt),
                           reinterpret_cast<XmlpNode *>(block + nodesAt));
         if (root != nullptr) {
@@ -140,8 +132,21 @@ static XmlpNode *buildStatic(const char *text, const char *end)
     return root;
 }
 
+// Checks the text behind the declaration and builds its tree. Returns the document node, or null.
+static XmlpNode *buildRoot(const char *text, const char *end, uint32_t isStatic)
+{
+    XmlpElementList list = {};
+    XmlpNode *root = nullptr;
+    if (_checkXml(text, end, &list) == 0) {
+        root = isStatic != 0 ? buildStatic(text, &list) : _makeDtree(text, &list);
+    }
+    free(list.items);
+    return root;
+}
+
 XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic)
 {
+    refusedOffset = UINT32_MAX;
     if (xmlBuf == nullptr) {
         XMLP_ERROR(1431, "xmlBuf is null.");
         return nullptr;
@@ -154,11 +159,14 @@ XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic)
     tree->isStatic = isStatic;
     const char *end = xmlBuf + length;
     const char *text = nullptr;
-    if (saveHeader(tree, xmlBuf, end, &text) == 0 && _checkXml(text, end) == 0) {
-        tree->root = isStatic != 0 ? buildStatic(text, end)
-                                   : _makeDtree(text, static_cast<uint32_t>(end - text));
+    _xmlp_refusedAt = nullptr;
+    if (saveHeader(tree, xmlBuf, end, &text) == 0) {
+        tree->root = buildRoot(text, end, isStatic);
     }
     if (tree->root == nullptr) {
+        if (_xmlp_refusedAt != nullptr) {
+            refusedOffset = static_cast<uint32_t>(_xmlp_refusedAt - xmlBuf);
+        }
         free(tree->header);
         free(tree);
         return nullptr;

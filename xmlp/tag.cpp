@@ -1,20 +1,8 @@
-// Marks and tags: finding them, checking what stands in a tag, reading its parts.
+// Tags: checking what stands in one, reading its parts.
 
 #include "xmlp/xmlp_internal.h"
 
 #include <string.h>
-
-const char *_nextMark(const char *p, const char *end)
-{
-    while (p < end && *p != '<' && *p != '>') {
-        uint32_t step = _stepOf(*p);
-        if (step >= static_cast<size_t>(end - p)) {
-            return end;
-        }
-        p += step;
-    }
-    return p;
-}
 
 const char *_skipWhiteSpace(const char *p)
 {
@@ -40,10 +28,11 @@ static const char *skipName(const char *p)
     return p;
 }
 
-// Passes an attribute and the blanks behind it. Returns 0, or the line that reports its fault.
+// Passes an attribute and the blanks behind it. Returns 0, or the line that reports the fault that
+// *attr then points at.
 static int passAttr(const char **attr, char terminator)
 {
-    const char *p = *attr;
+    const char *&p = *attr;
     if (!_isByte(*p, XMLP_NAME)) {
         return 188;
     }
@@ -69,7 +58,7 @@ static int passAttr(const char **attr, char terminator)
     if (*p != '"') {
         return 223;
     }
-    *attr = _skipWhiteSpace(p + 1);
+    p = _skipWhiteSpace(p + 1);
     return 0;
 }
 
@@ -80,11 +69,13 @@ int _checkNameAttr(const char *tag, char terminator)
         return -1;
     }
     if (*tag == terminator) {
+        _refuseAt(tag);
         XMLP_ERROR(155, "error xml tag name.");
         return -1;
     }
     const char *p = skipName(tag + _stepOf(*tag));
     if (*p != terminator && !_isByte(*p, XMLP_BLANK)) {
+        _refuseAt(p);
         XMLP_ERROR(169, "error xml tag name.");
         return -1;
     }
@@ -92,6 +83,7 @@ int _checkNameAttr(const char *tag, char terminator)
     while (*p != terminator) {
         int fault = passAttr(&p, terminator);
         if (fault != 0) {
+            _refuseAt(p);
             // The doubled word is kept on purpose.
             XMLP_ERROR(fault, fault == 232 ? "error xml attributeibute." : "error xml attribute.");
             return -1;
@@ -116,6 +108,11 @@ XmlpSlice _readTagName(XmlpTagReader *reader)
     }
     reader->p = p;
     return slice(name, p);
+}
+
+XmlpTagReader _readerOf(const char *text, const XmlpElement *element)
+{
+    return {text + element->attrs, element->end != 0 ? '>' : '/'};
 }
 
 int _readTagAttr(XmlpTagReader *reader, XmlpSlice *name, XmlpSlice *value)

@@ -94,6 +94,12 @@ XmlpDoc *xmlp_xml2Tree(const char *xmlBuf, uint32_t length, uint32_t isStatic);
  */
 XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic);
 
+/*
+ * Returns where the text last given to xmlp_parse, xmlp_xml2Tree or xmlp_loadDoc was refused, in
+ * bytes from its beginning; 0xFFFFFFFF when it was accepted or memory was short.
+ */
+uint32_t xmlp_getRefusedOffset(void);
+
 /* Adds a holder; returns the same handle, or null for a null one. */
 XmlpDoc *xmlp_copyDoc(XmlpDoc *doc);
 

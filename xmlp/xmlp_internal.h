@@ -23,10 +23,12 @@ void _xmlp_report(const char *function, int line, const char *format, ...)
 
 /* What a byte may be part of. */
 enum : unsigned {
-    XMLP_BLANK = 1,      /* blank, tab, LF, CR */
-    XMLP_NAME = 2,       /* element and attribute names */
-    XMLP_ATTR_VALUE = 4, /* attribute values */
-    XMLP_TEXT = 8        /* text that needs no escaping */
+    XMLP_BLANK = 1,       /* blank, tab, LF, CR */
+    XMLP_NAME = 2,        /* element and attribute names */
+    XMLP_ATTR_VALUE = 4,  /* attribute values */
+    XMLP_TEXT = 8,        /* text that needs no escaping */
+    XMLP_ASCII_NAME = 16, /* names, of ASCII characters only */
+    XMLP_MARK = 32        /* "<", ">", "&" */
 };
 
 struct XmlpByteTable {
@@ -47,6 +49,9 @@ static inline uint32_t _stepOf(char byte)
 {
     return _xmlp_steps.byte[static_cast<unsigned char>(byte)];
 }
+
+/* Returns the first "&" of the text that begins no known entity, or the end of the text. */
+const char *_badEntity(const char *str, uint32_t length);
 
 /* ---- Document -------------------------------------------------------------------------- */
 
@@ -77,14 +82,20 @@ int _hasChildName(const XmlpNode *parent, const char *name);
  */
 int _hasAttrName(const XmlpAttr *attrs, const char *name, uint32_t length);
 
-/* ---- Parser: marks and tags ------------------------------------------------------------ */
+/* ---- Parser: faults -------------------------------------------------------------------- */
 
-/*
- * Returns the first "<" or ">" from p on, or end. The search steps from character to character, so
- * a byte inside a multi-byte character is never taken for a mark; a character that passes end is
- * the end.
- */
-const char *_nextMark(const char *p, const char *end);
+/* Where the text that is being parsed is refused; null until then. */
+extern const char *_xmlp_refusedAt;
+
+/* Notes where the text is refused; the first note holds. */
+static inline void _refuseAt(const char *p)
+{
+    if (_xmlp_refusedAt == nullptr) {
+        _xmlp_refusedAt = p;
+    }
+}
+
+/* ---- Parser: tags ---------------------------------------------------------------------- */
 
 /* Returns the first byte from p on that is not blank. There must be one, a tag's ">" say. */
 const char *_skipWhiteSpace(const char *p);
@@ -117,14 +128,35 @@ int _readTagAttr(XmlpTagReader *reader, XmlpSlice *name, XmlpSlice *value);
 
 /* ---- Parser: check pass ---------------------------------------------------------------- */
 
-/* Checks all of the text that follows the declaration. */
-int _checkXml(const char *start, const char *end);
+/* An element that the check pass met; positions count from the text's first byte. */
+struct XmlpElement {
+    uint32_t name; /* behind the "<" of its start tag */
+    uint32_t nameLength;
+    uint32_t attrs;  /* behind the name */
+    uint32_t close;  /* the ">" of its start tag */
+    uint32_t end;    /* the "<" of its end tag; 0 for an empty-element tag */
+    uint32_t parent; /* number of the element around it, counted from 1; 0 for the top element */
+    uint32_t place;  /* of its name in the pool */
+    bool isBare;     /* its tag holds nothing but the name, and that is ASCII */
+    bool isLeaf;     /* no element lies in it */
+    bool hasEntity;  /* its text, if it is a leaf, may hold one */
+};
+
+/* A reader for the attributes in the start tag of an element of the text. */
+XmlpTagReader _readerOf(const char *text, const XmlpElement *element);
+
+/* The elements of a text, in document order. */
+struct XmlpElementList {
+    XmlpElement *items;
+    uint32_t count;
+    uint32_t capacity;
+};
 
 /*
- * Checks an element's content from position on. openName is where the name in its start tag
- * begins. Returns the position behind its end tag, or null.
+ * Checks all of the text that follows the declaration and lists its elements. 0 or -1; the caller
+ * frees list->items in either case.
  */
-const char *_subXml(const char *openName, const char *position, const char *end);
+int _checkXml(const char *start, const char *end, XmlpElementList *list);
 
 /* ---- Parser: name pool ----------------------------------------------------------------- */
 
@@ -149,28 +181,48 @@ uint32_t _getPair(const XmlpPairMap *map, uint32_t a, uint32_t b);
 int _putPair(XmlpPairMap *map, uint32_t a, uint32_t b, uint32_t value);
 void _freePairMap(XmlpPairMap *map);
 
-/* The names of a static tree; see name_pool.cpp. */
-struct XmlpNamePool {
-    char *base;         /* zero-filled from used on */
-    size_t used;        /* bytes up to the first all-zero word */
-    XmlpPairMap places; /* word numbers, plus one, by first word of a string and place of its rest */
+/* A short name met before, told by its first and last 8 bytes. */
+struct XmlpRecentName {
+    uint64_t first;
+    uint64_t last;
+    uint32_t length;
+    uint32_t place; /* 0 for none */
 };
 
-/* Gives pool room for all names of a text of textLength bytes. 0, or -1 without memory. */
-int _initNamePool(XmlpNamePool *pool, uint32_t textLength);
+/*
+ * The names of a static tree; see name_pool.cpp. The place of a string is the number of the word
+ * that it begins on, counted from 1.
+ */
+struct XmlpNamePool {
+    char *base;  /* zero-filled from used on */
+    size_t used; /* bytes up to the first all-zero word, which is there */
+    size_t capacity;
+    XmlpPairMap places; /* by first word of a string and place of its rest */
+    XmlpRecentName recent[64];
+};
+
+enum : uint32_t { XMLP_POOL_WORD = 4 };
+
+static inline char *_nameAt(const XmlpNamePool *pool, uint32_t place)
+{
+    return pool->base + static_cast<size_t>(place - 1) * XMLP_POOL_WORD;
+}
+
+/* 0, or -1 without memory. */
+int _initNamePool(XmlpNamePool *pool);
 void _freeNamePool(XmlpNamePool *pool);
 
 /* Returns the position of the string in the pool, or that of the first free word. */
 char *_findName(const XmlpNamePool *pool, const char *bytes, uint32_t length);
 
-/* Stores the string, unless it is there. 0, or -1 without memory. */
-int _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length);
+/* Stores the string, unless it is there. Returns its place, or 0 without memory. */
+uint32_t _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length);
 
 /*
- * Stores name, attribute names and non-empty attribute values of a checked tag. Returns the number
- * of attributes; *status becomes 0, or -1 without memory.
+ * Stores name, attribute names and non-empty attribute values of an element of the text, sets the
+ * element's place, and adds the number of its attributes to *attrs. 0, or -1 without memory.
  */
-uint32_t _saveNameAttr(const char *tag, char terminator, XmlpNamePool *pool, int *status);
+int _saveNameAttr(const char *text, XmlpElement *element, XmlpNamePool *pool, size_t *attrs);
 
 /* ---- Parser: tree building ------------------------------------------------------------- */
 
@@ -187,22 +239,25 @@ struct XmlpAttrNames {
 int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, const char *name, uint32_t length);
 
 /*
- * Names node and builds its attribute list from a checked tag. Static: the strings are those of
- * pool, the records are taken from *attrsOut, which moves on. Dynamic: all are allocated.
+ * Names node and builds its attribute list for an element of the text. Static: the strings are
+ * those of pool, the records are taken from *attrsOut, which moves on. Dynamic: all are allocated.
  */
-int _getNameAttr(const char *tag, char terminator, XmlpNode *node, XmlpAttr **attrsOut,
+int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, XmlpAttr **attrsOut,
                  uint32_t isStatic, const XmlpNamePool *pool);
+
+/* The length of an element's value, un-escaped; 0 for none and for one with a bad entity. */
+uint32_t _valueLength(const char *text, const XmlpElement *element);
 
 /* Types a node that was linked and named, and its parent with it. */
 int _setType(XmlpNode *node, uint32_t isStatic);
 
 /*
- * Build the tree of a checked text; static in the areas for values, attribute records and node
- * records. They return the document node, or null.
+ * Build the tree of a checked text from its elements; static in the areas for values, attribute
+ * records and node records. They return the document node, or null.
  */
-XmlpNode *_makeStree(const char *text, uint32_t length, const XmlpNamePool *pool, char *values,
-                     XmlpAttr *attrs, XmlpNode *nodes);
-XmlpNode *_makeDtree(const char *text, uint32_t length);
+XmlpNode *_makeStree(const char *text, const XmlpElementList *list, const XmlpNamePool *pool,
+                     char *values, XmlpAttr *attrs, XmlpNode *nodes);
+XmlpNode *_makeDtree(const char *text, const XmlpElementList *list);
 
 /* ---- Path-addressed operations --------------------------------------------------------- */
 
@@ -224,14 +279,29 @@ struct XmlpFrame {
 
 #define XMLP_TYPE_BIT(type) (1u << (type))
 
+/* Reports "invalid params.". */
+void _refuseParams(const XmlpFrame *frame);
+
 /* The argument check; complete tells whether the operation has what it needs besides. */
-int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path, bool complete);
+static inline int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path,
+                               bool complete)
+{
+    if (doc == nullptr || path == nullptr || !complete) {
+        _refuseParams(frame);
+        return -1;
+    }
+    return 0;
+}
 
 /* Locks the document and returns the node at path; unlocked again and null when refused. */
 XmlpNode *_lockNode(const XmlpFrame *frame, XmlpDoc *doc, const char *path);
 
 /* _checkParams and _lockNode. */
-XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path, bool complete);
+static inline XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path,
+                                  bool complete)
+{
+    return _checkParams(frame, doc, path, complete) == 0 ? _lockNode(frame, doc, path) : nullptr;
+}
 
 /* Fills in a copy of the value of node with terminator bytes 0 behind it. Reports nothing. */
 int _copyNodeValue(XmlpValue *copy, const XmlpNode *node, uint32_t terminator);
