@@ -8,6 +8,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <vector>
 
 using Bytes = std::string;
 using namespace std::string_literals;
@@ -119,9 +120,10 @@ TEST(Md5, PublishedVectors)
 TEST(Seal, Buffers)
 {
     const auto seal = [](const Bytes &input, int32_t room, int sealing) {
+        const std::vector<char> exact(input.begin(), input.end()); /* nothing to read behind it */
         Bytes output(static_cast<size_t>(room), 0);
         const int length =
-            md5_des_seal(input.data(), lengthOf(input), raw(output), room, exampleKey, sealing);
+            md5_des_seal(exact.data(), lengthOf(input), raw(output), room, exampleKey, sealing);
         return length < 0 ? "refused" : output.substr(0, static_cast<size_t>(length));
     };
     const Bytes text = "sealed by openssl";
@@ -220,9 +222,10 @@ TEST(Decrypt, DigestRangeStaysInside)
 {
     /* 64 bytes of room: the longest range, one byte more, sums past 32 bits. */
     for (const uint32_t claimed : {32u, 33u, 0xffffffefu, 0xfffffff0u, 0xffffffffu}) {
-        const Bytes body = word(claimed) + Bytes(44, 0);
+        /* The digest is right for the first two, so that only the range can be wrong. */
+        const Bytes body = word(claimed) + Bytes(claimed == 33 ? 45 : 44, 0);
         const Bytes file = encrypted(digestOf(body) + body).substr(0, 56);
-        Bytes out(64, '#');
+        Bytes out(72, 0);
         uint32_t length = 64;
         EXPECT_EQ(appmngr_decrypt(out.data(), &length, file.data(), 56), claimed == 32 ? 1 : -4);
         EXPECT_EQ(length, claimed + 16);

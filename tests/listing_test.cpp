@@ -26,18 +26,22 @@ appmngr_app apps[3];
 appmngr_appType types[2];
 appmngr_rule rules[3];
 
-/* Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application. */
+/*
+ * Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application.
+ * Addresses and bitmaps read the same in both byte orders, since they are shown as they lie.
+ */
 void fillTables()
 {
     apps[0] = {7, 1, "Bird Call"};
     apps[1] = {0xFFFFFFFF, -1, ""};
     apps[2] = {12345, 0, ""};
     setText(apps[1].name, std::string(200, 'n'));
-    types[0] = {3, "Voice", {0x00000080, 0x04030201}};
+    types[0] = {3, "Voice", {0x80000080, 0x04030304}};
     types[1] = {0xFFFFFFFE, "", {}};
-    types[1].appBitmap[127] = 0x80000000;
+    types[1].appBitmap[127] = 0x01000001;
 
-    rules[0] = {7, inet_addr("192.168.1.1"), inet_addr("10.0.0.1"), 5060, 65535, 6, {}, {}, {}};
+    rules[0] = {7, inet_addr("192.168.168.192"), inet_addr("10.1.1.10"), 5060, 65535, 6, {}, {},
+                {}};
     rules[0].orig = {1, -2, 3, 40, "hex", "16 03 \"01\""};
     rules[1] = {8, 0, 0, 0, 53, 1, {}, {}, {}};
     rules[2] = {0xFFFFFFFF, 0, inet_addr("255.255.255.255"), 1, 2, 17, {}, {}, {}};

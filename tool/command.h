@@ -27,7 +27,17 @@ extern const Command commands[];
 
 Action setupPack(CLI::App &arguments);
 Action setupUnpack(CLI::App &arguments);
+Action setupShow(CLI::App &arguments);
+Action setupRules(CLI::App &arguments);
+Action setupApps(CLI::App &arguments);
+Action setupTypes(CLI::App &arguments);
+Action setupExport(CLI::App &arguments);
+Action setupFmt(CLI::App &arguments);
 Action setupPriority(CLI::App &arguments);
+Action setupSeal(CLI::App &arguments);
+Action setupUnseal(CLI::App &arguments);
+Action setupBundle(CLI::App &arguments);
+Action setupVerify(CLI::App &arguments);
 
 } // namespace tool
 

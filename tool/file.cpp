@@ -116,12 +116,23 @@ mode_t newFileMode()
     return 0666 & ~mask;
 }
 
+InputFile readStandardInput()
+{
+    static bool taken = false;
+    const std::string name = "standard input";
+    if (taken) {
+        throw Failure(name, "is there for one file only");
+    }
+    taken = true;
+    return {name, readAll(stdin, name)};
+}
+
 } // namespace
 
 InputFile readFile(const std::string &path)
 {
     if (path == "-") {
-        return {"standard input", readAll(stdin, "standard input")};
+        return readStandardInput();
     }
     const Stream stream(fopen(path.c_str(), "rb"), fclose);
     if (!stream) {

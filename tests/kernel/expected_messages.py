@@ -1,5 +1,5 @@
-"""What the kernel must receive for an application database, worked out from its XML text, and
-what it did receive."""
+"""What the kernel must receive for the databases of an image, worked out from their XML texts,
+and what it did receive."""
 
 import socket
 import struct
@@ -17,7 +17,8 @@ RULE_SIZE = TUPLE.size + 2 * FEATURES.size
 # appId, keyword
 KEYWORD = struct.Struct("<I16s")
 
-RULES_TYPE, KEYWORDS_TYPE = 19, 21
+RULES_TYPE, MAP_TYPE, KEYWORDS_TYPE = 19, 20, 21
+MAP_SIZE = 4096
 PROTOCOL_NUMBERS = {"tcp": 6, "udp": 17, "icmp": 1}
 
 
@@ -54,19 +55,30 @@ def keyword_records(app):
         yield KEYWORD.pack(int(app.findtext("id")), cut(element, ".", 16))
 
 
+def map_bytes(sorts):
+    """One byte for each application id: the priority of the last sort that lists it."""
+    priorities = [b"\0"] * MAP_SIZE
+    for sort in sorts:
+        for app in sort.iterfind("appList/app"):
+            priorities[int(app.findtext("appId"))] = bytes([int(sort.findtext("prio")) & 0xFF])
+    return priorities
+
+
 def message(kind, records, record_size, port_id):
     size = HEAD.size + len(records) * record_size
     head = HEAD.pack(size, kind, 1, 0, port_id, 0, len(records), record_size)
     return head + b"".join(records)
 
 
-def messages(xml, port_id):
+def messages(xml, priority_xml, port_id):
     """The message of each type, whether or not it can be sent."""
     apps = ElementTree.fromstring(xml).findall("appList/app")
     rules = [record for app in apps for record in rule_records(app)]
     keywords = [record for app in apps for record in keyword_records(app)]
+    sorts = ElementTree.fromstring(priority_xml or "<AppSortDB/>").findall("sortList/sort")
     return {
         RULES_TYPE: message(RULES_TYPE, rules, RULE_SIZE, port_id),
+        MAP_TYPE: message(MAP_TYPE, map_bytes(sorts), 1, port_id),
         KEYWORDS_TYPE: message(KEYWORDS_TYPE, keywords, KEYWORD.size, port_id),
     }
 

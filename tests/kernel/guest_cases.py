@@ -18,7 +18,9 @@ from typing import Optional
 from expected_messages import messages, received_datagrams
 
 HERE = pathlib.Path(__file__).resolve().parent
-EXAMPLE = (HERE.parents[1] / "examples" / "appdb.xml").read_text()
+EXAMPLES = HERE.parents[1] / "examples"
+EXAMPLE = (EXAMPLES / "appdb.xml").read_text()
+PRIORITY_EXAMPLE = (EXAMPLES / "sortdb.xml").read_text()
 SKIPPED = 77
 
 
@@ -41,6 +43,7 @@ class Case:
     stderr: str = ""
     status: int = 0
     database: Optional[str] = None  # the XML text packed into the image
+    priority: Optional[str] = None  # and that of its priority database
     image: Optional[bytes] = None  # or the image itself
     received: Optional[tuple] = ()  # types of the messages the kernel got; None: not compared
     with_module: bool = True
@@ -76,6 +79,8 @@ CASES = [
          "create socket failed: Protocol not supported\n"
          "[Error](_appmngr_sendMsgToKernel) 2532: appdist Failed to initialize handle\n"
          + SEND_FAILED, database=database(1, 1), with_module=False),
+    Case("priority_check", "bin/priority_check", database=EXAMPLE, priority=PRIORITY_EXAMPLE,
+         received=(20,)),
     # A second handle of the process finds its port id taken, once for each protocol.
     Case("receive_check", "bin/receive_check", "Here?\nHere?\n", received=None),
 ]
@@ -87,7 +92,12 @@ def write_image(case, path, packer):
     else:
         xml = path.with_suffix(".xml")
         xml.write_text(case.database)
-        subprocess.run([packer, "pack", xml, "-o", path], check=True)
+        command = [packer, "pack", xml, "-o", path]
+        if case.priority is not None:
+            priority_xml = path.with_suffix(".priority.xml")
+            priority_xml.write_text(case.priority)
+            command += ["--priority", priority_xml]
+        subprocess.run(command, check=True)
 
 
 def write_payload(payload, packer, programs):
@@ -125,7 +135,7 @@ def run_all(work, kernel, packer, *programs):
 
 def received_differences(case, results):
     port_id = int((results / "pid").read_text())
-    expected = messages(case.database, port_id) if case.received else {}
+    expected = messages(case.database, case.priority, port_id) if case.received else {}
     wanted = [(22, port_id, expected[kind]) for kind in case.received]
     found = received_datagrams(results / "received") if case.with_module else []
     if len(found) != len(wanted):

@@ -1,0 +1,151 @@
+#include "dbimage/dbimage.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/file.h"
+#include "tool/image.h"
+
+#include <arpa/inet.h>
+#include <charconv>
+#include <memory>
+#include <string>
+
+namespace tool
+{
+
+namespace
+{
+
+/* A kind of file that a container carries. */
+struct FileKind {
+    uint8_t type;
+    const Database &database;
+    size_t limit; /* longest encrypted file that the device has room for */
+};
+
+const FileKind applicationFile = {DBIMAGE_TYPE_APP, applicationDatabase, 204800 - 8};
+const FileKind priorityFile = {DBIMAGE_TYPE_PRIORITY, priorityDatabase, 65536 - 8};
+
+struct BundleOptions {
+    std::string appDb;
+    std::string priority;
+    std::string container;
+    std::string version;
+};
+
+constexpr char series[] = "1.2.";
+constexpr size_t seriesLength = sizeof(series) - 1;
+
+/* Returns N of a version 1.2.N, or -1. */
+int patchLevel(const std::string &version)
+{
+    const char *const end = version.data() + version.size();
+    uint8_t patch = 0;
+    if (version.compare(0, seriesLength, series) != 0) {
+        return -1;
+    }
+    const auto parsed = std::from_chars(version.data() + seriesLength, end, patch);
+    return parsed.ec == std::errc() && parsed.ptr == end ? patch : -1;
+}
+
+std::string checkVersion(const std::string &version)
+{
+    return patchLevel(version) < 0 ? "must be 1.2.N with N from 0 to 255" : "";
+}
+
+template <typename Record> void append(std::string &bytes, const Record &record)
+{
+    bytes.append(reinterpret_cast<const char *>(&record), sizeof record);
+}
+
+std::string encrypt(const std::string &plain)
+{
+    std::string encrypted(plain.size() + 8, '\0');
+    const int length =
+        wexal_des_min_do(plain.data(), static_cast<int32_t>(plain.size()), encrypted.data(),
+                         static_cast<int32_t>(encrypted.size()), g_appmngr_databaseKey, 1);
+    encrypted.resize(static_cast<size_t>(length));
+    return encrypted;
+}
+
+/* The encrypted database file of a packed image, whose length field goes into the header. */
+std::string databaseFile(const std::string &image, int patch)
+{
+    dbimage_fileHeader header = {};
+    const std::string payload = image.substr(sizeof header.length);
+    header.length = htonl(static_cast<uint32_t>(payload.size()));
+    header.version[0] = 1;
+    header.version[1] = 2;
+    header.version[2] = static_cast<uint8_t>(patch);
+    header.magic = htonl(DBIMAGE_MAGIC);
+    std::string body;
+    append(body, header);
+    body += payload;
+
+    std::string digest(DBIMAGE_DIGEST_SIZE, '\0');
+    md5_digest(reinterpret_cast<unsigned char *>(digest.data()), body.data(),
+               static_cast<uint32_t>(body.size()));
+    return encrypt(digest + body);
+}
+
+/* The entry for the database in the file at path. */
+std::string entry(const std::string &path, const FileKind &kind, int patch)
+{
+    const InputFile text = readFile(path);
+    const std::string file = databaseFile(packDatabase(text, kind.database), patch);
+    if (file.size() > kind.limit) {
+        throw Failure(text.name, "the encrypted " + std::string(kind.database.name) + " takes " +
+                                     std::to_string(file.size() - kind.limit) +
+                                     " bytes more than the " + std::to_string(kind.limit) +
+                                     " there is room for");
+    }
+    const dbimage_entryHead head = {kind.type, {}, htonl(static_cast<uint32_t>(file.size()))};
+    std::string bytes;
+    append(bytes, head);
+    return bytes + file;
+}
+
+int bundle(const BundleOptions &options)
+{
+    const int patch = patchLevel(options.version);
+    dbimage_containerHead head = {};
+    std::string entries;
+    if (!options.appDb.empty()) {
+        entries += entry(options.appDb, applicationFile, patch);
+        ++head.fileCount;
+    }
+    if (!options.priority.empty()) {
+        entries += entry(options.priority, priorityFile, patch);
+        ++head.fileCount;
+    }
+    md5_digest(head.digest, entries.data(), static_cast<uint32_t>(entries.size()));
+    std::string container;
+    append(container, head);
+    writeFile(options.container, container + entries);
+    return 0;
+}
+
+} // namespace
+
+Action setupBundle(CLI::App &arguments)
+{
+    const auto options = std::make_shared<BundleOptions>();
+    arguments
+        .add_option("-o,--output", options->container,
+                    "Container file to write, - for standard output")
+        ->required()
+        ->type_name("CONTAINER");
+    arguments.add_option("--version", options->version, "Version of the databases, 1.2.N")
+        ->required()
+        ->type_name("1.2.N")
+        ->check(checkVersion);
+    CLI::Option_group *const databases =
+        arguments.add_option_group("Databases", "At least one of them");
+    databases->add_option("--app", options->appDb, "Application database, - for standard input")
+        ->type_name("APPDB.xml");
+    databases->add_option("--priority", options->priority, "Priority database")
+        ->type_name("SORTDB.xml");
+    databases->require_option(1, 2);
+    return [options] { return bundle(*options); };
+}
+
+} // namespace tool

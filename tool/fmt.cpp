@@ -1,0 +1,63 @@
+// tarn-db-tool fmt - an XML text, indented or compact.
+
+#include "tool/command.h"
+#include "tool/diagnostics.h"
+#include "tool/failure.h"
+#include "tool/file.h"
+#include "xmlp/xmlp.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace tool
+{
+
+namespace
+{
+
+struct FmtOptions {
+    std::string xml;
+    bool compact = false;
+};
+
+using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;
+using Text = std::unique_ptr<char, decltype(&free)>;
+
+std::string formatted(const InputFile &xml, bool compact)
+{
+    if (xml.contents.size() > UINT32_MAX) {
+        throw Failure(xml.name, "is longer than 4 GiB");
+    }
+    const DiagnosticsOnStandardError redirection;
+    const auto length = static_cast<uint32_t>(xml.contents.size());
+    const Document document(xmlp_loadDoc(xml.contents.data(), length, 1), xmlp_releaseDoc);
+    if (!document) {
+        throw Failure(xml.name, "cannot be parsed");
+    }
+    uint32_t formattedLength = 0;
+    const Text text(xmlp_dumpDoc(document.get(), compact ? 1 : 0, &formattedLength), free);
+    if (!text) {
+        throw Failure(xml.name, "its formatted text does not fit into memory");
+    }
+    return {text.get(), formattedLength};
+}
+
+int fmt(const FmtOptions &options)
+{
+    writeStandardOutput(formatted(readFile(options.xml), options.compact));
+    return 0;
+}
+
+} // namespace
+
+Action setupFmt(CLI::App &arguments)
+{
+    const auto options = std::make_shared<FmtOptions>();
+    arguments.add_option("XML", options->xml, "XML document, - for standard input")->required();
+    arguments.add_flag("--compact", options->compact, "Without any blank or line end between tags");
+    return [options] { return fmt(*options); };
+}
+
+} // namespace tool

@@ -1,0 +1,11 @@
+#include "tool/sealing.h"
+
+namespace tool
+{
+
+Action setupUnseal(CLI::App &arguments)
+{
+    return setupSealing(arguments, false);
+}
+
+} // namespace tool
