@@ -4,12 +4,30 @@
 #include "loader/diagnostic.h"
 
 #include <stdlib.h>
+#include <string.h>
 
 static const appmngr_tagHandler *pHandlerInfo;
+
+// For each first letter, its case left out, the rows among the table's first INDEXED that begin
+// with it; most of a table need not be looked at to find the rows of an element.
+enum : uint32_t { INDEXED = 64 };
+static uint64_t rowsByLetter[32];
+static const appmngr_tagHandler *firstUnindexed;
+
+static unsigned letterOf(const char *name)
+{
+    return static_cast<unsigned char>(name[0]) % 32u;
+}
 
 void appmngr_setHandlerInfo(const appmngr_tagHandler *table)
 {
     pHandlerInfo = table;
+    memset(rowsByLetter, 0, sizeof(rowsByLetter));
+    firstUnindexed = table;
+    for (uint32_t i = 0; table != nullptr && i < INDEXED && table[i].tag != nullptr; i++) {
+        rowsByLetter[letterOf(table[i].tag)] |= UINT64_C(1) << i;
+        firstUnindexed = &table[i + 1];
+    }
 }
 
 const appmngr_tagHandler *appmngr_getHandlerInfo(void)
@@ -43,12 +61,18 @@ static XmlpNode *firstTyped(XmlpNode *node)
 // The first row from row on that matches name, or the end of the table.
 static const appmngr_tagHandler *matchingRow(const appmngr_tagHandler *row, const char *name)
 {
-    for (; row->tag != nullptr; row++) {
-        // Letters that differ in more than their case settle most rows.
-        if (name != nullptr && ((row->tag[0] ^ name[0]) & ~0x20) == 0 &&
-            appmngr_strcasecmp(name, row->tag) == 0) {
-            break;
+    if (row < firstUnindexed) {
+        uint64_t rows = rowsByLetter[letterOf(name)] & (~UINT64_C(0) << (row - pHandlerInfo));
+        for (; rows != 0; rows &= rows - 1) {
+            const appmngr_tagHandler *candidate = &pHandlerInfo[__builtin_ctzll(rows)];
+            if (appmngr_strcasecmp(name, candidate->tag) == 0) {
+                return candidate;
+            }
         }
+        row = firstUnindexed;
+    }
+    while (row->tag != nullptr && appmngr_strcasecmp(name, row->tag) != 0) {
+        row++;
     }
     return row;
 }
@@ -102,7 +126,8 @@ static int walk(Frame *top)
 {
     Frame *frame = top;
     for (;;) {
-        frame->row = matchingRow(frame->row, frame->node->name);
+        const char *name = frame->node->name;
+        frame->row = matchingRow(frame->row, name != nullptr ? name : "");
         if (frame->row->tag != nullptr) {
             frame->below = contextBelow(frame);
             if (frame->row->handler != nullptr) {

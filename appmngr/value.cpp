@@ -12,10 +12,10 @@ const char *appmngr_getNodeValue(const XmlpNode *node)
     if (node == nullptr || node->valueSize >= sizeof(valueBuf)) {
         return nullptr;
     }
-    memset(valueBuf, 0, sizeof(valueBuf));
     if (node->valueSize > 0) {
         memcpy(valueBuf, node->value, node->valueSize);
     }
+    valueBuf[node->valueSize] = '\0';
     return valueBuf;
 }
 

@@ -1,6 +1,7 @@
 // The parser: what it accepts, what it refuses and says, and how much of the text it looks at.
 
 #include "tests/capture.h"
+#include "xmlp/scanner.h"
 #include "xmlp/xmlp_internal.h"
 
 #include <pthread.h>
@@ -120,6 +121,7 @@ TEST(XmlpParse, AcceptedText)
         {"<\"a/>", ":0[\"a:0]"},
         {"<\xC3\xA4 \xE2\x82\xAC=\"\xF0\x9F\x98\x80\">\xE2\x82\xAC</\xC3\xA4>",
          ":0[\xC3\xA4:2{\xE2\x82\xAC=\xF0\x9F\x98\x80}'\xE2\x82\xAC']"},
+        {"<a>\xC3&lt;</a>", ":0[a:2'\xC3<']"}, // but not the entity, which goes byte by byte
         {"<a", ":0"},
         {"< />", ":0[:0]"},
         {"< a b=\"c\"/>", ":0[:0{a=c}]"},
@@ -294,6 +296,23 @@ TEST(XmlpParse, DocumentsThatCrowdThePool)
     for (const std::string &text : {attrs + "/>", elements + "</a>"}) {
         EXPECT_EQ(outcome(text, 1).substr(0, 4), ":0[a");
         EXPECT_EQ(outcome(text, 1), outcome(text, 0));
+    }
+}
+
+// Both ways of looking at 64 bytes find the same, but for bytes that begin no character.
+TEST(XmlpParse, ScannersAgree)
+{
+    char block[XMLP_SCAN_BLOCK];
+    for (unsigned first = 0; first < 256; first++) {
+        for (unsigned i = 0; i < XMLP_SCAN_BLOCK; i++) {
+            block[i] = static_cast<char>(first + 37 * i);
+        }
+        uint64_t one = _scanBytes(block, XMLP_SCAN_BLOCK);
+        uint64_t other = _scanBlock(block);
+        for (unsigned i = 0; i < XMLP_SCAN_BLOCK; i++) {
+            bool isStray = static_cast<unsigned char>(block[i]) > 0xF4;
+            EXPECT_EQ(one >> i & 1, isStray ? 0 : other >> i & 1) << first << " " << i;
+        }
     }
 }
 

@@ -123,61 +123,61 @@ static int closeElement(Checker *checker, const char *name, const char *close, b
     return 0;
 }
 
+// Takes a tag in the content of the open element; its name lies before its ">" at close. 0 or -1.
+static inline int takeTag(Checker *checker, const char *name, const char *close, bool isEnd,
+                          bool hasEntity)
+{
+    if (close[-1] == '/') {
+        if (isEnd) {
+            return fault(305, "error xml tag.", close);
+        }
+        if (_checkNameAttr(name, '/') != 0) {
+            return fault(298, "error xml tag.", close);
+        }
+        return addElement(checker, name, close);
+    }
+    if (isEnd) {
+        return closeElement(checker, name, close, hasEntity);
+    }
+    int status = addElement(checker, name, close);
+    checker->open = checker->list->count;
+    return status;
+}
+
 // Checks the content of the open element up to its end tag. 0, or -1 with the elements that were
 // not closed left open.
 static int checkContent(Checker *checker)
 {
-    enum { CONTENT, START_TAG, END_TAG } state = CONTENT;
     const char *end = checker->scanner.end;
-    const uint32_t outermost = checker->open;
-    const char *name = nullptr;
-    bool hasEntity = false;
-    for (const char *p = _nextMark(&checker->scanner); p < end; p = _nextMark(&checker->scanner)) {
-        int status = 0;
-        if (*p == '&') {
-            hasEntity = true;
-            continue;
+    const uint32_t around = checker->list->items[checker->open - 1].parent;
+    while (checker->open != around) {
+        checker->scanner.ampersand = false;
+        const char *p = _nextMark(&checker->scanner);
+        const bool hasEntity = checker->scanner.ampersand;
+        if (p == end) {
+            return fault(374, "error xml tag.", end);
         }
-        if (*p == '<') {
-            if (state != CONTENT) {
-                return fault(272, "error xml tag.", p);
-            }
-            bool isEnd = end - p > 1 && p[1] == '/';
-            state = isEnd ? END_TAG : START_TAG;
-            name = isEnd ? p + 2 : p + 1;
-            if (isEnd && name == end) {
-                _refuseAt(p);
-                return -1;
-            }
-            continue;
+        if (*p == '>') {
+            return fault(p[-1] == '/' ? 305 : 367, "error xml tag.", p);
         }
-        if (p[-1] == '/') {
-            if (state != START_TAG) {
-                return fault(305, "error xml tag.", p);
-            }
-            if (_checkNameAttr(name, '/') != 0) {
-                return fault(298, "error xml tag.", p);
-            }
-            status = addElement(checker, name, p);
-        } else if (state == START_TAG) {
-            status = addElement(checker, name, p);
-            checker->open = checker->list->count;
-        } else if (state == END_TAG) {
-            bool isOutermost = checker->open == outermost;
-            status = closeElement(checker, name, p, hasEntity);
-            if (status == 0 && isOutermost) {
-                return 0;
-            }
-        } else {
-            return fault(367, "error xml tag.", p);
-        }
-        if (status != 0) {
+        bool isEnd = end - p > 1 && p[1] == '/';
+        const char *name = isEnd ? p + 2 : p + 1;
+        if (isEnd && name == end) {
+            _refuseAt(p);
             return -1;
         }
-        state = CONTENT;
-        hasEntity = false;
+        const char *close = _nextMark(&checker->scanner);
+        if (close == end) {
+            return fault(374, "error xml tag.", end);
+        }
+        if (*close == '<') {
+            return fault(272, "error xml tag.", close);
+        }
+        if (takeTag(checker, name, close, isEnd, hasEntity) != 0) {
+            return -1;
+        }
     }
-    return fault(374, "error xml tag.", end);
+    return 0;
 }
 
 // Checks the content of the open element. 0, or -1 after every element around the faulty one has
@@ -245,7 +245,7 @@ int _checkXml(const char *start, const char *end, XmlpElementList *list)
             }
             state = TOP_TAG;
             tag = p + 1;
-        } else if (*p == '>') {
+        } else {
             if (state != TOP_TAG) {
                 return topFault(424, "error xml tag.", p);
             }

@@ -1,9 +1,10 @@
 /*
- * The scanner: the marks of a text, "<", ">" and "&", in order.
+ * The scanner: the marks of a text, "<" and ">", in order.
  *
  * It steps from character to character, so that a byte inside a multi-byte character is never
- * taken for a mark, and a character that passes the end of the text is its end. It looks at 64
- * bytes at a time and takes a bit for each that is a mark or may begin a multi-byte character.
+ * taken for a mark, and a character that passes the end of the text is its end. Ampersands are
+ * noted wherever they stand, since entities are replaced byte by byte. The scanner looks at 64
+ * bytes at a time and takes a bit for each of them that one of this concerns.
  */
 #ifndef XMLP_SCANNER_H
 #define XMLP_SCANNER_H
@@ -21,6 +22,7 @@ struct XmlpScanner {
     const char *end;    /* of the text */
     const char *resume; /* behind the last multi-byte character */
     uint64_t bits;
+    bool ampersand; /* one was passed; for the caller to clear */
 };
 
 /* The bits of size (at most 64) bytes, one by one. */
@@ -28,7 +30,7 @@ static inline uint64_t _scanBytes(const char *block, size_t size)
 {
     uint64_t bits = 0;
     for (size_t i = 0; i < size; i++) {
-        bool found = _isByte(block[i], XMLP_MARK) || _stepOf(block[i]) > 1;
+        bool found = _isByte(block[i], XMLP_MARK) || block[i] == '&' || _stepOf(block[i]) > 1;
         bits |= static_cast<uint64_t>(found) << i;
     }
     return bits;
@@ -68,7 +70,7 @@ static inline void _loadBlock(XmlpScanner *scanner)
 
 static inline void _beginScan(XmlpScanner *scanner, const char *text, const char *end)
 {
-    *scanner = {text, end, text, 0};
+    *scanner = {text, end, text, 0, false};
     _loadBlock(scanner);
 }
 
@@ -79,13 +81,14 @@ static inline const char *_nextMark(XmlpScanner *scanner)
         while (scanner->bits != 0) {
             const char *p = scanner->block + __builtin_ctzll(scanner->bits);
             scanner->bits &= scanner->bits - 1;
-            if (p < scanner->resume) {
-                continue;
+            if (*p == '&') {
+                scanner->ampersand = true;
+            } else if (p >= scanner->resume) {
+                if (_isByte(*p, XMLP_MARK)) {
+                    return p;
+                }
+                scanner->resume = p + _stepOf(*p);
             }
-            if (_isByte(*p, XMLP_MARK)) {
-                return p;
-            }
-            scanner->resume = p + _stepOf(*p);
         }
         if (scanner->end - scanner->block <= static_cast<ptrdiff_t>(XMLP_SCAN_BLOCK)) {
             return scanner->end;

@@ -28,7 +28,7 @@ enum : unsigned {
     XMLP_ATTR_VALUE = 4,  /* attribute values */
     XMLP_TEXT = 8,        /* text that needs no escaping */
     XMLP_ASCII_NAME = 16, /* names, of ASCII characters only */
-    XMLP_MARK = 32        /* "<", ">", "&" */
+    XMLP_MARK = 32        /* "<", ">" */
 };
 
 struct XmlpByteTable {
