@@ -47,7 +47,8 @@ static appmngr_feature *currentFeature(appmngr_context context)
 // The rule's tuple counter, null where the context is none.
 static uint32_t *tupleCounter(appmngr_context context)
 {
-    return context > 1 ? reinterpret_cast<uint32_t *>(context) : nullptr;
+    // A context is a word that may be an address.
+    return context > 1 ? reinterpret_cast<uint32_t *>(context) : nullptr; // NOLINT(*-no-int-to-ptr)
 }
 
 /* ---- Header, applications, types ----------------------------------------------------------- */

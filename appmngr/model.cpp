@@ -31,7 +31,7 @@ static_assert(offsetof(appmngr_rule, reply) == 308);
 static_assert(sizeof(appmngr_dnsRule) == 20);
 static_assert(sizeof(appmngr_app) == 136);
 static_assert(sizeof(appmngr_appType) == 644);
-static_assert(sizeof(appmngr_counters) == 13 * 4);
+static_assert(sizeof(appmngr_counters) == 13 * sizeof(uint32_t));
 
 appmngr_appDb g_appmngr_appDb;
 appmngr_app *g_appmngr_app;
