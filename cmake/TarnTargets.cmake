@@ -31,7 +31,8 @@ function(tarn_add_library name)
   add_library(tarn-${name} STATIC ${ARG_SOURCES})
   add_library(tarn::${name} ALIAS tarn-${name})
   set_target_properties(tarn-${name} PROPERTIES EXPORT_NAME ${name})
-  target_compile_options(tarn-${name} PRIVATE -fno-exceptions -fno-rtti)
+  target_compile_options(tarn-${name} PRIVATE -fno-exceptions -fno-rtti
+    -ffunction-sections -fdata-sections) # the linker drops what a program does not use
   target_include_directories(tarn-${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb>)
