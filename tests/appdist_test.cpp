@@ -62,9 +62,8 @@ int __wrap_socket(int domain, int type, int protocol)
 
 int __wrap_setsockopt(int, int level, int name, const void *value, socklen_t length)
 {
-    const int size = 262144;
-    EXPECT_TRUE(level == SOL_SOCKET && name == SO_SNDBUF && length == sizeof size);
-    EXPECT_EQ(memcmp(value, &size, sizeof size), 0);
+    EXPECT_TRUE(level == SOL_SOCKET && name == SO_SNDBUF && length == sizeof(int));
+    EXPECT_EQ(*static_cast<const int *>(value), 262144);
     return answer("setsockopt", 0);
 }
 
@@ -157,24 +156,23 @@ TEST_F(Appdist, OpensBindsAndCloses)
 
 TEST_F(Appdist, OpenFailures)
 {
-    using Case = std::tuple<const char *, int32_t, const char *, std::vector<int>>;
-    for (const auto &[failing, code, text, closed] : {
-             Case{"calloc", 2, "malloc error!\n", {}},
-             Case{"family", 16, "", {}},
-             Case{"socket", 3, "create socket failed: Protocol not supported\n", {-1}},
-             Case{"setsockopt", 0, "", {fakeFd}},
-             Case{"getsockopt", 0, "", {fakeFd}},
-             Case{"bind", 4, "Here?\n", {fakeFd}},
-         }) {
+    using Case = std::tuple<const char *, uint32_t, int32_t, const char *, std::vector<int>>;
+    const Case cases[] = {
+        {"calloc", 2, 2, "malloc error!\n", {}},
+        {"", 3, 16, "", {}},
+        {"socket", 2, 3, "create socket failed: Protocol not supported\n", {-1}},
+        {"setsockopt", 2, 0, "", {fakeFd}},
+        {"getsockopt", 2, 0, "", {fakeFd}},
+        {"bind", 2, 4, "Here?\n", {fakeFd}},
+    };
+    for (const auto &[failing, family, code, text, closed] : cases) {
         SCOPED_TRACE(failing);
         SetUp();
         kernel.failing = failing;
         kernel.error = EPROTONOSUPPORT;
-        const auto open = [] {
-            const uint32_t family = strcmp(kernel.failing, "family") == 0 ? 3 : 2;
-            EXPECT_EQ(appdist_create_handle(0, family), nullptr);
-        };
-        EXPECT_EQ(captured(open), text);
+        appdist_handle *open = &handle;
+        EXPECT_EQ(captured([&open, f = family] { open = appdist_create_handle(0, f); }), text);
+        EXPECT_EQ(open, nullptr);
         EXPECT_EQ(appdist_errno, code);
         EXPECT_EQ(kernel.closed, closed);
         if (code == 0) {
@@ -185,27 +183,25 @@ TEST_F(Appdist, OpenFailures)
 
 TEST_F(Appdist, Receives)
 {
-    using Case = std::tuple<void (*)(), int32_t, int32_t, int32_t>;
-    int row = 0;
-    for (const auto &[arrange, timeout, result, code] : {
-             Case{[] {}, 0, 20, 0},
-             Case{[] {}, 1, 20, 0},
-             Case{[] { kernel.failing = "select", kernel.error = EINTR; }, 1, 0, 0},
-             Case{[] { kernel.failing = "select", kernel.error = EBADF; }, 1, -1, 6},
-             Case{[] { kernel.readable = false; }, 1, 0, 15},
-             Case{[] { kernel.failing = "recvfrom"; }, 0, -1, 6},
-             Case{[] { kernel.senderLength = 8; }, 0, -1, 6},
-             Case{[] { kernel.sender.nl_pid = 1; }, 0, -1, 6},
-             Case{[] { kernel.datagram.clear(); }, 0, -1, 7},
-             Case{[] { kernel.datagram = errorMessage(20, 2, 0x20, 0); }, 0, -1, 10},
-             Case{[] { kernel.datagram = errorMessage(21, 2, 0, 0); }, 0, -1, 10},
-         }) {
-        SCOPED_TRACE(row++);
+    const std::tuple<void (*)(), int32_t, int32_t, int32_t> cases[] = {
+        {[] {}, 0, 20, 0},
+        {[] {}, 1, 20, 0},
+        {[] { kernel.failing = "select", kernel.error = EINTR; }, 1, 0, 0},
+        {[] { kernel.failing = "select", kernel.error = EBADF; }, 1, -1, 6},
+        {[] { kernel.readable = false; }, 1, 0, 15},
+        {[] { kernel.failing = "recvfrom"; }, 0, -1, 6},
+        {[] { kernel.senderLength = 8; }, 0, -1, 6},
+        {[] { kernel.sender.nl_pid = 1; }, 0, -1, 6},
+        {[] { kernel.datagram.clear(); }, 0, -1, 7},
+        {[] { kernel.datagram = errorMessage(20, 2, 0x20, 0); }, 0, -1, 10},
+        {[] { kernel.datagram = errorMessage(21, 2, 0, 0); }, 0, -1, 10},
+    };
+    Bytes buffer(20);
+    for (const auto &[arrange, timeout, result, code] : cases) {
         SetUp();
         kernel.datagram = errorMessage(20, 2, 0x1f, 0);
         arrange();
-        Bytes buffer(20);
-        EXPECT_EQ(appdist_receive(&handle, buffer.data(), 20, timeout), result);
+        EXPECT_EQ(appdist_receive(&handle, buffer.data(), 20, timeout), result) << code;
         EXPECT_EQ(appdist_errno, code);
     }
     EXPECT_EQ(appdist_netlink_recvfrom(&handle, nullptr, 19, 0), -1);

@@ -37,12 +37,13 @@ std::string tuples(const std::string &list)
 }
 
 const std::string oneTuple = "<tuple>tcp 0:0 0:0</tuple>";
+const std::string oneRule = element("rule", tuples(oneTuple));
 
 // An application with id 7, what is given, and one rule that loads.
 std::string database(const std::string &app, const std::string &rules = "")
 {
-    return "<AppDB><appList><app><id>7</id>" + app + "<ruleList>" + rules +
-           element("rule", tuples(oneTuple)) + "</ruleList></app></appList>" + types + "</AppDB>";
+    return "<AppDB><appList><app><id>7</id>" + app + "<ruleList>" + rules + oneRule +
+           "</ruleList></app></appList>" + types + "</AppDB>";
 }
 
 // Loads a text into cleared tables. Returns what is printed; *status is the result.
@@ -82,21 +83,21 @@ TEST_F(AppMngr, FillsTheTables)
         tuples("<tuple>tcp 0:0 192.0.2.1:443</tuple><tuple>UDP\t 192.0.2.2:70000 0:53</tuple>"
                "<tuple>icmp 0:0 0:0</tuple>") +
         "<ori>" + signature + "<dpiCode>a&lt;b</dpiCode></ori><rep>" + signature + "</rep>";
-    const std::string text =
-        "\xEF\xBB\xBF<?xml version=\"1.0\"?>"
-        "<APPDB><ver>1.2.3-too-long</ver><proModel>model</proModel><expired>2030-01-01</expired>"
-        "<applist><app><id>7</id><name>One</name><visible>1</visible>"
-        "<typeIdList><typeId>40</typeId><typeId>1</typeId></typeIdList>"
-        "<ruleList>" +
-        element("rule", rule) + element("rule", tuples(oneTuple)) +
-        "</ruleList>"
-        "<dnsKwList><dnsKw>one.example</dnsKw><dnsKw>sixteen-letters-</dnsKw></dnsKwList></app>"
-        "<app><id>33</id><ruleList>" +
-        element("rule", tuples(oneTuple)) +
-        "</ruleList>"
-        "<typeIdList><typeId>40</typeId></typeIdList></app></applist>" +
-        types + "</APPDB>";
-    EXPECT_EQ(load(text), "");
+    EXPECT_EQ(
+        load(
+            "\xEF\xBB\xBF<?xml version=\"1.0\"?>"
+            "<APPDB><ver>1.2.3-too-long</ver><proModel>model</proModel><expired>2030-01-01</"
+            "expired>"
+            "<applist><app><id>7</id><name>One</name><visible>1</visible>"
+            "<typeIdList><typeId>40</typeId><typeId>1</typeId></typeIdList>"
+            "<ruleList>" +
+            element("rule", rule) + oneRule +
+            "</ruleList>"
+            "<dnsKwList><dnsKw>one.example</dnsKw><dnsKw>sixteen-letters-</dnsKw></dnsKwList></app>"
+            "<app><id>33</id><ruleList>" +
+            oneRule + "</ruleList><typeIdList><typeId>40</typeId></typeIdList></app></applist>" +
+            types + "</APPDB>"),
+        "");
 
     EXPECT_STREQ(g_appmngr_appDb.ver, "1.2.3-too-l");
     EXPECT_STREQ(g_appmngr_appDb.proModel, "model");
@@ -114,29 +115,16 @@ TEST_F(AppMngr, FillsTheTables)
     EXPECT_EQ(g_appmngr_appDns.rule[1].appId, 7u);
     EXPECT_STREQ(g_appmngr_appDns.rule[1].keyword, "sixteen-letters");
 
-    const struct {
-        uint32_t appId, sip, dip;
-        uint16_t sport, dport;
-        uint8_t proto;
-        const char *code;
-    } rules[] = {{7, 0, inet_addr("192.0.2.1"), 0, 443, 6, "a<b"},
-                 {7, inet_addr("192.0.2.2"), 0, 70000 - 65536, 53, 17, "a<b"},
-                 {7, 0, 0, 0, 0, 1, "a<b"},
-                 {7, 0, 0, 0, 0, 6, ""},
-                 {33, 0, 0, 0, 0, 6, ""}};
+    const appmngr_feature none = {}, reply = {1, 2, 30, -4, "regex", ""};
+    const appmngr_feature orig = {1, 2, 30, -4, "regex", "a<b"};
+    const uint32_t one = inet_addr("192.0.2.1"), two = inet_addr("192.0.2.2");
+    const appmngr_rule rules[] = {{7, 0, one, 0, 443, 6, {}, orig, reply},
+                                  {7, two, 0, 70000 - 65536, 53, 17, {}, orig, reply},
+                                  {7, 0, 0, 0, 0, 1, {}, orig, reply},
+                                  {7, 0, 0, 0, 0, 6, {}, none, none},
+                                  {33, 0, 0, 0, 0, 6, {}, none, none}};
     ASSERT_EQ(g_appmngr_appDb.ruleCount, 5u);
-    for (size_t i = 0; i < 5; i++) {
-        const appmngr_rule &got = g_appmngr_appDb.rule[i];
-        EXPECT_EQ(got.appId, rules[i].appId);
-        EXPECT_EQ(got.sip, rules[i].sip);
-        EXPECT_EQ(got.dip, rules[i].dip);
-        EXPECT_EQ(got.sport, rules[i].sport);
-        EXPECT_EQ(got.dport, rules[i].dport);
-        EXPECT_EQ(got.proto, rules[i].proto);
-        EXPECT_STREQ(got.orig.dpiCode, rules[i].code);
-        EXPECT_EQ(got.reply.end, i < 3 ? 30 : 0);
-        EXPECT_EQ(got.reply.minlength, i < 3 ? -4 : 0);
-    }
+    EXPECT_EQ(memcmp(g_appmngr_appDb.rule, rules, sizeof rules), 0);
     const std::string stars(34, '*');
     EXPECT_EQ(captured(appmngr_dbReInit), stars + "\nFree g_appmngr_appDns.rule\n" + stars + "\n");
     EXPECT_EQ(g_appmngr_appDb.rule, nullptr);
@@ -147,10 +135,7 @@ TEST_F(AppMngr, ReportsWhatItLeavesOut)
 {
     const std::string split =
         error("appmngr_string_makeSubStrByChar", 453, "Too many substrings to string provided \r");
-    const struct {
-        std::string rule;
-        std::string printed;
-    } rows[] = {
+    const std::string rows[][2] = {
         {"<tuple>udp 192.0.2.1:53</tuple>",
          tupleError(1268, "Not match [proto ip:port ip:port] format!")},
         {"<tuple>tcp 0:0 0:0 0:0</tuple>",
@@ -167,8 +152,8 @@ TEST_F(AppMngr, ReportsWhatItLeavesOut)
          tupleError(1343, "Analyze the dest pair ip failed!")},
         {"<tuple></tuple>", ""},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(load(database("", element("rule", tuples(row.rule)))), row.printed) << row.rule;
+    for (const auto &[tuple, printed] : rows) {
+        EXPECT_EQ(load(database("", element("rule", tuples(tuple)))), printed) << tuple;
         EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
     }
     EXPECT_EQ(load(database("<typeIdList><typeId>2</typeId></typeIdList>")),
@@ -195,16 +180,12 @@ TEST_F(AppMngr, RefusedDatabases)
 {
     const std::string alloc =
         error("appmngr_analyzeDbFile", 2325, "_appmngr_alloc_for_appdb failed");
-    const std::string app =
-        "<app><id>1</id>" + element("ruleList", element("rule", tuples(oneTuple))) + "</app>";
+    const std::string app = "<app><id>1</id>" + element("ruleList", oneRule) + "</app>";
     std::string manyTypes;
     for (int i = 0; i < 65; i++) {
         manyTypes += "<appType><id>" + std::to_string(i) + "</id></appType>";
     }
-    const struct {
-        std::string text;
-        std::string printed;
-    } rows[] = {
+    const std::string rows[][2] = {
         {"", "[ERROR][_checkXml():452]: no xml tag found.\r\n[ERROR][_initLock():78]: doc is "
              "null.\r\n"},
         {"<AppDB>x</AppDB>", alloc},
@@ -218,9 +199,9 @@ TEST_F(AppMngr, RefusedDatabases)
                                                              "<id>1</id>"))),
          alloc},
     };
-    for (const auto &row : rows) {
+    for (const auto &[text, printed] : rows) {
         int status = 0;
-        EXPECT_EQ(load(row.text, &status), row.printed);
+        EXPECT_EQ(load(text, &status), printed);
         EXPECT_EQ(status, -1);
         EXPECT_EQ(g_appmngr_appDb.rule, nullptr);
     }
@@ -230,25 +211,24 @@ TEST_F(AppMngr, RefusedDatabases)
 TEST_F(AppMngr, ElementsOutOfPlace)
 {
     const std::string dns = "<dnsKwList><dnsKw>k</dnsKw></dnsKwList>";
-    const std::string inner = element("rule", tuples(oneTuple));
     const std::string extra =
-        "<app><id>9</id><dnsKw>past</dnsKw><visible>1</visible>" + inner + inner +
+        "<app><id>9</id><dnsKw>past</dnsKw><visible>1</visible>" + oneRule + oneRule +
         "<typeId>1</typeId></app><tuple>bad</tuple><appType><id>5</id><name>n</name></appType>"
         "<ori><tuple>bad</tuple><enable>1</enable></ori>";
-    EXPECT_EQ(
-        load(element("AppDB",
-                     extra + element("appList", element("app", dns + element("ruleList", inner))) +
-                         types + extra + extra)),
-        "");
+    EXPECT_EQ(load(element(
+                  "AppDB",
+                  extra + element("appList", element("app", dns + element("ruleList", oneRule))) +
+                      types + extra + extra)),
+              "");
     EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
     EXPECT_EQ(g_appmngr_appDb.appCount, 1u);
     EXPECT_EQ(g_appmngr_app[0].id, 9u);
     EXPECT_EQ(g_appmngr_count.dnsCur, 1u);
     EXPECT_LE(g_appmngr_appDb.typeCount, 2u);
 
-    EXPECT_EQ(load(database(
-                  "<id>4096</id><typeId>1</typeId>",
-                  element("rule", tuples(oneTuple) + inner + inner + "<rep><end>1</end></rep>"))),
+    EXPECT_EQ(load(database("<id>4096</id><typeId>1</typeId>",
+                            element("rule", tuples(oneTuple) + oneRule + oneRule +
+                                                "<rep><end>1</end></rep>"))),
               "");
     EXPECT_TRUE(appmngr_isZero512(g_appmngr_appDb.type[0].appBitmap));
     EXPECT_EQ(g_appmngr_appDb.ruleCount, 2u);
@@ -257,9 +237,9 @@ TEST_F(AppMngr, ElementsOutOfPlace)
     EXPECT_EQ(
         load(element(
             "AppDB",
-            element("appList", element("app", element("ruleList", inner)) + "<app.x>y</app.x>") +
+            element("appList", element("app", element("ruleList", oneRule)) + "<app.x>y</app.x>") +
                 element("appList.app", "y") +
-                element("appList", element("app", element("ruleList", inner))) + types)),
+                element("appList", element("app", element("ruleList", oneRule))) + types)),
         "");
     EXPECT_EQ(g_appmngr_count.app, 3u);
     EXPECT_EQ(g_appmngr_appDb.appCount, 2u);
@@ -279,29 +259,25 @@ TEST_F(AppMngr, DeepDocument)
 
 TEST(AppMngrText, Helpers)
 {
-    const struct {
-        const char *text;
-        int32_t max;
-        int32_t count;
-        std::string pieces;
-    } rows[] = {
+    const std::tuple<std::string, int32_t, int32_t, std::string> rows[] = {
         {"tcp  1.2.3.4:80\t5.6.7.8:0", 4, 3, "tcp|1.2.3.4:80|5.6.7.8:0|"},
         {" \r\n\t", 2, 0, ""},
         {"a b", 3, 2, "a|b|"},
         {"a b", 2, -1, ""},
         {"a", 0, -1, ""},
     };
-    for (const auto &row : rows) {
-        std::string text = row.text;
+    for (const auto &[given, max, count, expected] : rows) {
+        std::string text = given, pieces;
         char *parts[8] = {};
-        std::string pieces;
-        captured([&] {
-            EXPECT_EQ(appmngr_string_makeSubStrByChar(text.data(), ' ', row.max, parts), row.count);
+        int32_t found = 0;
+        captured([&, most = max] {
+            found = appmngr_string_makeSubStrByChar(text.data(), ' ', most, parts);
         });
-        for (int32_t i = 0; i < row.count; i++) {
+        EXPECT_EQ(found, count);
+        for (int32_t i = 0; i < found; i++) {
             pieces += std::string(parts[i]) + "|";
         }
-        EXPECT_EQ(pieces, row.pieces);
+        EXPECT_EQ(pieces, expected);
     }
     EXPECT_EQ(appmngr_strcasecmp("AppDB", "appdb"), 0);
     EXPECT_NE(appmngr_strcasecmp("\xC3\x84", "\xC3\xA4"), 0);
@@ -318,13 +294,10 @@ TEST(AppMngrText, Helpers)
     EXPECT_STREQ(escaped, "a\1\2\3b");
     EXPECT_STREQ(appmngr_errToStr(-8980), "APPMNGR_ERR_FILE_INVALID_LEN");
     EXPECT_STREQ(appmngr_errToStr(-8988), "ERROR NOT IN LIST");
-    const struct {
-        const char *text;
-        uint32_t length;
-        int mark;
-    } marks[] = {{"\xFF", 1, 0},     {"\xFF\xFE", 2, 2},     {"\xFE\xFF", 2, 3},
-                 {"\xEF\xBB", 2, 0}, {"\xEF\xBB\xBF", 3, 1}, {"\xFE\xFFx", 3, 3}};
-    for (const auto &row : marks) {
-        EXPECT_EQ(appmngr_checkEncoding(row.text, row.length), row.mark);
+    const std::pair<std::string, int> marks[] = {{"\xFF", 0},         {"\xFF\xFE", 2},
+                                                 {"\xFE\xFF", 3},     {"\xEF\xBB", 0},
+                                                 {"\xEF\xBB\xBF", 1}, {"\xFE\xFFx", 3}};
+    for (const auto &[text, mark] : marks) {
+        EXPECT_EQ(appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())), mark);
     }
 }

@@ -2,7 +2,11 @@
 #define TESTS_CAPTURE_H
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <string>
 
 /* What action prints on standard output. */
@@ -11,6 +15,37 @@ template <typename Action> std::string captured(Action action)
     testing::internal::CaptureStdout();
     action();
     return testing::internal::GetCapturedStdout();
+}
+
+/* The same for an action that runs on a stack of 256 KiB. */
+template <typename Action> std::string capturedOnSmallStack(Action action)
+{
+    return captured([&] {
+        const auto run = [](void *call) -> void * {
+            return (*static_cast<Action *>(call))(), call;
+        };
+        pthread_t thread;
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, 256 * 1024);
+        ASSERT_EQ(pthread_create(&thread, &attributes, run, &action), 0);
+        pthread_join(thread, nullptr);
+        pthread_attr_destroy(&attributes);
+    });
+}
+
+/* What is printed, with each diagnostic of the XML library as "; function:line text". */
+inline std::string xmlpLines(const std::string &printed)
+{
+    static const std::regex line("\\[ERROR\\]\\[(?:xmlp_)?(\\w+)\\(\\):(\\d+)\\]: (.*)\r\n");
+    return std::regex_replace(printed, line, "; $1:$2 $3");
+}
+
+/* All bytes of a file. */
+inline std::string contents(const std::string &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 #endif

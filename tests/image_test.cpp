@@ -4,20 +4,17 @@
 #include "loader/loader_internal.h"
 #include "tests/capture.h"
 
+#include <arpa/inet.h>
 #include <lzma.h>
 #include <unistd.h>
 
-#include <cstring>
-#include <fstream>
 #include <random>
-#include <string>
 
 namespace
 {
 // The 5 property bytes and a raw LZMA1 stream.
 struct Stream {
-    std::string properties;
-    std::string data;
+    std::string properties, data;
 };
 
 Stream encode(const std::string &text, uint32_t dictionary)
@@ -29,19 +26,18 @@ Stream encode(const std::string &text, uint32_t dictionary)
     Stream stream = {std::string(5, '\0'), std::string(text.size() + 4096, '\0')};
     lzma_properties_encode(filters, reinterpret_cast<uint8_t *>(stream.properties.data()));
     size_t written = 0;
-    EXPECT_EQ(lzma_raw_buffer_encode(
-                  filters, nullptr, reinterpret_cast<const uint8_t *>(text.data()), text.size(),
-                  reinterpret_cast<uint8_t *>(stream.data.data()), &written, stream.data.size()),
-              LZMA_OK);
+    const auto *in = reinterpret_cast<const uint8_t *>(text.data());
+    auto *out = reinterpret_cast<uint8_t *>(stream.data.data());
+    lzma_raw_buffer_encode(filters, nullptr, in, text.size(), out, &written, stream.data.size());
     stream.data.resize(written);
     return stream;
 }
 
 std::string image(uint32_t length, const Stream &stream)
 {
-    std::string out = {static_cast<char>(length >> 24), static_cast<char>(length >> 16),
-                       static_cast<char>(length >> 8), static_cast<char>(length)};
-    return out + "?" + stream.properties + "ignored!" + stream.data;
+    length = htonl(length);
+    return std::string(reinterpret_cast<const char *>(&length), 4) + "?" + stream.properties +
+           "ignored!" + stream.data;
 }
 
 std::string image(const Stream &stream)
@@ -112,20 +108,18 @@ TEST(Image, DamagedStreamKeepsItsBeginning)
         letter = static_cast<char>('a' + random() % 26);
     }
     Stream stream = encode(text, 1 << 16);
-    Stream cut = stream;
-    cut.data.resize(stream.data.size() / 2);
-    std::string begun = readBack(image(cut));
+    const std::string half = stream.data.substr(0, stream.data.size() / 2);
+    const std::string begun = readBack(image({stream.properties, half}));
     EXPECT_GT(begun.size(), 8000u);
     EXPECT_EQ(begun, text.substr(0, begun.size()));
 
     char dest[64];
     uint32_t written = sizeof(dest);
     stream.data[0] = 1; // no stream begins so
-    std::string broken = image(stream).substr(4);
+    const std::string broken = image(stream).substr(4);
+    const auto *bytes = reinterpret_cast<const unsigned char *>(broken.data());
     auto consumed = static_cast<uint32_t>(broken.size());
-    EXPECT_EQ(appmngr_lzmaUnpack(dest, &written,
-                                 reinterpret_cast<const unsigned char *>(broken.data()), &consumed),
-              APPMNGR_LZMA_ERR_DATA);
+    EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_DATA);
     EXPECT_EQ(written, 0u);
     EXPECT_GE(consumed, 14u);
 }

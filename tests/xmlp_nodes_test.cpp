@@ -3,14 +3,15 @@
 #include "tests/capture.h"
 #include "xmlp/xmlp_internal.h"
 
-#include <string>
+#include <string.h>
 
 namespace
 {
-std::string line(const char *function, int number, const std::string &text)
+XmlpNode *named(const std::string &name)
 {
-    return std::string("[ERROR][") + function + "():" + std::to_string(number) + "]: " + text +
-           "\r\n";
+    XmlpNode *node = xmlp_initNode();
+    xmlp_setNodeName(node, name.c_str());
+    return node;
 }
 
 // A parent with the children that the letters name.
@@ -18,9 +19,7 @@ XmlpNode *makeParent(const std::string &children)
 {
     XmlpNode *parent = xmlp_initNode();
     for (char letter : children) {
-        XmlpNode *child = xmlp_initNode();
-        xmlp_setNodeName(child, std::string(1, letter).c_str());
-        xmlp_insNodeLast(child, parent);
+        xmlp_insNodeLast(named({letter}), parent);
     }
     return parent;
 }
@@ -40,40 +39,36 @@ std::string order(const XmlpNode *parent)
     EXPECT_EQ(forwards, backwards);
     return forwards;
 }
+
+// The result of the call and the lines it prints.
+template <typename Call> std::string outcome(Call call)
+{
+    int result = 0;
+    const std::string printed = captured([&] { result = call(); });
+    return std::to_string(result) + xmlpLines(printed);
+}
 } // namespace
 
 TEST(XmlpChars, Rules)
 {
-    const struct {
-        const char *bytes;
-        uint32_t length;
-        int isName;
-        int isAttrValue;
-        int isChar;
-    } rows[] = {
+    const std::tuple<const char *, uint32_t, int, int, int> rows[] = {
         {"a:b-1.?!'", 9, 1, 1, 1}, {"", 0, 1, 1, 1},     {"a b", 3, 0, 1, 1},
         {"a=b", 3, 0, 1, 1},       {"a/b", 3, 0, 1, 0},  {"\t", 1, 0, 1, 1},
         {"\"", 1, 0, 0, 1},        {"&", 1, 0, 0, 0},    {"<", 1, 0, 0, 0},
         {">", 1, 0, 0, 0},         {"a\0b", 3, 0, 0, 1}, {"\xC3\xA4\xFF", 3, 1, 1, 1},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(xmlp_isValidName(row.bytes, row.length), row.isName) << row.bytes;
-        EXPECT_EQ(xmlp_isValidAttrValue(row.bytes, row.length), row.isAttrValue) << row.bytes;
-        EXPECT_EQ(xmlp_isValidChar(row.bytes, row.length), row.isChar) << row.bytes;
+    for (const auto &[bytes, length, isName, isAttrValue, isChar] : rows) {
+        EXPECT_EQ(xmlp_isValidName(bytes, length), isName) << bytes;
+        EXPECT_EQ(xmlp_isValidAttrValue(bytes, length), isAttrValue) << bytes;
+        EXPECT_EQ(xmlp_isValidChar(bytes, length), isChar) << bytes;
     }
     EXPECT_EQ(xmlp_nameCmp("applist", 3, "app"), 0);
     EXPECT_EQ(xmlp_nameCmp("app", 3, "apps"), -1);
     EXPECT_EQ(xmlp_nameCmp("ap\0x", 4, "ap"), -1);
-    const struct {
-        unsigned first;
-        unsigned last;
-        unsigned step;
-    } steps[] = {
-        {0x00, 0xC1, 1}, {0xC2, 0xDF, 2}, {0xE0, 0xEF, 3}, {0xF0, 0xF4, 4}, {0xF5, 0xFF, 1}};
-    for (const auto &row : steps) {
-        for (unsigned byte = row.first; byte <= row.last; byte++) {
-            EXPECT_EQ(_stepOf(static_cast<char>(byte)), row.step) << byte;
-        }
+    for (unsigned byte = 0; byte < 256; byte++) {
+        const bool isLead = byte >= 0xC2 && byte <= 0xF4;
+        const unsigned step = !isLead ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+        EXPECT_EQ(_stepOf(static_cast<char>(byte)), step) << byte;
     }
 }
 
@@ -84,99 +79,76 @@ TEST(XmlpChars, Escaping)
     EXPECT_EQ(xmlp_transStr(escaped, "<&>\"'", 5), escaped + 15);
     EXPECT_STREQ(escaped, "&lt;&amp;&gt;\"'");
 
-    const struct {
-        const char *text;
-        uint32_t length;
-        const char *plain; // null: refused
-    } rows[] = {
-        {"a&lt;b", 6, "a<b"},   {"&amp;&gt;", 9, "&>"}, {"&amp;lt;", 8, "&lt;"},
-        {"&quot;", 6, nullptr}, {"&amp", 4, nullptr},   {"&lt", 3, nullptr},
-        {"x&", 2, nullptr},     {"&amp;", 4, nullptr},  {"plain", 5, "plain"},
+    const char *const rows[][2] = {
+        {"a&lt;b", "a<b"},   {"&amp;&gt;", "&>"}, {"&amp;lt;", "&lt;"},
+        {"&quot;", nullptr}, {"&amp", nullptr},   {"&lt", nullptr},
+        {"x&", nullptr},     {"&amp;", "&"},      {"plain", "plain"},
     };
-    for (const auto &row : rows) {
+    EXPECT_EQ(xmlp_unTransStrLen("&amp;", 4), 0u);
+    EXPECT_EQ(xmlp_unTransStr(escaped, "&amp;", 4), nullptr);
+    for (const auto &[text, expected] : rows) {
         char plain[16] = {};
-        char *end = xmlp_unTransStr(plain, row.text, row.length);
-        uint32_t length = xmlp_unTransStrLen(row.text, row.length);
-        if (row.plain == nullptr) {
-            EXPECT_EQ(end, nullptr) << row.text;
-            EXPECT_EQ(length, 0u) << row.text;
-        } else {
-            EXPECT_STREQ(plain, row.plain);
-            EXPECT_EQ(end, plain + length);
-            EXPECT_EQ(length, strlen(row.plain));
-        }
+        const auto length = static_cast<uint32_t>(strlen(text));
+        const auto plainLength = static_cast<uint32_t>(expected != nullptr ? strlen(expected) : 0);
+        EXPECT_EQ(xmlp_unTransStrLen(text, length), plainLength) << text;
+        char *end = xmlp_unTransStr(plain, text, length);
+        EXPECT_EQ(end, expected != nullptr ? plain + plainLength : nullptr) << text;
+        EXPECT_TRUE(expected == nullptr || plain == std::string(expected)) << plain;
     }
 }
 
 TEST(XmlpNodes, LinkFindDelete)
 {
-    const struct {
-        uint32_t position;
-        const char *expected;
-    } rows[] = {{0, "xabc"}, {1, "axbc"}, {3, "abcx"}, {XMLP_LAST, "abcx"}, {4, "abc"}};
-    std::string printed = captured([&] {
-        for (const auto &row : rows) {
-            XmlpNode *parent = makeParent("abc");
-            XmlpNode *node = makeParent("");
-            xmlp_setNodeName(node, "x");
-            if (xmlp_addChildNode(node, parent, row.position) != 0) {
-                xmlp_delNode(node);
-            }
-            EXPECT_EQ(order(parent), row.expected);
-            xmlp_delDtree(parent);
+    const std::tuple<uint32_t, const char *, const char *> rows[] = {
+        {0, "0", "xabc"},
+        {1, "0", "axbc"},
+        {3, "0", "abcx"},
+        {XMLP_LAST, "0", "abcx"},
+        {4, "-1; addChildNode:1082 child[3] not found.", "abc"}};
+    for (const auto &[position, status, expected] : rows) {
+        XmlpNode *parent = makeParent("abc");
+        XmlpNode *node = named("x");
+        EXPECT_EQ(outcome([&, at = position] { return xmlp_addChildNode(node, parent, at); }),
+                  status);
+        EXPECT_EQ(order(parent), expected);
+        if (node->parent == nullptr) {
+            xmlp_delNode(node);
         }
-        XmlpNode *parent = makeParent("abcd");
-        EXPECT_STREQ(xmlp_getChildNode(parent, XMLP_LAST)->name, "d");
-        EXPECT_EQ(xmlp_getChildNode(parent, 4), nullptr);
-        EXPECT_EQ(xmlp_getChildNodeByName(parent, "cxx", 1), xmlp_getChildNode(parent, 2));
-        EXPECT_EQ(xmlp_getChildNodeByName(parent, "cx", 2), nullptr);
-        EXPECT_EQ(xmlp_getChildNodeCount(parent), 4u);
-        XmlpNode *before = makeParent("");
-        xmlp_setNodeName(before, "y");
-        EXPECT_EQ(xmlp_insNodeBefore(before, parent->firstChild), 0);
-        for (const char *left : {"yabd", "abd", "ab", "b", ""}) {
-            static const char *const victims[] = {"c", "y", "d", "a", "b"};
-            XmlpNode *victim =
-                xmlp_getChildNodeByName(parent, victims[5 - xmlp_getChildNodeCount(parent)], 1);
-            EXPECT_EQ(xmlp_delNode(victim), 0);
-            EXPECT_EQ(order(parent), left);
-        }
-        EXPECT_EQ(parent->lastChild, nullptr);
         xmlp_delDtree(parent);
-    });
-    EXPECT_EQ(printed, line("xmlp_addChildNode", 1082, "child[3] not found."));
+    }
+    XmlpNode *parent = makeParent("abcd");
+    EXPECT_STREQ(xmlp_getChildNode(parent, XMLP_LAST)->name, "d");
+    EXPECT_EQ(xmlp_getChildNode(parent, 4), nullptr);
+    EXPECT_EQ(xmlp_getChildNodeByName(parent, "cxx", 1), xmlp_getChildNode(parent, 2));
+    EXPECT_EQ(xmlp_getChildNodeByName(parent, "cx", 2), nullptr);
+    EXPECT_EQ(xmlp_getChildNodeCount(parent), 4u);
+    EXPECT_EQ(xmlp_insNodeBefore(named("y"), parent->firstChild), 0);
+    const char *const steps[][2] = {
+        {"c", "yabd"}, {"y", "abd"}, {"d", "ab"}, {"a", "b"}, {"b", ""}};
+    for (const auto &[victim, left] : steps) {
+        EXPECT_EQ(xmlp_delNode(xmlp_getChildNodeByName(parent, victim, 1)), 0);
+        EXPECT_EQ(order(parent), left);
+    }
+    EXPECT_EQ(parent->lastChild, nullptr);
+    xmlp_delDtree(parent);
 }
 
 TEST(XmlpNodes, NamesAndValues)
 {
     XmlpNode *parent = makeParent("ab");
     XmlpNode *a = parent->firstChild;
-    const struct {
-        int (*call)(XmlpNode *parent, XmlpNode *a);
-        int result;
-        std::string printed;
-    } rows[] = {
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeName(n, ""); }, -1,
-         line("xmlp_setNodeName", 1162, "invalid params.")},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeName(n, "a b"); }, -1,
-         line("xmlp_setNodeName", 1168, "invalid name.")},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeName(n, "a"); }, -1,
-         line("xmlp_setNodeName", 1173, "node name existed.")},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeName(n, "c"); }, 0, ""},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeValue(n, nullptr, 1); }, -1,
-         line("xmlp_setNodeValue", 1212, "value is null but valueSize > 0.")},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeValue(n, "x", 0); }, -1,
-         line("xmlp_setNodeValue", 1217, "value is not null but valueSize is 0.")},
-        {[](XmlpNode *p, XmlpNode *) { return xmlp_setNodeValue(p, nullptr, 0); }, -1,
-         line("xmlp_setNodeValue", 1222, "pNode is not leaf node.")},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeValue(n, "a\0b", 3); }, 0, ""},
-        {[](XmlpNode *, XmlpNode *n) { return xmlp_setNodeValue(n, nullptr, 0); }, 0, ""},
-        {[](XmlpNode *p, XmlpNode *) { return xmlp_delNode(p); }, -1,
-         line("xmlp_delNode", 1624, "invalid params.")},
+    const auto name = [&](const char *text) {
+        return outcome([&] { return xmlp_setNodeName(a, text); });
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(captured([&] { EXPECT_EQ(row.call(parent, a), row.result); }), row.printed);
-    }
+    const auto value = [&](const char *text, uint32_t size) {
+        return outcome([&] { return xmlp_setNodeValue(a, text, size); });
+    };
+    EXPECT_EQ(name("a b"), "-1; setNodeName:1168 invalid name.");
+    EXPECT_EQ(name("c"), "0");
+    EXPECT_EQ(value(nullptr, 1), "-1; setNodeValue:1212 value is null but valueSize > 0.");
+    EXPECT_EQ(value("x", 0), "-1; setNodeValue:1217 value is not null but valueSize is 0.");
+    EXPECT_EQ(value("a\0b", 3), "0");
+    EXPECT_EQ(value(nullptr, 0), "0");
     EXPECT_EQ(order(parent), "cb");
     xmlp_delDtree(parent);
 }
@@ -184,8 +156,7 @@ TEST(XmlpNodes, NamesAndValues)
 // An item keeps the shared name when children type it anew, and loses it when renamed.
 TEST(XmlpNodes, SharedItemName)
 {
-    const std::string text = "<a><item><b/></item><item/></a>";
-    XmlpDoc *doc = xmlp_loadDoc(text.data(), static_cast<uint32_t>(text.size()), 0);
+    XmlpDoc *doc = xmlp_loadDoc("<a><item><b/></item><item/></a>", 31, 0);
     ASSERT_NE(doc, nullptr);
     XmlpNode *first = doc->tree->root->firstChild->firstChild;
     EXPECT_EQ(first->type, XMLP_NODE_STRUCT + 0u);
@@ -198,27 +169,23 @@ TEST(XmlpNodes, SharedItemName)
 TEST(XmlpNodes, Attributes)
 {
     XmlpNode *node = xmlp_initNode();
-    auto add = [&](const char *name, const char *value) {
-        return xmlp_addNodeAttr(node, name, value);
+    const auto add = [&](const char *name, const char *value) {
+        return outcome([&] { return xmlp_addNodeAttr(node, name, value); });
     };
-    std::string printed = captured([&] {
-        EXPECT_EQ(add("a", "1"), 0);
-        EXPECT_EQ(add("ab", nullptr), 0);
-        EXPECT_EQ(add("a", "2"), -1);
-        EXPECT_EQ(add("ab", "2"), -1);
-        EXPECT_EQ(add("x y", "2"), -1);
-        EXPECT_EQ(add("x", "<"), -1);
-        EXPECT_EQ(xmlp_setNodeAttr(node, "x y", "2"), -1);
-        EXPECT_EQ(xmlp_setNodeAttr(node, "x", "2"), -1);
-        EXPECT_EQ(xmlp_delNodeAttr(node, "x"), -1);
-    });
-    EXPECT_EQ(printed, line("xmlp_addNodeAttr", 1350, "attribute existed.") +
-                           line("xmlp_addNodeAttr", 1357, "attribute existed.") +
-                           line("xmlp_addNodeAttr", 1301, "invalid attribute name x y.") +
-                           line("xmlp_addNodeAttr", 1306, "invalid attribute value.") +
-                           line("xmlp_setNodeAttr", 1475, "invalid attribute name.") +
-                           line("xmlp_setNodeAttr", 1511, "attribute not exist.") +
-                           line("xmlp_delNodeAttr", 1448, "attribute not exist."));
+    const auto set = [&](const char *name, const char *value) {
+        return outcome([&] { return xmlp_setNodeAttr(node, name, value); });
+    };
+    const auto remove = [&](const char *name) {
+        return outcome([&] { return xmlp_delNodeAttr(node, name); });
+    };
+    EXPECT_EQ(add("a", "1"), "0");
+    EXPECT_EQ(add("ab", nullptr), "0");
+    EXPECT_EQ(add("ab", "2"), "-1; addNodeAttr:1357 attribute existed.");
+    EXPECT_EQ(add("x y", "2"), "-1; addNodeAttr:1301 invalid attribute name x y.");
+    EXPECT_EQ(add("x", "<"), "-1; addNodeAttr:1306 invalid attribute value.");
+    EXPECT_EQ(set("x y", "2"), "-1; setNodeAttr:1475 invalid attribute name.");
+    EXPECT_EQ(remove("x"), "-1; delNodeAttr:1448 attribute not exist.");
+    EXPECT_EQ(xmlp_getNodeAttrCount(node), 2u);
     EXPECT_EQ(xmlp_isNodeAttr(node, "a", "1"), 1);
     EXPECT_EQ(xmlp_isNodeAttr(node, "a", nullptr), 0);
     EXPECT_EQ(xmlp_isNodeAttr(node, "ab", nullptr), 1);
@@ -227,15 +194,14 @@ TEST(XmlpNodes, Attributes)
     EXPECT_EQ(_hasAttrName(node->attrs->next, "abc", 3), 0);
 
     char *value = nullptr;
-    EXPECT_EQ(xmlp_setNodeAttr(node, "a", "new"), 0);
+    EXPECT_EQ(set("a", "new"), "0");
     EXPECT_EQ(xmlp_getNodeAttr(node, "a", &value), 0);
     EXPECT_STREQ(value, "new");
     free(value);
     EXPECT_EQ(xmlp_getNodeAttr(node, "ab", &value), 0);
     EXPECT_EQ(value, nullptr);
-    EXPECT_EQ(xmlp_delNodeAttr(node, "a"), 0);
-    EXPECT_EQ(xmlp_delNodeAttr(node, "ab"), 0);
-    EXPECT_EQ(captured([&] { xmlp_delNodeAttr(node, "ab"); }),
-              line("xmlp_delNodeAttr", 1417, "attribute not exist."));
+    EXPECT_EQ(remove("a"), "0");
+    EXPECT_EQ(remove("ab"), "0");
+    EXPECT_EQ(remove("ab"), "-1; delNodeAttr:1417 attribute not exist.");
     xmlp_delNode(node);
 }

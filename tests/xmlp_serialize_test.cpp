@@ -3,14 +3,10 @@
 #include "tests/capture.h"
 #include "xmlp/xmlp_internal.h"
 
-#include <pthread.h>
 #include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <string>
 
 namespace
 {
@@ -49,13 +45,7 @@ void expectRoundTrip(const std::string &text)
     }
 }
 
-struct Case {
-    const char *text;
-    const char *compact;
-    const char *formatted;
-};
-
-const Case cases[] = {
+const char *const cases[][3] = {
     {"<a></a>", "<a/>", "<a/>\n"},
     {" <a> </a>\n", "<a> </a>", "<a> </a>\n"},
     {R"(<a b = "it's" c=""/>)", R"(<a b="it's" c=""/>)", "<a b=\"it's\" c=\"\"/>\n"},
@@ -70,16 +60,14 @@ const Case cases[] = {
 
 TEST(XmlpSerialize, writesTheSameTree)
 {
-    for (const Case &c : cases) {
-        const Document doc = loaded(c.text, 0);
-        EXPECT_EQ(dumped(doc.get(), compact), c.compact);
-        EXPECT_EQ(dumped(doc.get(), formatted), c.formatted);
-        expectRoundTrip(c.text);
+    for (const auto &[text, inOneLine, indented] : cases) {
+        const Document doc = loaded(text, 0);
+        EXPECT_EQ(dumped(doc.get(), compact), inOneLine);
+        EXPECT_EQ(dumped(doc.get(), formatted), indented);
+        expectRoundTrip(text);
     }
     for (const auto &file : std::filesystem::directory_iterator(TARN_EXAMPLES)) {
-        std::ostringstream text;
-        text << std::ifstream(file.path()).rdbuf();
-        expectRoundTrip(text.str());
+        expectRoundTrip(contents(file.path()));
     }
 }
 
@@ -118,14 +106,12 @@ TEST(XmlpSerialize, refusesNull)
         EXPECT_EQ(_tree2FormatXml(&node, nullptr, 0), nullptr);
         EXPECT_EQ(_tree2FormatXml(nullptr, _tree2Xml(nullptr, text), 0), text);
     });
-    EXPECT_EQ(printed, "[ERROR][xmlp_dumpDoc():363]: invalid params.\r\n"
-                       "[ERROR][xmlp_tree2Xml():1757]: invalid params.\r\n"
-                       "[ERROR][_tree2Xml():200]: buf is null.\r\n"
-                       "[ERROR][_tree2FormatXml():286]: buf is null.\r\n");
+    EXPECT_EQ(xmlpLines(printed), "; dumpDoc:363 invalid params.; tree2Xml:1757 invalid params."
+                                  "; _tree2Xml:200 buf is null.; _tree2FormatXml:286 buf is null.");
 }
 
 // A million nested elements; indented, their text passes 4 GiB by far.
-void *dumpNested(void *)
+TEST(XmlpSerialize, anyDepthOnASmallStack)
 {
     std::string start;
     std::string end;
@@ -134,24 +120,13 @@ void *dumpNested(void *)
         end += "</a>";
     }
     const std::string text = start + "x" + end;
-    const Document doc = loaded(text, 0);
-    EXPECT_TRUE(dumped(doc.get(), compact) == text);
     uint32_t length = 0;
-    const std::string printed =
-        captured([&] { EXPECT_EQ(xmlp_dumpDoc(doc.get(), formatted, &length), nullptr); });
-    EXPECT_EQ(printed, "[ERROR][xmlp_tree2Xml():1789]: malloc failed.\r\n");
+    const std::string printed = capturedOnSmallStack([&] {
+        const Document doc = loaded(text, 0);
+        EXPECT_TRUE(dumped(doc.get(), compact) == text);
+        EXPECT_EQ(xmlp_dumpDoc(doc.get(), formatted, &length), nullptr);
+    });
+    EXPECT_EQ(xmlpLines(printed), "; tree2Xml:1789 malloc failed.");
     EXPECT_EQ(length, 0xFFFFFFFFu);
-    return nullptr;
-}
-
-TEST(XmlpSerialize, anyDepthOnASmallStack)
-{
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 256 * 1024);
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, dumpNested, nullptr), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
 }
 } // namespace

@@ -26,6 +26,7 @@ struct Command {
 extern const Command commands[];
 
 Action setupPack(CLI::App &arguments);
+Action setupCheck(CLI::App &arguments);
 Action setupUnpack(CLI::App &arguments);
 Action setupShow(CLI::App &arguments);
 Action setupRules(CLI::App &arguments);
@@ -38,6 +39,8 @@ Action setupSeal(CLI::App &arguments);
 Action setupUnseal(CLI::App &arguments);
 Action setupBundle(CLI::App &arguments);
 Action setupVerify(CLI::App &arguments);
+Action setupMessages(CLI::App &arguments);
+Action setupDiff(CLI::App &arguments);
 
 } // namespace tool
 

@@ -7,6 +7,7 @@ namespace tool
 
 const Command commands[] = {
     {"pack", "Compress a database into an image that tarn-db-loader loads", setupPack},
+    {"check", "Report what is wrong or suspicious in databases, images, containers", setupCheck},
     {"unpack", "Write the XML text of an image to standard output", setupUnpack},
     {"show", "List the application database of an image with all its rules", setupShow},
     {"rules", "List the rules of one application of an image", setupRules},
@@ -19,6 +20,8 @@ const Command commands[] = {
     {"unseal", "Get a sealed file back", setupUnseal},
     {"bundle", "Pack and encrypt databases into an update container", setupBundle},
     {"verify", "Check an update container and list its files", setupVerify},
+    {"messages", "Show or write the messages that a load would send", setupMessages},
+    {"diff", "Compare the application databases of two images", setupDiff},
     {nullptr, nullptr, nullptr},
 };
 

@@ -1,4 +1,4 @@
-// Sending the libraries' diagnostic lines to standard error.
+// Sending the libraries' diagnostic lines elsewhere.
 
 #include "tool/diagnostics.h"
 
@@ -7,25 +7,39 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
+#include <string>
 #include <unistd.h>
 
 namespace tool
 {
 
-DiagnosticsOnStandardError::DiagnosticsOnStandardError() : standardOutput_(-1)
+RedirectedDiagnostics::RedirectedDiagnostics(int descriptor) : standardOutput_(-1)
 {
     fflush(stdout);
     standardOutput_ = dup(STDOUT_FILENO);
-    if (standardOutput_ < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
-        throw Failure("standard output", std::strerror(errno));
+    const bool redirected = standardOutput_ >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0;
+    const std::string reason = std::strerror(errno);
+    if (descriptor > STDERR_FILENO) {
+        close(descriptor);
+    }
+    if (!redirected) {
+        throw Failure("standard output", reason);
     }
 }
 
-DiagnosticsOnStandardError::~DiagnosticsOnStandardError()
+RedirectedDiagnostics::~RedirectedDiagnostics()
 {
     fflush(stdout);
     dup2(standardOutput_, STDOUT_FILENO);
     close(standardOutput_);
+}
+
+DiagnosticsOnStandardError::DiagnosticsOnStandardError() : RedirectedDiagnostics(STDERR_FILENO) {}
+
+DiscardedDiagnostics::DiscardedDiagnostics()
+    : RedirectedDiagnostics(open("/dev/null", O_WRONLY | O_CLOEXEC))
+{
 }
 
 } // namespace tool

@@ -8,19 +8,35 @@ namespace tool
 {
 
 /*
- * The product's libraries report on standard output. While an object of this class lives, what
- * is written there goes to standard error, so that it does not mix with a subcommand's output.
+ * The product's libraries report on standard output. While an object of one of these classes
+ * lives, what is written there goes elsewhere, so that it does not mix with a subcommand's output.
  */
-class DiagnosticsOnStandardError
+class RedirectedDiagnostics
 {
 public:
-    DiagnosticsOnStandardError();
-    ~DiagnosticsOnStandardError();
-    DiagnosticsOnStandardError(const DiagnosticsOnStandardError &) = delete;
-    DiagnosticsOnStandardError &operator=(const DiagnosticsOnStandardError &) = delete;
+    RedirectedDiagnostics(const RedirectedDiagnostics &) = delete;
+    RedirectedDiagnostics &operator=(const RedirectedDiagnostics &) = delete;
+
+protected:
+    /* Takes over the descriptor when that is not standard error. */
+    explicit RedirectedDiagnostics(int descriptor);
+    ~RedirectedDiagnostics();
 
 private:
     int standardOutput_;
+};
+
+class DiagnosticsOnStandardError : public RedirectedDiagnostics
+{
+public:
+    DiagnosticsOnStandardError();
+};
+
+/* For what is no news to anybody who runs the tool. */
+class DiscardedDiagnostics : public RedirectedDiagnostics
+{
+public:
+    DiscardedDiagnostics();
 };
 
 } // namespace tool

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <list>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -148,15 +149,30 @@ void writeFile(const std::string &path, const std::string &contents)
         return;
     }
     struct stat status = {};
-    const bool exists = stat(path.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) {
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         writeInPlace(path, contents);
         return;
     }
-    // A symbolic link stays one: the file it points to is replaced.
-    ReplacementFile file(exists ? std::filesystem::canonical(path).string() : path);
-    file.write(contents, exists ? status.st_mode & 0777 : newFileMode());
-    file.replaceTarget();
+    writeFiles({{path, contents}});
+}
+
+void writeFiles(const std::vector<OutputFile> &files)
+{
+    std::list<ReplacementFile> replacements;
+    for (const OutputFile &file : files) {
+        struct stat status = {};
+        const bool exists = stat(file.path.c_str(), &status) == 0;
+        if (exists && !S_ISREG(status.st_mode)) {
+            throw Failure(file.path, "is no regular file");
+        }
+        // A symbolic link stays one: the file it points to is replaced.
+        replacements.emplace_back(exists ? std::filesystem::canonical(file.path).string()
+                                         : file.path);
+        replacements.back().write(file.contents, exists ? status.st_mode & 0777 : newFileMode());
+    }
+    for (ReplacementFile &replacement : replacements) {
+        replacement.replaceTarget();
+    }
 }
 
 void writeStandardOutput(const std::string &contents)

@@ -5,6 +5,7 @@
 #define TOOL_FILE_H
 
 #include <string>
+#include <vector>
 
 namespace tool
 {
@@ -23,6 +24,14 @@ InputFile readFile(const std::string &path);
  * standard output.
  */
 void writeFile(const std::string &path, const std::string &contents);
+
+struct OutputFile {
+    std::string path;
+    std::string contents;
+};
+
+/* The same for several regular files: when one cannot be written, all are left as they were. */
+void writeFiles(const std::vector<OutputFile> &files);
 
 /* Writes to standard output; throws Failure when not everything could be written. */
 void writeStandardOutput(const std::string &contents);

@@ -1,14 +1,14 @@
 // Lists the priority database of an image.
 
 #include "apppri/apppri.h"
+#include "apppri/list.h"
 #include "tool/command.h"
-#include "tool/diagnostics.h"
-#include "tool/failure.h"
 #include "tool/file.h"
-#include "tool/image.h"
+#include "tool/json.h"
+#include "tool/record.h"
+#include "tool/tables.h"
 
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,26 +22,12 @@ namespace
 struct PriorityOptions {
     std::string image;
     bool map = false;
+    bool json = false;
 };
-
-// Fills the model as a device does, but for the upload.
-bool fillModel(const std::string &text)
-{
-    const DiagnosticsOnStandardError redirection;
-    apppri_DBReInit();
-    bool filled = false;
-    if (apppri_DBResAlloc() == 0) {
-        memcpy(apppri_db.xmlBuf, text.c_str(), text.size() + 1);
-        filled = apppri_analyzeDBFile() == 0;
-    }
-    apppri_DBResFree();
-    return filled;
-}
 
 void printMap()
 {
-    std::vector<unsigned char> map(g_apppri_profile.mapSize);
-    apppri_initPrimapFromDB(map.data());
+    const std::vector<unsigned char> map = priorityMap();
     for (size_t appId = 0; appId < map.size(); ++appId) {
         if (map[appId] != 0) {
             printf("%zu: %u\n", appId, unsigned{map[appId]});
@@ -49,14 +35,57 @@ void printMap()
     }
 }
 
+Json mapAsJson()
+{
+    Json entries = Json::array();
+    const std::vector<unsigned char> map = priorityMap();
+    for (size_t appId = 0; appId < map.size(); ++appId) {
+        if (map[appId] != 0) {
+            entries.push_back({{"appId", appId}, {"priority", map[appId]}});
+        }
+    }
+    return entries;
+}
+
+Json sortAsJson(const apppri_sort &sort)
+{
+    Json apps = Json::array();
+    for (const apppri_app *app = _apppri_first(sort.appList); app != nullptr;
+         app = _apppri_next(sort.appList, app)) {
+        apps.push_back({{"appId", app->appId},
+                        {"appType", app->appType},
+                        {"appName", fieldText(app->appName)}});
+    }
+    return {{"id", sort.id},
+            {"type", sort.type},
+            {"name", fieldText(sort.name)},
+            {"prio", sort.prio},
+            {"applications", apps}};
+}
+
+Json databaseAsJson(bool withMap)
+{
+    Json sorts = Json::array();
+    for (const apppri_sort *sort = _apppri_first(apppri_db.appSortList); sort != nullptr;
+         sort = _apppri_next(apppri_db.appSortList, sort)) {
+        sorts.push_back(sortAsJson(*sort));
+    }
+    Json database = {{"ver", fieldText(apppri_db.ver)},
+                     {"proModel", fieldText(apppri_db.proModel)},
+                     {"expired", fieldText(apppri_db.expired)},
+                     {"sorts", sorts}};
+    if (withMap) {
+        database["map"] = mapAsJson();
+    }
+    return database;
+}
+
 int priority(const PriorityOptions &options)
 {
-    const InputFile image = readFile(options.image);
-    if (!fillModel(unpackDatabase(image, priorityDatabase))) {
-        throw Failure(image.name, "the priority database cannot be loaded");
-    }
-    if (apppri_db.appSortList == nullptr) {
-        throw Failure(image.name, "the priority database has no sorts");
+    loadPriorityModel(readFile(options.image));
+    if (options.json) {
+        printJson(databaseAsJson(options.map));
+        return 0;
     }
     apppri_showDB();
     if (options.map) {
@@ -74,6 +103,7 @@ Action setupPriority(CLI::App &arguments)
     arguments.add_flag(
         "--map", options->map,
         "Also the map that goes to the kernel: APPID: PRIORITY for each that has one");
+    addJsonFlag(arguments, options->json);
     return [options] { return priority(*options); };
 }
 

@@ -1,13 +1,13 @@
 #include "tool/sealing.h"
 
 #include "dbimage/dbimage.h"
+#include "tool/failure.h"
+#include "tool/file.h"
 
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 
 namespace tool
 {
@@ -15,25 +15,42 @@ namespace tool
 namespace
 {
 
-constexpr uintmax_t sizeLimit = 16382;
+constexpr size_t sizeLimit = 16382;
+constexpr size_t growth = 24; /* digest and filling */
+
+/* What a shell sees of the file tool's -1. */
+constexpr int notSealed = 255;
 
 struct SealingOptions {
     std::string input;
     std::string output;
 };
 
-/* Returns the result as exit status: 0, or -1, which a shell sees as 255. */
-int sealFile(const SealingOptions &options, bool seal)
+void sealFile(const SealingOptions &options, bool seal)
 {
-    const int result = md5_des_sealFile(options.input.c_str(), options.output.c_str(), seal);
-    if (result != 0) {
-        std::error_code unknown;
-        const uintmax_t size = std::filesystem::file_size(options.input, unknown);
-        const bool tooLarge = !unknown && size > sizeLimit;
-        fprintf(stderr, "tarn-db-tool: %s: %s%s\n", options.input.c_str(),
-                seal ? "not sealed" : "not unsealed", tooLarge ? ", more than 16382 bytes" : "");
+    const InputFile input = readFile(options.input);
+    if (input.contents.size() > sizeLimit) {
+        throw Failure(input.name, std::string(seal ? "not sealed" : "not unsealed") +
+                                      ", more than 16382 bytes");
     }
-    return result;
+    std::string output(input.contents.size() + growth, '\0');
+    const int length =
+        md5_des_seal(input.contents.data(), static_cast<int32_t>(input.contents.size()),
+                     reinterpret_cast<unsigned char *>(output.data()),
+                     static_cast<int32_t>(output.size()), g_appmngr_databaseKey, seal ? 1 : 0);
+    output.resize(static_cast<size_t>(length));
+    writeFile(options.output, output);
+}
+
+int sealOrFail(const SealingOptions &options, bool seal)
+{
+    try {
+        sealFile(options, seal);
+        return 0;
+    } catch (const Failure &failure) {
+        fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
+        return notSealed;
+    }
 }
 
 } // namespace
@@ -41,9 +58,12 @@ int sealFile(const SealingOptions &options, bool seal)
 Action setupSealing(CLI::App &arguments, bool seal)
 {
     const auto options = std::make_shared<SealingOptions>();
-    arguments.add_option("IN", options->input, "File to read, at most 16382 bytes")->required();
-    arguments.add_option("OUT", options->output, "File to write")->required();
-    return [options, seal] { return sealFile(*options, seal); };
+    arguments
+        .add_option("IN", options->input, "File to read, at most 16382 bytes, - for standard input")
+        ->required();
+    arguments.add_option("OUT", options->output, "File to write, - for standard output")
+        ->required();
+    return [options, seal] { return sealOrFail(*options, seal); };
 }
 
 } // namespace tool

@@ -1,8 +1,9 @@
-// Application tables without a kernel.
+// Tables without a kernel.
 
 #include "tool/tables.h"
 
 #include "appmngr/appmngr.h"
+#include "apppri/apppri.h"
 #include "loader/image.h"
 #include "loader/loader.h"
 #include "tool/diagnostics.h"
@@ -18,10 +19,15 @@ namespace tool
 namespace
 {
 
+void releaseTables()
+{
+    const DiscardedDiagnostics silence;
+    appmngr_dbReInit();
+}
+
 bool fillTables(const std::string &text)
 {
     const DiagnosticsOnStandardError redirection;
-    appmngr_dbReInit();
     bool filled = false;
     if (appmngr_file_alloc() == 0) {
         memcpy(g_appmngr_xmlBuf, text.c_str(), text.size() + 1);
@@ -31,13 +37,45 @@ bool fillTables(const std::string &text)
     return filled;
 }
 
+bool fillModel(const std::string &text)
+{
+    const DiagnosticsOnStandardError redirection;
+    apppri_DBReInit();
+    bool filled = false;
+    if (apppri_DBResAlloc() == 0) {
+        memcpy(apppri_db.xmlBuf, text.c_str(), text.size() + 1);
+        filled = apppri_analyzeDBFile() == 0;
+    }
+    apppri_DBResFree();
+    return filled;
+}
+
 } // namespace
 
 void loadApplicationTables(const InputFile &image)
 {
-    if (!fillTables(unpackDatabase(image, applicationDatabase))) {
+    const std::string text = unpackDatabase(image, applicationDatabase);
+    releaseTables();
+    if (!fillTables(text)) {
         throw Failure(image.name, "the application database cannot be loaded");
     }
+}
+
+void loadPriorityModel(const InputFile &image)
+{
+    if (!fillModel(unpackDatabase(image, priorityDatabase))) {
+        throw Failure(image.name, "the priority database cannot be loaded");
+    }
+    if (apppri_db.appSortList == nullptr) {
+        throw Failure(image.name, "the priority database has no sorts");
+    }
+}
+
+std::vector<unsigned char> priorityMap()
+{
+    std::vector<unsigned char> map(g_apppri_profile.mapSize);
+    apppri_initPrimapFromDB(map.data());
+    return map;
 }
 
 } // namespace tool

@@ -1,10 +1,12 @@
 /*
- * The application tables of an image, filled as the loader fills them but never sent.
+ * The tables of an image, filled as a device fills them but never sent.
  */
 #ifndef TOOL_TABLES_H
 #define TOOL_TABLES_H
 
 #include "tool/file.h"
+
+#include <vector>
 
 namespace tool
 {
@@ -15,6 +17,12 @@ namespace tool
  * error. Throws Failure when the image is damaged or the tables cannot be filled.
  */
 void loadApplicationTables(const InputFile &image);
+
+/* The same for the model of the priority database, which has at least one sort then. */
+void loadPriorityModel(const InputFile &image);
+
+/* The map of the loaded model: the priority of each application id. */
+std::vector<unsigned char> priorityMap();
 
 } // namespace tool
 

@@ -3,6 +3,7 @@
 #include "tool/command.h"
 #include "tool/diagnostics.h"
 #include "tool/file.h"
+#include "tool/json.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -10,12 +11,18 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tool
 {
 
 namespace
 {
+
+struct VerifyOptions {
+    std::string container;
+    bool json = false;
+};
 
 std::string typeName(uint32_t type)
 {
@@ -43,34 +50,68 @@ bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
     return decrypted;
 }
 
-std::string describe(const dbimage_file &file)
+/* What there is to say of a file of a container. */
+struct ListedFile {
+    uint32_t type;
+    uint32_t size;
+    bool known; /* not ignored */
+    bool decrypted;
+    dbimage_fileHeader header; /* of a decrypted one */
+};
+
+std::string versionText(const dbimage_fileHeader &header)
 {
-    const bool known = file.type == DBIMAGE_TYPE_APP || file.type == DBIMAGE_TYPE_PRIORITY;
-    dbimage_fileHeader header = {};
-    if (!known || !readHeader(file, header)) {
-        return std::to_string(file.size) +
-               (known ? " bytes, cannot be decrypted" : " bytes, ignored");
-    }
-    char text[80];
-    snprintf(text, sizeof text, "version %u.%u.%u, length %u, magic 0x%08x", header.version[0],
-             header.version[1], header.version[2], ntohl(header.length), ntohl(header.magic));
+    return std::to_string(header.version[0]) + "." + std::to_string(header.version[1]) + "." +
+           std::to_string(header.version[2]);
+}
+
+std::string magicText(const dbimage_fileHeader &header)
+{
+    char text[11];
+    snprintf(text, sizeof text, "0x%08x", ntohl(header.magic));
     return text;
 }
 
-/* The files of a container, a line for each; nothing when its file table is broken. */
-std::string listFiles(const std::string &container)
+std::string describe(const ListedFile &file)
 {
-    std::string lines;
-    dbimage_fileTable table = {};
-    if (_dbimage_listFiles(reinterpret_cast<const unsigned char *>(container.data()),
-                           static_cast<uint32_t>(container.size()), &table) == nullptr) {
-        for (uint32_t i = 0; i < table.count; ++i) {
-            const dbimage_file &file = table.file[i];
-            lines += "file " + std::to_string(i) + ": " + typeName(file.type) + ", " +
-                     describe(file) + "\n";
-        }
+    if (!file.decrypted) {
+        return std::to_string(file.size) +
+               (file.known ? " bytes, cannot be decrypted" : " bytes, ignored");
     }
-    return lines;
+    return "version " + versionText(file.header) + ", length " +
+           std::to_string(ntohl(file.header.length)) + ", magic " + magicText(file.header);
+}
+
+Json toJson(const ListedFile &file)
+{
+    Json json = {{"type", file.type}, {"size", file.size}, {"ignored", !file.known}};
+    if (file.decrypted) {
+        json["version"] = versionText(file.header);
+        json["length"] = ntohl(file.header.length);
+        json["magic"] = magicText(file.header);
+    }
+    return json;
+}
+
+/* The files of a container; none when its file table is broken. */
+std::vector<ListedFile> listFiles(const std::string &container)
+{
+    std::vector<ListedFile> files;
+    dbimage_fileTable table = {};
+    if (container.size() < sizeof(dbimage_containerHead) ||
+        container.size() > DBIMAGE_CONTAINER_MAX ||
+        _dbimage_listFiles(reinterpret_cast<const unsigned char *>(container.data()),
+                           static_cast<uint32_t>(container.size()), &table) != nullptr) {
+        return files;
+    }
+    for (uint32_t i = 0; i < table.count; ++i) {
+        const dbimage_file &file = table.file[i];
+        ListedFile listed = {file.type, file.size, false, false, {}};
+        listed.known = file.type == DBIMAGE_TYPE_APP || file.type == DBIMAGE_TYPE_PRIORITY;
+        listed.decrypted = listed.known && readHeader(file, listed.header);
+        files.push_back(listed);
+    }
+    return files;
 }
 
 int runUpdate(const std::string &container)
@@ -81,14 +122,31 @@ int runUpdate(const std::string &container)
     return appmngr_db_writeFromDatabase(container.data(), static_cast<int32_t>(length));
 }
 
-int verify(const std::string &path)
+void print(const std::vector<ListedFile> &files, const std::string &result)
 {
-    const std::string container = readFile(path).contents;
+    std::string lines;
+    for (size_t i = 0; i < files.size(); ++i) {
+        lines += "file " + std::to_string(i) + ": " + typeName(files[i].type) + ", " +
+                 describe(files[i]) + "\n";
+    }
+    writeStandardOutput(lines + "result: " + result + "\n");
+}
+
+void printAsJson(const std::vector<ListedFile> &files, const std::string &result)
+{
+    Json list = Json::array();
+    for (const ListedFile &file : files) {
+        list.push_back(toJson(file));
+    }
+    printJson({{"files", list}, {"result", result}});
+}
+
+int verify(const VerifyOptions &options)
+{
+    const std::string container = readFile(options.container).contents;
     const int result = runUpdate(container);
-    const bool sized = container.size() >= sizeof(dbimage_containerHead) &&
-                       container.size() <= DBIMAGE_CONTAINER_MAX;
-    writeStandardOutput((sized ? listFiles(container) : "") +
-                        "result: " + appmngr_errToStr(static_cast<int16_t>(result)) + "\n");
+    const auto printResult = options.json ? printAsJson : print;
+    printResult(listFiles(container), appmngr_errToStr(static_cast<int16_t>(result)));
     return result == 0 ? 0 : 1;
 }
 
@@ -96,9 +154,11 @@ int verify(const std::string &path)
 
 Action setupVerify(CLI::App &arguments)
 {
-    const auto path = std::make_shared<std::string>();
-    arguments.add_option("CONTAINER", *path, "Update container, - for standard input")->required();
-    return [path] { return verify(*path); };
+    const auto options = std::make_shared<VerifyOptions>();
+    arguments.add_option("CONTAINER", options->container, "Update container, - for standard input")
+        ->required();
+    addJsonFlag(arguments, options->json);
+    return [options] { return verify(*options); };
 }
 
 } // namespace tool

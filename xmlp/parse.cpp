@@ -45,7 +45,7 @@ static const char *passDeclaration(const char *p, const char *end)
         if (*p == '?' || p[1] == '>') {
             return p + 2;
         }
-        if (_stepOf(*p) > end - p) {
+        if (_stepOf(*p) > static_cast<size_t>(end - p)) {
             break;
         }
     }

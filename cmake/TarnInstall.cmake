@@ -1,0 +1,55 @@
+# What is installed for those who link the libraries, and how they find it: through pkg-config as
+# tarn-appdb, or through CMake as tarn::xmlp, tarn::appmngr and so on.
+
+include(CMakePackageConfigHelpers)
+
+# In the order in which a linker wants them: each before those that it needs.
+set(tarn_libraries dbimage apppri loader appmngr image appdist appmodel xmlp)
+
+set(tarn_public_headers
+  appdist/appdist.h
+  appmngr/appmngr.h
+  appmngr/appmngr_model.h
+  apppri/apppri.h
+  dbimage/dbimage.h
+  loader/image.h
+  loader/loader.h
+  xmlp/xmlp.h)
+
+set(tarn_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tarn-appdb)
+set(tarn_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+list(TRANSFORM tarn_libraries PREPEND tarn- OUTPUT_VARIABLE library_targets)
+install(TARGETS ${library_targets} EXPORT tarn-appdb
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+foreach(header IN LISTS tarn_public_headers)
+  get_filename_component(module ${header} DIRECTORY)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb/${module}
+    COMPONENT dev)
+endforeach()
+
+install(EXPORT tarn-appdb NAMESPACE tarn:: FILE tarn-appdb-targets.cmake
+  DESTINATION ${tarn_cmake_dir} COMPONENT dev)
+configure_package_config_file(cmake/tarn-appdb-config.cmake.in tarn-appdb-config.cmake
+  INSTALL_DESTINATION ${tarn_cmake_dir} NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(tarn-appdb-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/tarn-appdb-config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/tarn-appdb-config-version.cmake
+  DESTINATION ${tarn_cmake_dir} COMPONENT dev)
+
+# Relative to the file itself, so that an installed tree can be moved.
+file(RELATIVE_PATH tarn_prefix_from_pc
+  ${CMAKE_INSTALL_PREFIX}/${tarn_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" tarn_prefix_from_pc ${tarn_prefix_from_pc})
+list(TRANSFORM tarn_libraries PREPEND -ltarn- OUTPUT_VARIABLE link_flags)
+list(JOIN link_flags " " tarn_link_flags)
+configure_file(cmake/tarn-appdb.pc.in tarn-appdb.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn-appdb.pc
+  DESTINATION ${tarn_pkgconfig_dir} COMPONENT dev)
+
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool
+  FILES_MATCHING PATTERN *.md)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool OPTIONAL)

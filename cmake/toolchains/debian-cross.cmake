@@ -1,0 +1,22 @@
+# Debian's cross compiler for ${tarn_triplet}, and user-mode QEMU to run what it makes. The
+# libraries of the target that the compiler does not bring are looked for in TARN_SYSROOT.
+
+set(TARN_SYSROOT "" CACHE PATH "Where the target's packages are unpacked")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TARN_SYSROOT)
+
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_C_COMPILER ${tarn_triplet}-gcc)
+set(CMAKE_CXX_COMPILER ${tarn_triplet}-g++)
+set(CMAKE_LIBRARY_ARCHITECTURE ${tarn_triplet})
+set(CMAKE_CROSSCOMPILING_EMULATOR ${tarn_emulator} -L /usr/${tarn_triplet})
+
+set(CMAKE_FIND_ROOT_PATH ${TARN_SYSROOT} /usr/${tarn_triplet})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# Some headers of a package differ between machines and lie in a folder of their own.
+foreach(language IN ITEMS C CXX)
+  set(CMAKE_${language}_FLAGS_INIT "-isystem ${TARN_SYSROOT}/usr/include/${tarn_triplet}")
+endforeach()

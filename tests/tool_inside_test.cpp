@@ -1,0 +1,157 @@
+// The subcommands of tarn-db-tool that look inside: messages, diff, and --json of the others.
+
+#include "tool/file.h"
+#include "tool/image.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <sys/wait.h>
+
+namespace
+{
+
+const char *const oldDatabase =
+    "<AppDB><ver>1.2.3</ver><appList><app><id>7</id><name>Bird \"Call\"</name><typeIdList>"
+    "<typeId>3</typeId></typeIdList><ruleList><rule><tupleList><tuple>tcp 0:0 10.1.1.10:443"
+    "</tuple><tuple>udp 0:9 "
+    "0:0</tuple></tupleList><ori><dpiType>half-character\xC3\xA9</dpiType></ori></rule>"
+    "</ruleList><dnsKwList><dnsKw>bird</dnsKw><dnsKw>bird</dnsKw></dnsKwList></app></appList>"
+    "<appTypeList><appType><id>3</id><name>Voice</name></appType></appTypeList></AppDB>";
+
+const char *const newDatabase =
+    "<AppDB><ver>1.2.4</ver><appList><app><id>8</id></app><app><id>7</id><name>Bird</name>"
+    "<ruleList><rule><tupleList><tuple>tcp 0:0 10.1.1.10:443</tuple></tupleList></rule>"
+    "</ruleList><dnsKwList><dnsKw>bird</dnsKw><dnsKw>lark</dnsKw></dnsKwList></app></appList>"
+    "<appTypeList><appType><id>3</id><name>Voice</name></appType></appTypeList></AppDB>";
+
+const char *const sorts =
+    "<AppSortDB><ver>1.2.0</ver><expired>2030-12-31</expired><sortNum>1</sortNum>"
+    "<appNum>1</appNum><sortList><sort><id>1</id><name>Calls</name><prio>7</prio><type>2</type>"
+    "<appList><app><appId>7</appId><appName>Bird</appName><appType>5</appType></app></appList>"
+    "</sort></sortList></AppSortDB>";
+
+struct Case {
+    const char *command;
+    int status;
+    const char *output; // all of it
+    const char *errors; // a part of them; of an empty one, all
+};
+
+#define FEATURE(TYPE) \
+    R"({"enable":0,"start":0,"end":0,"minlength":0,"dpiType":")" TYPE R"(","dpiCode":""})"
+// A character that does not fit its field whole is replaced.
+#define CUT "half-character\xEF\xBF\xBD"
+#define RULE(PROTO, SPORT, DIP, DPORT)                                                \
+    R"({"appId":7,"proto":")" PROTO R"(","sip":"0","sport":)" SPORT R"(,"dip":")" DIP \
+    R"(","dport":)" DPORT R"(,"orig":)" FEATURE(CUT) R"(,"reply":)" FEATURE("") "}"
+#define RULES "[" RULE("tcp", "0", "10.1.1.10", "443") "," RULE("udp", "9", "0", "0") "]"
+
+const Case cases[] = {
+    {"apps --json old.img | compact", 0,
+     R"({"applications":[{"id":7,"visible":0,"name":"Bird \"Call\""}]})", ""},
+    {"types --json old.img | compact", 0,
+     R"({"types":[{"id":3,"name":"Voice","applications":[7]}]})", ""},
+    {"rules --json - 7 <old.img | compact", 0,
+     R"({"id":7,"name":"Bird \"Call\"","rules":)" RULES "}", ""},
+    {"priority --json --map old.img | compact", 0,
+     R"({"ver":"1.2.0","proModel":"","expired":"2030-12-31","sorts":[{"id":1,"type":2,)"
+     R"("name":"Calls","prio":7,"applications":[{"appId":7,"appType":5,"appName":"Bird"}]}],)"
+     R"("map":[{"appId":7,"priority":7}]})",
+     ""},
+    {"verify --json old.img | compact", 0, R"({"files":[],"result":"APPMNGR_ERR_FILE_CHECK"})",
+     "MD5 error"},
+    {"verify --json " TEST_DATA "/container.bin | compact", 0,
+     R"({"files":[{"type":0,"size":56,"ignored":false,"version":"1.2.7","length":17,)"
+     R"("magic":"0x04000001"},{"type":1,"size":7,"ignored":true},{"type":3,"size":48,)"
+     R"("ignored":false,"version":"9.9.9","length":14,"magic":"0x00000000"}],)"
+     R"("result":"APPMNGR_SUCCESS"})",
+     "file index:0"},
+
+    {"messages --json old.img | compact", 0,
+     R"({"messages":[{"nlmsg_len":1256,"nlmsg_type":19,"nlmsg_flags":1,"nlmsg_seq":0,)"
+     R"("nlmsg_pid":0,"op":0,"count":2,"record_size":596,"records":)" RULES
+     R"(},{"nlmsg_len":104,"nlmsg_type":21,"nlmsg_flags":1,"nlmsg_seq":0,"nlmsg_pid":0,"op":0,)"
+     R"("count":2,"record_size":20,"records":[{"appId":7,"keyword":"bird"},)"
+     R"({"appId":7,"keyword":"bird"}]}]})",
+     ""},
+    {"messages --priority old.img", 0,
+     "Message 20: priority map, 4160 bytes\n"
+     "  nlmsg_len 4160 nlmsg_type 20 nlmsg_flags 1 nlmsg_seq 0 nlmsg_pid 0 op 0 count 4096 "
+     "record_size 1\n"
+     "    appId 7     priority 7\n",
+     ""},
+    {"messages --raw part old.img; ls part", 0, "21-keywords.bin\n",
+     "part/21-keywords.bin: is no regular file"},
+    {"messages --raw none old.img", 1, "", "none/19-rules.bin: No such file"},
+    {"messages --raw . --json old.img", 2, "", "excludes"},
+
+    {"diff old.img new.img", 1,
+     "~ header\n"
+     "    ver             \"1.2.3\" -> \"1.2.4\"\n"
+     "~ application    7  \"Bird\"\n"
+     "    name            \"Bird \\\"Call\\\"\" -> \"Bird\"\n"
+     "+ application    8  \"\"\n"
+     "~ type           3  \"Voice\"\n"
+     "    applications    [7] -> []\n"
+     "~ rule           7  tcp 0:0 10.1.1.10:443\n"
+     "    orig.dpiType    \"" CUT "\" -> \"\"\n"
+     "- rule           7  udp 0:9 0:0\n"
+     "- keyword        7  \"bird\"\n"
+     "+ keyword        7  \"lark\"\n",
+     ""},
+    {"diff --json new.img old.img | compact | head -c 110", 0,
+     R"({"same":false,"changes":[{"change":"changed","kind":"header",)"
+     R"("old":{"ver":"1.2.4","proModel":"","expired":""},)",
+     ""},
+    {"diff - old.img <old.img", 0, "", ""},
+    {"diff --json old.img old.img | compact", 0, R"({"same":true,"changes":[]})", ""},
+    {"diff old.img none", 2, "", "tarn-db-tool: none: No such file"},
+    {"diff - - <old.img", 2, "", "standard input: is there for one file only"},
+    {"diff old.img new.img >/dev/full", 2, "", "standard output: No space left"},
+    {"diff old.img", 2, "", "NEW is required"},
+
+    {"diff old.img new.img >/dev/null; script -qc 'tarn-db-tool diff old.img new.img' /dev/null | "
+     "head -2",
+     0, "\033[33m~ header\r\n    ver             \"1.2.3\" -> \"1.2.4\"\033[0m\r\n", ""},
+    {"diff new.img new.img; NO_COLOR=1 script -qc 'tarn-db-tool diff old.img new.img' /dev/null | "
+     "head -1",
+     0, "~ header\r\n", ""},
+    {"seal - - <new.img | tarn-db-tool unseal - back; cmp -n $(stat -c %s new.img) back new.img", 0,
+     "", ""},
+};
+
+std::string contents(const char *path)
+{
+    return tool::readFile(path).contents;
+}
+
+TEST(ToolInside, ShowsAndCompares)
+{
+    const std::string folder = testing::TempDir() + "tool_inside";
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder + "/part/21-keywords.bin");
+    std::filesystem::current_path(folder);
+    std::string image = tool::packDatabase({"old", oldDatabase}, tool::applicationDatabase);
+    image.resize(tool::priorityDatabase.offset);
+    tool::writeFile("old.img",
+                    image + tool::packDatabase({"sorts", sorts}, tool::priorityDatabase));
+    tool::writeFile("new.img", tool::packDatabase({"new", newDatabase}, tool::applicationDatabase));
+    for (const Case &c : cases) {
+        const std::string command =
+            std::string("PATH=" TARN_TOOL_FOLDER ":$PATH; "
+                        "compact() { sed 's/^ *//; s/\": /\":/' | tr -d '\\n'; }; "
+                        "exec 2>err >out; "
+                        "tarn-db-tool ") +
+            c.command;
+        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), c.status) << c.command;
+        EXPECT_EQ(contents("out"), c.output) << c.command;
+        EXPECT_NE(contents("err").find(c.errors), std::string::npos)
+            << c.command << contents("err");
+        EXPECT_EQ(contents("err").empty(), *c.errors == '\0') << c.command << contents("err");
+    }
+}
+
+} // namespace

@@ -1,0 +1,36 @@
+/*
+ * The records of the tables as texts and as JSON, their members named as in the records.
+ */
+#ifndef TOOL_RECORD_H
+#define TOOL_RECORD_H
+
+#include "appmngr/appmngr_model.h"
+#include "tool/json.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace tool
+{
+
+/* The text in a fixed field, which need not be terminated. */
+template <size_t size> std::string fieldText(const char (&field)[size])
+{
+    return std::string(field, strnlen(field, size));
+}
+
+/* The tuple of a rule, as a database writes it: "tcp 0:0 192.0.2.10:443". */
+std::string tupleText(const appmngr_rule &rule);
+
+Json toJson(const appmngr_feature &feature);
+Json toJson(const appmngr_rule &rule);
+Json toJson(const appmngr_dnsRule &rule);
+
+/* The ids of the applications in a type's bitmap, ascending. */
+std::vector<uint32_t> applicationsOf(const appmngr_appType &type);
+
+} // namespace tool
+
+#endif
