@@ -10,9 +10,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <regex>
-#include <sstream>
 
 namespace
 {
@@ -24,7 +21,7 @@ template <size_t size> void setText(char (&field)[size], const std::string &text
 
 appmngr_app apps[3];
 appmngr_appType types[2];
-appmngr_rule rules[3];
+appmngr_rule rules[2];
 
 /*
  * Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application.
@@ -40,46 +37,49 @@ void fillTables()
     types[1] = {0xFFFFFFFE, "", {}};
     types[1].appBitmap[127] = 0x01000001;
 
-    rules[0] = {7, inet_addr("192.168.168.192"), inet_addr("10.1.1.10"), 5060, 65535, 6, {}, {},
-                {}};
-    rules[0].orig = {1, -2, 3, 40, "hex", "16 03 \"01\""};
-    rules[1] = {8, 0, 0, 0, 53, 1, {}, {}, {}};
-    rules[2] = {0xFFFFFFFF, 0, inet_addr("255.255.255.255"), 1, 2, 17, {}, {}, {}};
-    setText(rules[2].reply.dpiType, std::string(16, 't'));
-    setText(rules[2].reply.dpiCode, std::string(256, 'c'));
+    rules[0] = {8, 0, 0, 0, 53, 1, {}, {}, {}};
+    rules[1] = {
+        0xFFFFFFFF, inet_addr("192.168.168.192"), inet_addr("10.1.1.10"), 5060, 65535, 6, {}, {},
+        {}};
+    rules[1].orig = {1, -2, 3, 40, "hex", "16 03 \"01\""};
+    setText(rules[1].reply.dpiType, std::string(16, 't'));
+    setText(rules[1].reply.dpiCode, std::string(256, 'c'));
 
-    g_appmngr_appDb = {"1.2.3", "Model", "2030-01-15", 3, 3, rules, 2, types};
+    g_appmngr_appDb = {"", "Model", "2030-01-15", 3, 2, rules, 2, types};
     setText(g_appmngr_appDb.ver, "123456789012");
     g_appmngr_app = apps;
     g_appmngr_count = {};
     g_appmngr_count.app = g_appmngr_count.appCur = 3;
 }
 
-std::string contents(const std::string &path)
+/* Long runs of zeros are shortened: a "." for a line of a bitmap, a word for an empty feature. */
+void expectListing(std::string printed, const char *file)
 {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
-void expectListing(const std::string &printed, const char *file)
-{
-    const std::regex address("addr:0x[0-9a-f]{1,8}\r");
-    EXPECT_EQ(std::regex_replace(printed, address, "addr:0x*\r"),
-              contents(std::string(TARN_EXPECTED) + "/" + file));
+    const char *const shorter[][2] = {
+        {"addr:0x[0-9a-f]{1,8}\r", "addr:0x*\r"},
+        {"(?:00 ){16}\r\n", "."},
+        {"Enable: +0\npkt_start: +0\npkt_end: +0\npkt_length: +0\nDPI type: +\nDPI code: +\n",
+         "empty\n"},
+        {"\"enable\":0, \"start\":0, \"end\":0, \"len\":0,\n\"type\":\"\", \"rule\":\"\"\n",
+         "empty\n"},
+    };
+    for (const auto &[pattern, word] : shorter) {
+        printed = std::regex_replace(printed, std::regex(pattern), word);
+    }
+    EXPECT_EQ(printed, contents(std::string(TARN_EXPECTED "/") + file));
 }
 
 TEST(Listing, ofTables)
 {
     fillTables();
     expectListing(captured(appmngr_showDb), "show_db.txt");
-    expectListing(captured([] { appmngr_showAppRules(7); }), "show_app_rules.txt");
-    expectListing(captured([] { appmngr_showAppRules(0xFFFFFFFF); }), "show_app_rules_full.txt");
-    expectListing(captured(appmngr_showApps), "show_apps.txt");
+    expectListing(captured([] { appmngr_showAppRules(0xFFFFFFFF); }), "show_app_rules.txt");
     expectListing(captured(appmngr_showAppTypes), "show_app_types.txt");
+    const std::string listed = captured(appmngr_showApps);
+    expectListing(listed, "show_apps.txt");
 
     g_appmngr_count.appCur = 0xFFFFFFFE; /* a cursor that lies */
-    expectListing(captured(appmngr_showApps), "show_apps_cursor.txt");
+    EXPECT_EQ(captured(appmngr_showApps), std::regex_replace(listed, std::regex("= 4"), "= -1"));
 }
 
 TEST(Listing, ofBuffers)
@@ -102,6 +102,9 @@ TEST(Export, writesTheRules)
     fillTables();
     EXPECT_EQ(captured(appmngr_exportJson), "Create JSON-Format database success!\n");
     expectListing(contents("database.json"), "database.json");
+    rules[0].proto = 17;
+    captured(appmngr_exportJson);
+    EXPECT_NE(contents("database.json").find("\"proto\":\"udp\""), std::string::npos);
     g_appmngr_appDb.rule = nullptr;
     captured(appmngr_exportJson);
     EXPECT_EQ(contents("database.json"), "{\n\"dpi_rules\":[\n]\n}\n");

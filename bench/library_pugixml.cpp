@@ -1,0 +1,57 @@
+#include "bench/library.h"
+
+#include <pugixml.hpp>
+
+namespace bench
+{
+
+namespace
+{
+
+pugi::xml_document *documentOf(void *document)
+{
+    return static_cast<pugi::xml_document *>(document);
+}
+
+void release(void *document)
+{
+    delete documentOf(document);
+}
+
+void *load(std::string_view text)
+{
+    auto *document = new pugi::xml_document;
+    if (!document->load_buffer(text.data(), text.size())) {
+        release(document);
+        return nullptr;
+    }
+    return document;
+}
+
+struct StringWriter : pugi::xml_writer {
+    void write(const void *data, size_t size) override
+    {
+        text.append(static_cast<const char *>(data), size);
+    }
+
+    std::string text;
+};
+
+template <unsigned flags> size_t serialize(void *document)
+{
+    StringWriter writer;
+    documentOf(document)->save(writer, "  ", flags, pugi::encoding_utf8);
+    return writer.text.size();
+}
+
+bool lookUp(void *document, const std::string &path, const std::vector<std::string> & /*names*/)
+{
+    return !documentOf(document)->first_element_by_path(path.c_str()).empty();
+}
+
+} // namespace
+
+const Library pugixml = {
+    "pugixml", load, release, serialize<pugi::format_raw>, serialize<pugi::format_indent>, lookUp};
+
+} // namespace bench

@@ -1,0 +1,41 @@
+#include "bench/library.h"
+#include "xmlp/xmlp.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace bench
+{
+
+namespace
+{
+
+template <uint32_t isStatic> void *load(std::string_view text)
+{
+    return xmlp_loadDoc(text.data(), static_cast<uint32_t>(text.size()), isStatic);
+}
+
+void release(void *document)
+{
+    xmlp_releaseDoc(static_cast<XmlpDoc *>(document));
+}
+
+template <int isCompact> size_t serialize(void *document)
+{
+    uint32_t length = 0;
+    char *text = xmlp_dumpDoc(static_cast<XmlpDoc *>(document), isCompact, &length);
+    free(text);
+    return text != nullptr ? length : 0;
+}
+
+bool lookUp(void *document, const std::string &path, const std::vector<std::string> & /*names*/)
+{
+    return xmlp_seekXml(static_cast<XmlpDoc *>(document), path.c_str()) != nullptr;
+}
+
+} // namespace
+
+const Library xmlpStatic = {"xmlp_static", load<1>, release, serialize<1>, serialize<0>, lookUp};
+const Library xmlpDynamic = {"xmlp_dynamic", load<0>, release, serialize<1>, serialize<0>, lookUp};
+
+} // namespace bench
