@@ -22,6 +22,19 @@ int appmngr_checkEncoding(const char *text, uint32_t length)
                                                               : APPMNGR_MARK_NONE;
 }
 
+uint32_t appmngr_getMarkSize(int mark)
+{
+    switch (mark) {
+    case APPMNGR_MARK_UTF8:
+        return 3;
+    case APPMNGR_MARK_UTF16LE:
+    case APPMNGR_MARK_UTF16BE:
+        return 2;
+    default:
+        return 0;
+    }
+}
+
 // Counts, allocates and fills.
 static int fillTables(XmlpNode *root)
 {
@@ -52,13 +65,11 @@ static int fillTables(XmlpNode *root)
 
 int appmngr_analyzeDbFile(void)
 {
-    static constexpr uint32_t markSizes[] = {0, 3, 2, 2}; // by APPMNGR_MARK_...
-
     if (g_appmngr_xmlBuf == nullptr) {
         return -1;
     }
     auto length = static_cast<uint32_t>(strlen(g_appmngr_xmlBuf));
-    uint32_t skip = markSizes[appmngr_checkEncoding(g_appmngr_xmlBuf, length)];
+    uint32_t skip = appmngr_getMarkSize(appmngr_checkEncoding(g_appmngr_xmlBuf, length));
     XmlpDoc *document = xmlp_loadDoc(g_appmngr_xmlBuf + skip, length - skip, 1);
     if (document == nullptr) {
         return -1;

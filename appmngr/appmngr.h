@@ -36,6 +36,9 @@ enum {
 /* Returns the mark (APPMNGR_MARK_...) at the start of length bytes at text. */
 int appmngr_checkEncoding(const char *text, uint32_t length);
 
+/* Returns the number of bytes of a mark (APPMNGR_MARK_...). */
+uint32_t appmngr_getMarkSize(int mark);
+
 /*
  * Counts, below node, the elements that need a record, into g_appmngr_count and g_appmngr_typeIds.
  * prefix is the dotted path of node itself. Returns 0.

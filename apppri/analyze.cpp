@@ -15,19 +15,6 @@ int apppri_detectBom(const char *text, uint32_t length)
     return appmngr_checkEncoding(text, length);
 }
 
-static uint32_t markLength(int mark)
-{
-    switch (mark) {
-    case APPMNGR_MARK_UTF8:
-        return 3;
-    case APPMNGR_MARK_UTF16LE:
-    case APPMNGR_MARK_UTF16BE:
-        return 2;
-    default:
-        return 0;
-    }
-}
-
 static XmlpDoc *loadText(void)
 {
     const char *text = apppri_db.xmlBuf;
@@ -35,7 +22,7 @@ static XmlpDoc *loadText(void)
         return nullptr;
     }
     const uint32_t length = static_cast<uint32_t>(strlen(text));
-    const uint32_t skip = markLength(apppri_detectBom(text, length));
+    const uint32_t skip = appmngr_getMarkSize(apppri_detectBom(text, length));
     return xmlp_loadDoc(text + skip, length - skip, 1);
 }
 

@@ -139,15 +139,8 @@ const XmlpNode *following(const XmlpNode *node)
 
 size_t markSize(const std::string &text)
 {
-    switch (appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size()))) {
-    case APPMNGR_MARK_UTF8:
-        return 3;
-    case APPMNGR_MARK_UTF16LE:
-    case APPMNGR_MARK_UTF16BE:
-        return 2;
-    default:
-        return 0;
-    }
+    return appmngr_getMarkSize(
+        appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())));
 }
 
 } // namespace
