@@ -8,10 +8,9 @@
 /* ---- Names and attributes ------------------------------------------------------------------ */
 
 // A string of the tag as the tree keeps it: the pool's, or a copy.
-static char *keep(XmlpSlice slice, const XmlpNamePool *pool)
+static char *keep(XmlpSlice slice, XmlpNamePool *pool)
 {
-    return pool != nullptr ? _findName(pool, slice.bytes, slice.length)
-                           : _copyString(slice.bytes, slice.length);
+    return pool != nullptr ? _nextAttrString(pool) : _copyString(slice.bytes, slice.length);
 }
 
 // Takes the next record of the attribute area, or allocates one.
@@ -32,8 +31,8 @@ static int fault(int line, const char *text)
 }
 
 // Appends the tag's attributes to the node's empty list.
-static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area,
-                      const XmlpNamePool *pool, XmlpAttrNames *names)
+static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area, XmlpNamePool *pool,
+                      XmlpAttrNames *names)
 {
     XmlpAttr *last = nullptr;
     XmlpSlice name;
@@ -76,7 +75,7 @@ static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area,
 }
 
 int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, XmlpAttr **attrsOut,
-                 uint32_t isStatic, const XmlpNamePool *pool)
+                 uint32_t isStatic, XmlpNamePool *pool)
 {
     if (text == nullptr || element == nullptr || node == nullptr ||
         (isStatic != 0 && attrsOut == nullptr)) {
@@ -96,7 +95,7 @@ int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, X
     XmlpTagReader reader = _readerOf(text, element);
     XmlpAttrNames names = {};
     int status = buildAttrs(&reader, node, attrsOut, isStatic != 0 ? pool : nullptr, &names);
-    _freePairMap(&names.tree);
+    free(names.entries);
     if (status != 0 && isStatic == 0) {
         _freeAttrList(node->attrs);
         node->attrs = nullptr;
@@ -147,7 +146,7 @@ struct Builder {
     int endLine;    // an end before its beginning
     int valueLine;
     const char *text;
-    const XmlpNamePool *pool; // null for a dynamic tree
+    XmlpNamePool *pool; // null for a dynamic tree
     char *values;
     XmlpAttr *attrs;
 };
@@ -258,7 +257,7 @@ static int buildTree(Builder *builder, const XmlpElementList *list, XmlpNode *ro
     return 0;
 }
 
-XmlpNode *_makeStree(const char *text, const XmlpElementList *list, const XmlpNamePool *pool,
+XmlpNode *_makeStree(const char *text, const XmlpElementList *list, XmlpNamePool *pool,
                      char *values, XmlpAttr *attrs, XmlpNode *nodes)
 {
     if (text == nullptr || list == nullptr || pool == nullptr || values == nullptr ||

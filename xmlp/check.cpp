@@ -22,12 +22,16 @@ static uint32_t positionOf(const Checker *checker, const char *p)
     return static_cast<uint32_t>(p - checker->text);
 }
 
-// Reads the name at tag, in a tag whose contents end at stop.
-static void readName(XmlpElement *element, const char *tag, const char *stop)
+// Reads the name at tag, in a tag whose contents end at stop; the text goes on up to end.
+static void readName(XmlpElement *element, const char *tag, const char *stop, const char *end)
 {
     const char *p = tag;
-    while (_isByte(*p, XMLP_ASCII_NAME)) {
-        p++;
+    if (stop - tag <= 16 && end - tag >= 16 && _isShortName(tag, static_cast<size_t>(stop - tag))) {
+        p = stop;
+    } else {
+        while (_isByte(*p, XMLP_ASCII_NAME)) {
+            p++;
+        }
     }
     element->isBare = p == stop;
     element->nameLength = static_cast<uint32_t>(p - tag);
@@ -70,7 +74,7 @@ static int addElement(Checker *checker, const char *tag, const char *close)
     element->close = positionOf(checker, close);
     element->parent = checker->open;
     element->isLeaf = true;
-    readName(element, tag, close[-1] == '/' ? close - 1 : close);
+    readName(element, tag, close[-1] == '/' ? close - 1 : close, checker->scanner.end);
     return 0;
 }
 

@@ -12,16 +12,152 @@
 // the terminator, the others tell the word from a free one. The first all-zero word ends the pool.
 //
 // A string is there wherever, from a word on, its bytes and a NUL stand; so one that equals the
-// tail of a longer string shares its bytes. The index finds the first such place: it maps the
-// first word of a string and the place of the rest to the place of the whole, and is asked word
-// by word from the end of the string to its beginning.
+// tail of a longer string shares its bytes. The index, a hash table with open addressing, knows
+// the first place of every string and of every such tail. A hash is made word by word from the end
+// of the string to its beginning, so that those of the tails come along.
 
 #include "xmlp/xmlp_internal.h"
 
 #include <stdlib.h>
 #include <string.h>
 
-enum : uint32_t { WORD = XMLP_POOL_WORD };
+enum : uint32_t { WORD = XMLP_POOL_WORD, FIRST_SLOTS = 256 };
+
+/* ---- The index ----------------------------------------------------------------------------- */
+
+// The slot from index on that has the hash, or the free one that ends the search.
+static XmlpNameSlot *slotFrom(const XmlpNamePool *pool, size_t index, uint32_t hash)
+{
+    for (;; index++) {
+        XmlpNameSlot *slot = &pool->slots[index & (pool->slotCount - 1)];
+        if (slot->place == 0 || slot->hash == hash) {
+            return slot;
+        }
+    }
+}
+
+static XmlpNameSlot *firstSlot(const XmlpNamePool *pool, uint64_t hash)
+{
+    return slotFrom(pool, static_cast<uint32_t>(hash), static_cast<uint32_t>(hash));
+}
+
+static XmlpNameSlot *nextSlot(const XmlpNamePool *pool, const XmlpNameSlot *slot)
+{
+    return slotFrom(pool, static_cast<size_t>(slot - pool->slots) + 1, slot->hash);
+}
+
+static void addPlace(XmlpNamePool *pool, uint64_t hash, uint32_t place)
+{
+    XmlpNameSlot *slot = firstSlot(pool, hash);
+    while (slot->place != 0) {
+        slot = nextSlot(pool, slot);
+    }
+    *slot = {static_cast<uint32_t>(hash), place};
+    pool->placeCount++;
+}
+
+// Makes room for count places more. A quarter of the slots stays free.
+static int reservePlaces(XmlpNamePool *pool, size_t count)
+{
+    XmlpNamePool larger = *pool;
+    while (larger.slotCount / 4 * 3 < pool->placeCount + count) {
+        larger.slotCount = larger.slotCount == 0 ? size_t{FIRST_SLOTS} : 2 * larger.slotCount;
+    }
+    if (larger.slotCount == pool->slotCount) {
+        return 0;
+    }
+    larger.slots = static_cast<XmlpNameSlot *>(calloc(larger.slotCount, sizeof(XmlpNameSlot)));
+    if (larger.slots == nullptr) {
+        return -1;
+    }
+    larger.placeCount = 0;
+    for (size_t i = 0; i < pool->slotCount; i++) {
+        if (pool->slots[i].place != 0) {
+            addPlace(&larger, pool->slots[i].hash, pool->slots[i].place);
+        }
+    }
+    free(pool->slots);
+    *pool = larger;
+    return 0;
+}
+
+/* ---- Strings and their tails --------------------------------------------------------------- */
+
+// The first 4 bytes of a string as a number, filled up with zeros.
+static uint32_t firstWord(const char *bytes, uint32_t length)
+{
+    uint32_t word = 0;
+    if (length >= WORD) {
+        memcpy(&word, bytes, WORD);
+    } else {
+        memcpy(&word, bytes, length);
+    }
+    return word;
+}
+
+// The position behind the last word of a string, the one with its NUL.
+static uint32_t endOf(uint32_t length)
+{
+    return length - length % WORD + WORD;
+}
+
+// The hash of a string, from that of the tail behind its first word.
+static uint64_t addWord(uint64_t rest, const char *bytes, uint32_t length)
+{
+    uint64_t hash = (rest ^ firstWord(bytes, length)) * 0x9E3779B97F4A7C15u;
+    return hash ^ (hash >> 32);
+}
+
+static uint64_t hashOf(const XmlpNamePool *pool, const char *bytes, uint32_t length)
+{
+    uint64_t hash = pool->seed;
+    for (uint32_t at = endOf(length); at > 0;) {
+        at -= WORD;
+        hash = addWord(hash, bytes + at, length - at);
+    }
+    return hash;
+}
+
+// The place of the string, or 0.
+static uint32_t placeOf(const XmlpNamePool *pool, uint64_t hash, const char *bytes, uint32_t length)
+{
+    const XmlpNameSlot *slot = firstSlot(pool, hash);
+    while (slot->place != 0) {
+        const char *name = _nameAt(pool, slot->place);
+        if (strncmp(name, bytes, length) == 0 && name[length] == '\0') {
+            break;
+        }
+        slot = nextSlot(pool, slot);
+    }
+    return slot->place;
+}
+
+// Adds the places of a string that is not in the index, and of its tails that are not: all that
+// are longer than the longest one that is.
+static void addPlaces(XmlpNamePool *pool, const char *bytes, uint32_t length, uint32_t place)
+{
+    uint32_t known = endOf(length);
+    uint64_t hash = pool->seed;
+    while (known > 0) {
+        uint64_t longer = addWord(hash, bytes + known - WORD, length - known + WORD);
+        if (firstSlot(pool, longer)->place == 0) {
+            break;
+        }
+        hash = longer;
+        known -= WORD;
+    }
+    if (known < endOf(length) && placeOf(pool, hash, bytes + known, length - known) == 0) {
+        known = endOf(length); // another string has its hash
+        hash = pool->seed;
+    }
+    while (known > 0) {
+        known -= WORD;
+        hash = addWord(hash, bytes + known, length - known);
+        addPlace(pool, hash, place + known / WORD);
+    }
+}
+
+/* ---- The pool ------------------------------------------------------------------------------ */
 
 // Makes room for size bytes more and the free word behind them.
 static int reserve(XmlpNamePool *pool, size_t size)
@@ -44,22 +180,21 @@ static int reserve(XmlpNamePool *pool, size_t size)
 int _initNamePool(XmlpNamePool *pool)
 {
     *pool = {};
-    return reserve(pool, 0);
+    if (reserve(pool, 0) != 0 || reservePlaces(pool, 1) != 0) {
+        return -1;
+    }
+    // Where the memory lies differs from process to process, so that nobody can write a text whose
+    // hashes collide.
+    pool->seed = reinterpret_cast<uintptr_t>(pool->base);
+    return 0;
 }
 
 void _freeNamePool(XmlpNamePool *pool)
 {
     free(pool->base);
-    _freePairMap(&pool->places);
+    free(pool->slots);
+    free(pool->attrPlaces);
     *pool = {};
-}
-
-// Up to 4 bytes as a number, filled up with zeros.
-static uint32_t wordAt(const char *bytes, uint32_t count)
-{
-    uint32_t word = 0;
-    memcpy(&word, bytes, count);
-    return word;
 }
 
 char *_findName(const XmlpNamePool *pool, const char *bytes, uint32_t length)
@@ -68,49 +203,19 @@ char *_findName(const XmlpNamePool *pool, const char *bytes, uint32_t length)
         XMLP_ERROR(474, "invalid params.");
         return nullptr;
     }
-    uint32_t at = length - length % WORD;
-    uint32_t place = _getPair(&pool->places, wordAt(bytes + at, length % WORD), 0);
-    while (place != 0 && at > 0) {
-        at -= WORD;
-        place = _getPair(&pool->places, wordAt(bytes + at, WORD), place);
-    }
+    uint32_t place = placeOf(pool, hashOf(pool, bytes, length), bytes, length);
     return place != 0 ? _nameAt(pool, place) : pool->base + pool->used;
-}
-
-// Tells the index of a string that was put at the end of the pool, and of its tails. Returns its
-// place, or 0 without memory.
-static uint32_t addPlaces(XmlpNamePool *pool, const char *bytes, uint32_t length)
-{
-    const auto first = static_cast<uint32_t>(pool->used / WORD) + 1;
-    uint32_t at = length - length % WORD;
-    uint32_t count = length % WORD;
-    uint32_t rest = 0;
-    for (;;) {
-        uint32_t word = wordAt(bytes + at, count);
-        uint32_t place = _getPair(&pool->places, word, rest);
-        if (place == 0) {
-            place = first + at / WORD;
-            if (_putPair(&pool->places, word, rest, place) != 0) {
-                return 0;
-            }
-        }
-        if (at == 0) {
-            return place;
-        }
-        rest = place;
-        at -= WORD;
-        count = WORD;
-    }
 }
 
 uint32_t _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length)
 {
     char *name = _findName(pool, bytes, length);
+    auto place = static_cast<uint32_t>((name - pool->base) / WORD) + 1;
     if (name != pool->base + pool->used) {
-        return static_cast<uint32_t>((name - pool->base) / WORD) + 1;
+        return place;
     }
-    size_t size = static_cast<size_t>(length) - length % WORD + WORD;
-    if (reserve(pool, size) != 0) {
+    size_t size = endOf(length);
+    if (reserve(pool, size) != 0 || reservePlaces(pool, size / WORD) != 0) {
         return 0;
     }
     name = pool->base + pool->used;
@@ -118,7 +223,7 @@ uint32_t _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length)
     if (length % WORD == 0) {
         memcpy(name + length, "\0\xFF\xFF", WORD);
     }
-    uint32_t place = addPlaces(pool, bytes, length);
+    addPlaces(pool, bytes, length, place);
     pool->used += size;
     return place;
 }
@@ -132,13 +237,14 @@ enum : uint32_t { RECENT_LENGTH = 16 };
 // 4 to 8 bytes as a number.
 static uint64_t upTo8(const char *bytes, uint32_t count)
 {
-    return static_cast<uint64_t>(wordAt(bytes, WORD)) << 32 | wordAt(bytes + count - WORD, WORD);
+    return static_cast<uint64_t>(firstWord(bytes, WORD)) << 32 |
+           firstWord(bytes + count - WORD, WORD);
 }
 
 static XmlpRecentName keyOf(const char *bytes, uint32_t length)
 {
     if (length < WORD) {
-        return {wordAt(bytes, length), 0, length, 0};
+        return {firstWord(bytes, length), 0, length, 0};
     }
     if (length <= 8) {
         return {upTo8(bytes, length), 0, length, 0};
@@ -163,6 +269,27 @@ static uint32_t saveElementName(XmlpNamePool *pool, const char *bytes, uint32_t 
     return recent->place;
 }
 
+/* ---- Strings of attributes ----------------------------------------------------------------- */
+
+// Stores a name or value of an attribute, and its place for _nextAttrString. 0, or -1 without
+// memory.
+static int saveAttrString(XmlpNamePool *pool, XmlpSlice slice)
+{
+    if (pool->attrPlaceCount == pool->attrPlaceCapacity) {
+        size_t capacity = 2 * pool->attrPlaceCapacity + 256;
+        auto *places =
+            static_cast<uint32_t *>(realloc(pool->attrPlaces, capacity * sizeof(uint32_t)));
+        if (places == nullptr) {
+            return -1;
+        }
+        pool->attrPlaces = places;
+        pool->attrPlaceCapacity = capacity;
+    }
+    uint32_t place = _saveName(pool, slice.bytes, slice.length);
+    pool->attrPlaces[pool->attrPlaceCount++] = place;
+    return place != 0 ? 0 : -1;
+}
+
 int _saveNameAttr(const char *text, XmlpElement *element, XmlpNamePool *pool, size_t *attrs)
 {
     if (text == nullptr || element == nullptr || pool == nullptr || attrs == nullptr) {
@@ -177,11 +304,16 @@ int _saveNameAttr(const char *text, XmlpElement *element, XmlpNamePool *pool, si
     XmlpSlice name;
     XmlpSlice value;
     while (_readTagAttr(&reader, &name, &value) > 0) {
-        if (_saveName(pool, name.bytes, name.length) == 0 ||
-            (value.length > 0 && _saveName(pool, value.bytes, value.length) == 0)) {
+        if (saveAttrString(pool, name) != 0 ||
+            (value.length > 0 && saveAttrString(pool, value) != 0)) {
             return -1;
         }
         ++*attrs;
     }
     return 0;
+}
+
+char *_nextAttrString(XmlpNamePool *pool)
+{
+    return _nameAt(pool, pool->attrPlaces[pool->attrPlacesRead++]);
 }

@@ -160,26 +160,11 @@ int _checkXml(const char *start, const char *end, XmlpElementList *list);
 
 /* ---- Parser: name pool ----------------------------------------------------------------- */
 
-struct XmlpPairSlot {
-    uint32_t a;
-    uint32_t b;
-    uint32_t value; /* 0 for a free slot */
+/* A place that is in the index of a pool. */
+struct XmlpNameSlot {
+    uint32_t hash;
+    uint32_t place; /* 0 for a free slot */
 };
-
-/* Numbers other than 0 by pairs of numbers. All zero, it is empty. */
-struct XmlpPairMap {
-    XmlpPairSlot *slots;
-    uint32_t slotCount; /* a power of two, or 0 */
-    uint32_t used;
-    uint64_t seed;
-};
-
-/* Returns the number of the pair, 0 when it has none. */
-uint32_t _getPair(const XmlpPairMap *map, uint32_t a, uint32_t b);
-
-/* Gives the pair a number. 0, or -1 without memory. */
-int _putPair(XmlpPairMap *map, uint32_t a, uint32_t b, uint32_t value);
-void _freePairMap(XmlpPairMap *map);
 
 /* A short name met before, told by its first and last 8 bytes. */
 struct XmlpRecentName {
@@ -197,7 +182,14 @@ struct XmlpNamePool {
     char *base;  /* zero-filled from used on */
     size_t used; /* bytes up to the first all-zero word, which is there */
     size_t capacity;
-    XmlpPairMap places; /* by first word of a string and place of its rest */
+    XmlpNameSlot *slots;
+    size_t slotCount; /* a power of two */
+    size_t placeCount;
+    uint64_t seed;        /* of the hashes */
+    uint32_t *attrPlaces; /* of the names and values of attributes, in document order */
+    size_t attrPlaceCount;
+    size_t attrPlaceCapacity;
+    size_t attrPlacesRead;
     XmlpRecentName recent[64];
 };
 
@@ -224,12 +216,29 @@ uint32_t _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length);
  */
 int _saveNameAttr(const char *text, XmlpElement *element, XmlpNamePool *pool, size_t *attrs);
 
+/*
+ * Returns the next of the attribute names and values that _saveNameAttr stored, in the order in
+ * which it did.
+ */
+char *_nextAttrString(XmlpNamePool *pool);
+
 /* ---- Parser: tree building ------------------------------------------------------------- */
+
+/* An attribute name, and a fork in the tree of names. */
+struct XmlpAttrEntry {
+    XmlpSlice name;
+    uint32_t byte; /* the names below the fork agree up to this byte, */
+    unsigned bit;  /* and to this bit of it */
+    uint32_t links[2];
+};
 
 /* The attribute names of one tag; see attr_names.cpp. All zero, it is empty. */
 struct XmlpAttrNames {
-    uint32_t count;
-    XmlpPairMap tree;
+    uint32_t count;         /* all names */
+    XmlpAttrEntry *entries; /* those in the tree; for the owner to free */
+    uint32_t used;
+    uint32_t capacity;
+    uint32_t top; /* the link to the tree */
 };
 
 /*
@@ -243,7 +252,7 @@ int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, const char *name, 
  * those of pool, the records are taken from *attrsOut, which moves on. Dynamic: all are allocated.
  */
 int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, XmlpAttr **attrsOut,
-                 uint32_t isStatic, const XmlpNamePool *pool);
+                 uint32_t isStatic, XmlpNamePool *pool);
 
 /* The length of an element's value, un-escaped; 0 for none and for one with a bad entity. */
 uint32_t _valueLength(const char *text, const XmlpElement *element);
@@ -255,7 +264,7 @@ int _setType(XmlpNode *node, uint32_t isStatic);
  * Build the tree of a checked text from its elements; static in the areas for values, attribute
  * records and node records. They return the document node, or null.
  */
-XmlpNode *_makeStree(const char *text, const XmlpElementList *list, const XmlpNamePool *pool,
+XmlpNode *_makeStree(const char *text, const XmlpElementList *list, XmlpNamePool *pool,
                      char *values, XmlpAttr *attrs, XmlpNode *nodes);
 XmlpNode *_makeDtree(const char *text, const XmlpElementList *list);
 
