@@ -64,8 +64,8 @@ static inline uint64_t _scanBlock(const char *block, bool *isPlain)
 }
 
 /*
- * Whether the length bytes at name, at most 16, are ones that ASCII names consist of; those of a
- * name with control characters are left to _isByte. 16 bytes must be there.
+ * Whether the length bytes at name, at most 16 and no marks, are ones that ASCII names consist of;
+ * false, too, for a name with control characters. 16 bytes must be there.
  */
 static inline bool _isShortName(const char *name, size_t length)
 {
