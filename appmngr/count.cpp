@@ -83,7 +83,7 @@ static int beginsWith(const char *text, const char *name)
 {
     int length = 0;
     while (name[length] != '\0') {
-        if (lower(text[length]) != lower(name[length])) {
+        if (text[length] != name[length] && lower(text[length]) != lower(name[length])) {
             return -1;
         }
         length++;
@@ -102,10 +102,10 @@ static void countBelow(const XmlpNode *node, size_t length, unsigned paths)
         }
         unsigned deeper = 0;
         size_t childLength = 0;
-        for (unsigned i = 0; i < PATHS; i++) {
+        for (unsigned left = paths; left != 0; left &= left - 1) {
+            const auto i = static_cast<unsigned>(__builtin_ctz(left));
             const char *rest = countedPaths[i].path + length;
-            int matched =
-                (paths >> i & 1) != 0 && *rest == '.' ? beginsWith(rest + 1, child->name) : -1;
+            int matched = *rest == '.' ? beginsWith(rest + 1, child->name) : -1;
             if (matched < 0) {
                 continue;
             }

@@ -8,24 +8,36 @@
 
 static const appmngr_tagHandler *pHandlerInfo;
 
-// For each first letter, its case left out, the rows among the table's first INDEXED that begin
-// with it; most of a table need not be looked at to find the rows of an element.
-enum : uint32_t { INDEXED = 64 };
-static uint64_t rowsByLetter[32];
+// The rows among the table's first INDEXED by first letter, its case left out, and by length of
+// their tags; hardly more than one row has to be compared with the name of an element.
+enum : uint32_t { INDEXED = 64, LETTERS = 32, LONG = 15 };
+static uint64_t rowsByLetter[LETTERS];
+static uint64_t rowsByLength[LONG + 1]; // the last for LONG characters and more
 static const appmngr_tagHandler *firstUnindexed;
 
 static unsigned letterOf(const char *name)
 {
-    return static_cast<unsigned char>(name[0]) % 32u;
+    return static_cast<unsigned char>(name[0]) % LETTERS;
+}
+
+static size_t lengthOf(const char *name)
+{
+    size_t length = 0;
+    while (length < LONG && name[length] != '\0') {
+        length++;
+    }
+    return length;
 }
 
 void appmngr_setHandlerInfo(const appmngr_tagHandler *table)
 {
     pHandlerInfo = table;
     memset(rowsByLetter, 0, sizeof(rowsByLetter));
+    memset(rowsByLength, 0, sizeof(rowsByLength));
     firstUnindexed = table;
     for (uint32_t i = 0; table != nullptr && i < INDEXED && table[i].tag != nullptr; i++) {
         rowsByLetter[letterOf(table[i].tag)] |= UINT64_C(1) << i;
+        rowsByLength[lengthOf(table[i].tag)] |= UINT64_C(1) << i;
         firstUnindexed = &table[i + 1];
     }
 }
@@ -43,9 +55,11 @@ struct Frame {
     Frame *outer;
     Frame *inner;
     XmlpNode *node;
-    const appmngr_tagHandler *row; // the row at work on it
-    appmngr_context context;       // what its handlers are given
-    appmngr_context below;         // what those of its children are given
+    uint64_t candidates;                 // indexed rows that may match it and were not tried
+    const appmngr_tagHandler *unindexed; // the first other row that was not tried
+    const appmngr_tagHandler *row;       // the row at work on it
+    appmngr_context context;             // what its handlers are given
+    appmngr_context below;               // what those of its children are given
     uint32_t tuples;
 };
 } // namespace
@@ -58,23 +72,33 @@ static XmlpNode *firstTyped(XmlpNode *node)
     return node;
 }
 
-// The first row from row on that matches name, or the end of the table.
-static const appmngr_tagHandler *matchingRow(const appmngr_tagHandler *row, const char *name)
+static void begin(Frame *frame, XmlpNode *node, appmngr_context context)
 {
-    if (row < firstUnindexed) {
-        uint64_t rows = rowsByLetter[letterOf(name)] & (~UINT64_C(0) << (row - pHandlerInfo));
-        for (; rows != 0; rows &= rows - 1) {
-            const appmngr_tagHandler *candidate = &pHandlerInfo[__builtin_ctzll(rows)];
-            if (appmngr_strcasecmp(name, candidate->tag) == 0) {
-                return candidate;
-            }
+    const char *name = node->name != nullptr ? node->name : "";
+    frame->node = node;
+    frame->candidates = rowsByLetter[letterOf(name)] & rowsByLength[lengthOf(name)];
+    frame->unindexed = firstUnindexed;
+    frame->context = context;
+}
+
+// Brings the frame to the next row that matches its element. Returns whether there is one.
+static bool nextRow(Frame *frame)
+{
+    const char *name = frame->node->name != nullptr ? frame->node->name : "";
+    while (frame->candidates != 0) {
+        frame->row = &pHandlerInfo[__builtin_ctzll(frame->candidates)];
+        frame->candidates &= frame->candidates - 1;
+        if (appmngr_strcasecmp(name, frame->row->tag) == 0) {
+            return true;
         }
-        row = firstUnindexed;
     }
-    while (row->tag != nullptr && appmngr_strcasecmp(name, row->tag) != 0) {
-        row++;
+    while (frame->unindexed->tag != nullptr) {
+        frame->row = frame->unindexed++;
+        if (appmngr_strcasecmp(name, frame->row->tag) == 0) {
+            return true;
+        }
     }
-    return row;
+    return false;
 }
 
 static appmngr_context contextBelow(Frame *frame)
@@ -104,20 +128,12 @@ static Frame *innerFrame(Frame *outer)
     return outer->inner;
 }
 
-static void begin(Frame *frame, XmlpNode *node, appmngr_context context)
-{
-    frame->node = node;
-    frame->row = pHandlerInfo;
-    frame->context = context;
-}
-
 // Ends the work of the current row on the frame's element.
 static void leaveRow(Frame *frame)
 {
     if (frame->row->leave != nullptr) {
         frame->row->leave(frame->node, frame->below);
     }
-    frame->row++;
 }
 
 // Walks an element and what its rows want walked below it, in document order. Elements nest as
@@ -126,9 +142,7 @@ static int walk(Frame *top)
 {
     Frame *frame = top;
     for (;;) {
-        const char *name = frame->node->name;
-        frame->row = matchingRow(frame->row, name != nullptr ? name : "");
-        if (frame->row->tag != nullptr) {
+        if (nextRow(frame)) {
             frame->below = contextBelow(frame);
             if (frame->row->handler != nullptr) {
                 frame->row->handler(frame->node, frame->context);

@@ -9,7 +9,6 @@
 #include "loader/diagnostic.h"
 
 #include <arpa/inet.h>
-#include <string.h>
 
 /* ---- Current records ----------------------------------------------------------------------- */
 
@@ -224,14 +223,11 @@ int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context)
     if (node == nullptr || rule == nullptr) {
         return -1;
     }
-    const char *text = appmngr_getNodeValue(node);
-    if (text == nullptr) {
+    char work[64];
+    if (appmngr_getNodeString(node, work, sizeof(work)) != 0) {
         APPMNGR_ERROR(1247, "Not tuple string found!\n");
         return -1;
     }
-    char work[64] = {};
-    memcpy(work, text, strnlen(text, sizeof(work) - 1));
-
     char *parts[4];
     if (appmngr_string_makeSubStrByChar(work, ' ', 4, parts) != 3) {
         APPMNGR_ERROR(1268, "Not match [proto ip:port ip:port] format!\n");

@@ -41,7 +41,7 @@ static int lower(char character)
 
 int appmngr_strcasecmp(const char *a, const char *b)
 {
-    while (*a != '\0' && lower(*a) == lower(*b)) {
+    while (*a != '\0' && (*a == *b || lower(*a) == lower(*b))) {
         a++;
         b++;
     }
@@ -62,17 +62,49 @@ int appmngr_string_match(const char *a, const char *b)
     return strcmp(a, b) == 0;
 }
 
-char *appmngr_string_token(char *text, const char *delimiters, char **save)
+namespace
 {
-    char *token = text != nullptr ? text : *save;
-    if (token == nullptr) {
-        return nullptr;
+struct ByteSet {
+    bool holds[256];
+};
+} // namespace
+
+static ByteSet setOf(const char *bytes)
+{
+    ByteSet set = {};
+    for (; *bytes != '\0'; bytes++) {
+        set.holds[static_cast<unsigned char>(*bytes)] = true;
     }
-    token += strspn(token, delimiters);
-    char *end = token + strcspn(token, delimiters);
+    return set;
+}
+
+static bool isIn(const ByteSet *set, char character)
+{
+    return set->holds[static_cast<unsigned char>(character)];
+}
+
+static char *nextToken(const ByteSet *delimiters, char **save)
+{
+    char *token = *save;
+    while (isIn(delimiters, *token)) {
+        token++;
+    }
+    char *end = token;
+    while (*end != '\0' && !isIn(delimiters, *end)) {
+        end++;
+    }
     *save = *end != '\0' ? end + 1 : end;
     *end = '\0';
     return end > token ? token : nullptr;
+}
+
+char *appmngr_string_token(char *text, const char *delimiters, char **save)
+{
+    if (text != nullptr) {
+        *save = text;
+    }
+    const ByteSet set = setOf(delimiters);
+    return *save != nullptr ? nextToken(&set, save) : nullptr;
 }
 
 int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxNum, char **parts)
@@ -85,11 +117,10 @@ int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxN
         APPMNGR_ERROR(434, "Maximum number is invalid. maxNum = %d\r\n", maxNum);
         return -1;
     }
-    const char delimiters[] = {separator, '\t', '\r', '\n', '\0'};
-    char *save = text;
+    const char delimiterBytes[] = {separator, '\t', '\r', '\n', '\0'};
+    const ByteSet delimiters = setOf(delimiterBytes);
     int32_t count = 0;
-    for (char *part = appmngr_string_token(text, delimiters, &save); part != nullptr;
-         part = appmngr_string_token(nullptr, delimiters, &save)) {
+    while (char *part = nextToken(&delimiters, &text)) {
         parts[count++] = part;
         if (count == maxNum) {
             APPMNGR_ERROR(453, "Too many substrings to string provided \r\n");

@@ -7,9 +7,15 @@
 
 static char valueBuf[512];
 
+// A longer value counts as missing.
+static bool hasText(const XmlpNode *node)
+{
+    return node != nullptr && node->valueSize < sizeof(valueBuf);
+}
+
 const char *appmngr_getNodeValue(const XmlpNode *node)
 {
-    if (node == nullptr || node->valueSize >= sizeof(valueBuf)) {
+    if (!hasText(node)) {
         return nullptr;
     }
     if (node->valueSize > 0) {
@@ -26,6 +32,16 @@ void appmngr_freeNodeValue(const char *text)
 
 int32_t appmngr_atoi(const char *text)
 {
+    // Nearly all numbers are fewer than nine digits with nothing before them, and fit.
+    enum { MANY_DIGITS = 9 };
+    int32_t number = 0;
+    int digits = 0;
+    while (digits < MANY_DIGITS && text[digits] >= '0' && text[digits] <= '9') {
+        number = number * 10 + (text[digits++] - '0');
+    }
+    if (digits > 0 && digits < MANY_DIGITS) {
+        return number;
+    }
     // The cut from 64 to 32 bits is part of it.
     return static_cast<int32_t>(static_cast<uint32_t>(strtoll(text, nullptr, 10)));
 }
@@ -43,12 +59,15 @@ int appmngr_getNodeInt(const XmlpNode *node, int32_t *out)
 
 int appmngr_getNodeString(const XmlpNode *node, char *dest, uint32_t size)
 {
-    const char *text = dest != nullptr && size > 0 ? appmngr_getNodeValue(node) : nullptr;
-    if (text == nullptr) {
+    if (dest == nullptr || size == 0 || !hasText(node)) {
         return -1;
     }
-    memset(dest, 0, size);
-    memcpy(dest, text, strnlen(text, size - 1));
-    appmngr_freeNodeValue(text);
+    size_t length = 0;
+    if (node->valueSize > 0) {
+        const auto *text = reinterpret_cast<const char *>(node->value);
+        length = strnlen(text, node->valueSize < size ? node->valueSize : size - 1);
+        memcpy(dest, text, length);
+    }
+    memset(dest + length, 0, size - length);
     return 0;
 }

@@ -3,6 +3,7 @@
 #include "loader/image.h"
 #include "loader/loader.h"
 
+#include <malloc.h>
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -10,6 +11,16 @@
 {
     puts("usage: tarn-db-loader <DB_FILE>");
     exit(-1);
+}
+
+// Has each stage work in the memory that those before it freed, since a page that the kernel has
+// to provide anew costs more than most of what is done with it. The process ends soon anyway.
+static void keepFreedMemory()
+{
+#ifdef M_MMAP_MAX // not every C library can be told
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, -1);
+#endif
 }
 
 int main(int argc, char **argv)
@@ -21,6 +32,7 @@ int main(int argc, char **argv)
         fprintf(stderr, "invalid database path: %s\n", argv[1]);
         return -1;
     }
+    keepFreedMemory();
     // A load that fails says so on standard output only; the status tells of the path alone.
     (void)appmngr_load_database();
     return 0;
