@@ -27,11 +27,11 @@ int appmngr_readFile(uint32_t offset, uint32_t size, void *buffer)
     if (file == nullptr) {
         return -1;
     }
-    // A file that ends early leaves the rest of the buffer as it was; the decoder finds out.
-    if (fseek(file, static_cast<long>(offset), SEEK_SET) == 0) {
-        size_t items = fread(buffer, size, 1, file);
-        (void)items;
-    }
+    // A pipe is read from where it is, and a file that ends early leaves the rest of the buffer as
+    // it was; the decoder finds out.
+    (void)fseek(file, static_cast<long>(offset), SEEK_SET);
+    size_t items = fread(buffer, size, 1, file);
+    (void)items;
     fclose(file);
     return 0;
 }
