@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace
 {
@@ -71,6 +72,47 @@ TEST(XmlpSerialize, writesTheSameTree)
     }
 }
 
+// More names than there is room for their lengths, each element inside of those before it.
+TEST(XmlpSerialize, manyNames)
+{
+    std::string start;
+    std::string end;
+    for (size_t i = 0; i < 300; i++) {
+        const std::string name = std::string(1 + i % 20, 'n') + std::to_string(i);
+        start += "<" + name + ">";
+        end.insert(0, "</" + name + ">");
+    }
+    for (uint32_t isStatic : {0u, 1u}) {
+        EXPECT_EQ(dumped(loaded(start + "x" + end, isStatic).get(), compact), start + "x" + end);
+    }
+}
+
+// Among bytes that differ from an escaped one by a bit, at each place of values of many lengths.
+TEST(XmlpSerialize, escapesEverywhere)
+{
+    const char *const written[][2] = {{"=", "="}, {"<", "&lt;"}, {">", "&gt;"}, {"&", "&amp;"}};
+    std::string around;
+    while (around.size() < 300) {
+        around += "=\x1C\xBC:.\xBE~'\xA6\x06\"";
+    }
+    for (size_t size = 1; size < 300; size += size < 40 ? 1 : 7) {
+        for (size_t i = 0; i < size * std::size(written); i++) {
+            const auto &[character, entity] = written[i / size];
+            std::string before = around.substr(0, i % size);
+            std::string after = around.substr(0, size - 1 - i % size);
+            const std::string value = before + character + after;
+            std::vector<unsigned char> bytes(value.begin(), value.end());
+            XmlpNode node = {};
+            node.value = bytes.data();
+            node.valueSize = static_cast<uint32_t>(size);
+            std::vector<char> text(_treeLen(&node));
+            ASSERT_EQ(_tree2Xml(&node, text.data()), text.data() + text.size());
+            ASSERT_EQ(std::string(text.begin(), text.end()),
+                      "<>" + before + entity + after + "</>");
+        }
+    }
+}
+
 TEST(XmlpSerialize, treesThatNoTextGives)
 {
     const Document doc = loaded("<?x?><a>1</a>", 0);
@@ -92,6 +134,15 @@ TEST(XmlpSerialize, treesThatNoTextGives)
     EXPECT_EQ(_tree2Xml(&node, text), text + _treeLen(&node));
     EXPECT_EQ(_tree2FormatXml(&node, text, 0), text + _formatLen(&node, 0));
     EXPECT_STREQ(text, "</>\n");
+
+    alignas(512) char name[] = "a"; // its length is remembered where that of no name would be
+    char tags[] = "__________";
+    XmlpNode named = {};
+    XmlpNode nameless = {};
+    named.name = name;
+    xmlp_insNodeLast(&nameless, &named);
+    EXPECT_EQ(_tree2Xml(&named, tags), tags + _treeLen(&named));
+    EXPECT_STREQ(tags, "<a></></a>");
 }
 
 TEST(XmlpSerialize, refusesNull)

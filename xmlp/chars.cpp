@@ -1,5 +1,6 @@
 // Byte-level rules: which bytes may stand where, the three entities, the step over a character.
 
+#include "xmlp/words.h"
 #include "xmlp/xmlp_internal.h"
 
 #include <string.h>
@@ -103,7 +104,7 @@ struct Entity {
 // In the order in which they are tried.
 static constexpr Entity entities[] = {{'<', 4, "&lt;"}, {'>', 4, "&gt;"}, {'&', 5, "&amp;"}};
 
-static const Entity *entityOf(char character)
+static constexpr const Entity *entityOf(char character)
 {
     for (const Entity &entity : entities) {
         if (entity.character == character) {
@@ -125,6 +126,41 @@ static const Entity *entityAt(const char *text, const char *end)
     return nullptr;
 }
 
+static constexpr XmlpByteTable makeEscapedLengths()
+{
+    XmlpByteTable table = {};
+    for (unsigned byte = 0; byte < 256; byte++) {
+        const Entity *entity = entityOf(static_cast<char>(byte));
+        table.byte[byte] = static_cast<unsigned char>(entity != nullptr ? entity->length : 1);
+    }
+    return table;
+}
+
+static constexpr XmlpByteTable escapedLengths = makeEscapedLengths();
+
+static uint32_t escapedLen(const char *bytes, uint32_t length)
+{
+    uint32_t total = 0;
+    for (uint32_t i = 0; i < length; i++) {
+        total += escapedLengths.byte[static_cast<unsigned char>(bytes[i])];
+    }
+    return total;
+}
+
+static char *putEscaped(char *dst, const char *bytes, uint32_t length)
+{
+    for (uint32_t i = 0; i < length; i++) {
+        const Entity *entity = entityOf(bytes[i]);
+        if (entity == nullptr) {
+            *dst++ = bytes[i];
+        } else {
+            memcpy(dst, entity->text, entity->length);
+            dst += entity->length;
+        }
+    }
+    return dst;
+}
+
 uint32_t xmlp_transStrLen(const char *str, uint32_t length)
 {
     if (str == nullptr) {
@@ -132,11 +168,10 @@ uint32_t xmlp_transStrLen(const char *str, uint32_t length)
         return 0;
     }
     uint32_t total = 0;
-    for (uint32_t i = 0; i < length; i++) {
-        const Entity *entity = entityOf(str[i]);
-        total += entity != nullptr ? entity->length : 1;
+    for (; length >= 8; str += 8, length -= 8) {
+        total += _anyEntity(str, 8) ? escapedLen(str, 8) : 8;
     }
-    return total;
+    return total + escapedLen(str, length);
 }
 
 char *xmlp_transStr(char *dst, const char *src, uint32_t length)
@@ -145,16 +180,10 @@ char *xmlp_transStr(char *dst, const char *src, uint32_t length)
         XMLP_ERROR(584, "invalid params.");
         return nullptr;
     }
-    for (uint32_t i = 0; i < length; i++) {
-        const Entity *entity = entityOf(src[i]);
-        if (entity == nullptr) {
-            *dst++ = src[i];
-        } else {
-            memcpy(dst, entity->text, entity->length);
-            dst += entity->length;
-        }
+    for (; length >= 8; src += 8, length -= 8) {
+        dst = _anyEntity(src, 8) ? putEscaped(dst, src, 8) : _copyBytes(dst, src, 8);
     }
-    return dst;
+    return putEscaped(dst, src, length);
 }
 
 // The next "&" of the text, or its end.

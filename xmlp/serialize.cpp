@@ -1,6 +1,7 @@
 // From the tree back to text. One pass over the tree adds up the exact length, a second one
 // writes; neither recurses, so no depth of tree can exhaust the stack.
 
+#include "xmlp/words.h"
 #include "xmlp/xmlp_internal.h"
 
 #include <stdlib.h>
@@ -45,6 +46,28 @@ static size_t textLen(const char *text)
     return text != nullptr ? strlen(text) : 0;
 }
 
+namespace
+{
+enum : unsigned { KNOWN_NAMES = 128 };
+
+// The lengths of names met before, by address: the elements of a static tree share their names,
+// and there are few of them. All zero, it is empty.
+struct NameLengths {
+    const char *names[KNOWN_NAMES];
+    size_t lengths[KNOWN_NAMES];
+};
+} // namespace
+
+static size_t nameLen(const char *name, NameLengths *known)
+{
+    size_t slot = reinterpret_cast<uintptr_t>(name) / XMLP_POOL_WORD % KNOWN_NAMES;
+    if (known->names[slot] != name) {
+        known->names[slot] = name;
+        known->lengths[slot] = textLen(name);
+    }
+    return known->lengths[slot];
+}
+
 static const char *valueText(const XmlpNode *node)
 {
     return reinterpret_cast<const char *>(node->value);
@@ -61,9 +84,18 @@ static bool isEmpty(const XmlpNode *node)
     return node->firstChild == nullptr && !hasValue(node);
 }
 
+// Whether the value is short and written as it is. A long one is not looked at twice for that.
+static bool isPlain(const XmlpNode *node)
+{
+    return node->valueSize <= 256 && !_anyEntity(valueText(node), node->valueSize);
+}
+
 // Piece by piece: the escaped length of a very long value does not fit 32 bits.
 static uint64_t escapedLen(const XmlpNode *node)
 {
+    if (isPlain(node)) {
+        return node->valueSize;
+    }
     const uint32_t piece = 0x10000000;
     uint64_t total = 0;
     for (uint64_t at = 0; at < node->valueSize; at += piece) {
@@ -83,17 +115,20 @@ uint64_t _attrsLen(const XmlpAttr *attr)
     return total;
 }
 
-uint64_t _nodeLen(const XmlpNode *node)
+static uint64_t nodeLen(const XmlpNode *node, NameLengths *known)
 {
-    if (node == nullptr) {
-        return 0;
-    }
-    uint64_t name = textLen(node->name);
+    uint64_t name = nameLen(node->name, known);
     uint64_t attrs = _attrsLen(node->attrs);
     if (isEmpty(node)) {
         return name + attrs + strlen("</>");
     }
     return 2 * name + attrs + strlen("<></>") + (hasValue(node) ? escapedLen(node) : 0);
+}
+
+uint64_t _nodeLen(const XmlpNode *node)
+{
+    NameLengths known = {};
+    return node != nullptr ? nodeLen(node, &known) : 0;
 }
 
 uint64_t _treeLen(const XmlpNode *node)
@@ -102,9 +137,10 @@ uint64_t _treeLen(const XmlpNode *node)
         return 0;
     }
     uint64_t total = 0;
+    NameLengths known = {};
     Walk walk = {node, node, 0, false};
     do {
-        total += walk.leaving ? 0 : _nodeLen(walk.node);
+        total += walk.leaving ? 0 : nodeLen(walk.node, &known);
     } while (advance(&walk));
     return total;
 }
@@ -120,23 +156,26 @@ uint64_t _formatLen(const XmlpNode *node, uint32_t level)
         return 0;
     }
     uint64_t total = 0;
+    NameLengths known = {};
     Walk walk = {node, node, level, false};
     do {
         // A line for entering, another one for leaving.
-        total += indentLen(walk.level) + 1 + (walk.leaving ? 0 : _nodeLen(walk.node));
+        total += indentLen(walk.level) + 1 + (walk.leaving ? 0 : nodeLen(walk.node, &known));
     } while (advance(&walk));
     return total;
 }
 
 /* ---- Writing ------------------------------------------------------------------------------- */
 
-static char *put(char *dst, const char *text)
+static char *putText(char *dst, const char *text)
 {
-    size_t length = textLen(text);
-    if (length != 0) {
-        memcpy(dst, text, length);
-    }
-    return dst + length;
+    return _copyBytes(dst, text, textLen(text));
+}
+
+template <size_t size> static char *putMark(char *dst, const char (&mark)[size])
+{
+    memcpy(dst, mark, size - 1);
+    return dst + size - 1;
 }
 
 static char *putIndent(char *dst, uint32_t level)
@@ -149,37 +188,49 @@ static char *putIndent(char *dst, uint32_t level)
 static char *putAttrs(char *dst, const XmlpAttr *attr)
 {
     for (; attr != nullptr; attr = attr->next) {
-        dst = put(dst, " ");
-        dst = put(dst, attr->name);
-        dst = put(dst, "=\"");
-        dst = put(dst, attr->value);
-        dst = put(dst, "\"");
+        dst = putMark(dst, " ");
+        dst = putText(dst, attr->name);
+        dst = putMark(dst, "=\"");
+        dst = putText(dst, attr->value);
+        dst = putMark(dst, "\"");
     }
     return dst;
 }
 
-static char *putEndTag(char *dst, const XmlpNode *node)
+static char *putValue(char *dst, const XmlpNode *node)
 {
-    dst = put(dst, "</");
-    dst = put(dst, node->name);
-    return put(dst, ">");
+    return isPlain(node) ? _copyBytes(dst, valueText(node), node->valueSize)
+                         : xmlp_transStr(dst, valueText(node), node->valueSize);
+}
+
+static char *putEndTag(char *dst, const char *name, size_t length)
+{
+    dst = putMark(dst, "</");
+    dst = _copyBytes(dst, name, length);
+    return putMark(dst, ">");
 }
 
 // The start tag and, of an element without children, all the rest.
-static char *putStart(char *dst, const XmlpNode *node)
+static char *putStart(char *dst, const XmlpNode *node, NameLengths *known)
 {
-    dst = put(dst, "<");
-    dst = put(dst, node->name);
+    size_t nameLength = nameLen(node->name, known);
+    dst = putMark(dst, "<");
+    dst = _copyBytes(dst, node->name, nameLength);
     dst = putAttrs(dst, node->attrs);
     if (isEmpty(node)) {
-        return put(dst, "/>");
+        return putMark(dst, "/>");
     }
-    dst = put(dst, ">");
+    dst = putMark(dst, ">");
     if (!hasValue(node)) {
         return dst;
     }
-    dst = xmlp_transStr(dst, valueText(node), node->valueSize);
-    return putEndTag(dst, node);
+    dst = putValue(dst, node);
+    return putEndTag(dst, node->name, nameLength);
+}
+
+static char *putEnd(char *dst, const XmlpNode *node, NameLengths *known)
+{
+    return putEndTag(dst, node->name, nameLen(node->name, known));
 }
 
 char *_tree2Xml(const XmlpNode *node, char *dst)
@@ -191,9 +242,10 @@ char *_tree2Xml(const XmlpNode *node, char *dst)
     if (node == nullptr) {
         return dst;
     }
+    NameLengths known = {};
     Walk walk = {node, node, 0, false};
     do {
-        dst = walk.leaving ? putEndTag(dst, walk.node) : putStart(dst, walk.node);
+        dst = walk.leaving ? putEnd(dst, walk.node, &known) : putStart(dst, walk.node, &known);
     } while (advance(&walk));
     return dst;
 }
@@ -207,11 +259,12 @@ char *_tree2FormatXml(const XmlpNode *node, char *dst, uint32_t level)
     if (node == nullptr) {
         return dst;
     }
+    NameLengths known = {};
     Walk walk = {node, node, level, false};
     do {
         dst = putIndent(dst, walk.level);
-        dst = walk.leaving ? putEndTag(dst, walk.node) : putStart(dst, walk.node);
-        dst = put(dst, "\n");
+        dst = walk.leaving ? putEnd(dst, walk.node, &known) : putStart(dst, walk.node, &known);
+        dst = putMark(dst, "\n");
     } while (advance(&walk));
     return dst;
 }
@@ -239,7 +292,7 @@ static char *putDocument(char *dst, const XmlpTree *tree, bool compact)
 {
     if (tree->headerLen != 0) {
         memcpy(dst, tree->header, tree->headerLen);
-        dst = put(dst + tree->headerLen, compact ? "" : "\n");
+        dst = putText(dst + tree->headerLen, compact ? "" : "\n");
     }
     for (const XmlpNode *node = firstElement(tree); node != nullptr; node = node->next) {
         dst = compact ? _tree2Xml(node, dst) : _tree2FormatXml(node, dst, 0);
