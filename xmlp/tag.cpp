@@ -4,16 +4,21 @@
 
 #include <string.h>
 
+static const char *skipBlanks(const char *p)
+{
+    while (_isByte(*p, XMLP_BLANK)) {
+        p++;
+    }
+    return p;
+}
+
 const char *_skipWhiteSpace(const char *p)
 {
     if (p == nullptr) {
         XMLP_ERROR(121, "buf is null.");
         return nullptr;
     }
-    while (_isByte(*p, XMLP_BLANK)) {
-        p++;
-    }
-    return p;
+    return skipBlanks(p);
 }
 
 /* ---- Checking ------------------------------------------------------------------------------ */
@@ -40,11 +45,11 @@ static int passAttr(const char **attr, char terminator)
     if (*p == terminator) {
         return 232;
     }
-    p = _skipWhiteSpace(p);
+    p = skipBlanks(p);
     if (*p != '=') {
         return 199;
     }
-    p = _skipWhiteSpace(p + 1);
+    p = skipBlanks(p + 1);
     if (*p != '"') {
         return 205;
     }
@@ -58,7 +63,7 @@ static int passAttr(const char **attr, char terminator)
     if (*p != '"') {
         return 223;
     }
-    p = _skipWhiteSpace(p + 1);
+    p = skipBlanks(p + 1);
     return 0;
 }
 
@@ -79,7 +84,7 @@ int _checkNameAttr(const char *tag, char terminator)
         XMLP_ERROR(169, "error xml tag name.");
         return -1;
     }
-    p = _skipWhiteSpace(p);
+    p = skipBlanks(p);
     while (*p != terminator) {
         int fault = passAttr(&p, terminator);
         if (fault != 0) {
@@ -117,7 +122,7 @@ XmlpTagReader _readerOf(const char *text, const XmlpElement *element)
 
 int _readTagAttr(XmlpTagReader *reader, XmlpSlice *name, XmlpSlice *value)
 {
-    const char *p = _skipWhiteSpace(reader->p);
+    const char *p = skipBlanks(reader->p);
     if (*p == reader->terminator || *p == '>') {
         return 0;
     }
