@@ -51,7 +51,7 @@ static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area, Xm
         if (attr == nullptr) {
             return fault(last == nullptr ? 672 : 771, "malloc failed.");
         }
-        // The list owns it now; -fanalyzer loses sight of it and reports leaks where there are none.
+        // The list owns it now; -fanalyzer loses sight of it and takes it for leaked.
         if (last == nullptr) {
             node->attrs = attr;
         } else {
