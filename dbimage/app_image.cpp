@@ -54,9 +54,11 @@ int appmngr_db_writeAppDbFromDatabase(uint32_t, uint32_t size, const void *data,
     }
     const dbimage_fileHeader header = _dbimage_readHeader(_appmngr_updateBuf);
     if (length - sizeof header != ntohl(header.length)) {
+        // unreachable: appmngr_decrypt takes the length from the header (LCOV_EXCL_START)
         APPMNGR_ERROR(2770, "LEN ERROR AFTER appmngr_decrypt! lenBigEndian = %d, dstLen = %d\n",
                       static_cast<int>(ntohl(header.length)), static_cast<int>(length));
         return APPMNGR_ERR_FILE_INVALID_LEN;
+        // LCOV_EXCL_STOP
     }
     char version[sizeof "255.255.255"];
     snprintf(version, sizeof version, "%u.%u.%u", header.version[0], header.version[1],

@@ -27,10 +27,12 @@ int apppri_writeApppriDbFromDatabase(uint32_t, uint32_t size, const void *data, 
         APPPRI_ERROR(1922, "appmngr_decrypt FAILED\r\n\r\n");
         result = APPMNGR_ERR_FILE_CHECK;
     } else if (length - sizeof header != ntohl(header.length)) {
+        // unreachable: appmngr_decrypt takes the length from the header (LCOV_EXCL_START)
         APPPRI_ERROR(1938,
                      "LEN ERROR AFTER appmngr_decrypt! lenBigEndian = %d, dstLen = %d\r\n\r\n",
                      static_cast<int>(ntohl(header.length)), static_cast<int>(length));
         result = APPMNGR_ERR_FILE_INVALID_LEN;
+        // LCOV_EXCL_STOP
     } else if (!_dbimage_isKnownMagic(&header) || header.reserved != 0) {
         APPPRI_ERROR(1979, "Reserved value error: %d, %d\r\n\r\n",
                      static_cast<int>(ntohl(header.magic)), static_cast<int>(header.reserved));

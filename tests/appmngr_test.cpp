@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -36,6 +37,7 @@ std::string tuples(const std::string &list)
     return "<tupleList>" + list + "</tupleList>";
 }
 
+const std::string tooLong(512, '1'); // for a value
 const std::string oneTuple = "<tuple>tcp 0:0 0:0</tuple>";
 const std::string oneRule = element("rule", tuples(oneTuple));
 
@@ -147,7 +149,7 @@ TEST_F(AppMngr, ReportsWhatItLeavesOut)
         {"<tuple>tcp 0:0 0:0:0</tuple>",
          split + tupleError(1343, "Analyze the dest pair ip failed!")},
         {"<tuple>tcp 0:0 host:0</tuple>", tupleError(1362, "inet_pton failed, str = [host]!")},
-        {element("tuple", std::string(512, 'x')), tupleError(1247, "Not tuple string found!")},
+        {element("tuple", tooLong), tupleError(1247, "Not tuple string found!")},
         {element("tuple", "tcp 0:0 " + std::string(70, '1')),
          tupleError(1343, "Analyze the dest pair ip failed!")},
         {"<tuple></tuple>", ""},
@@ -158,11 +160,39 @@ TEST_F(AppMngr, ReportsWhatItLeavesOut)
     }
     EXPECT_EQ(load(database("<typeIdList><typeId>2</typeId></typeIdList>")),
               error("_appmngr_xmlnode_handler_typeid", 1102, "_appmngr_getAppTypeBydId FAILED"));
-    EXPECT_EQ(captured([] { appmngr_childnode_handler(nullptr, 0); }), "");
-    XmlpNode named = {};
-    named.type = XMLP_NODE_VALUE;
-    EXPECT_EQ(captured([&] { EXPECT_EQ(appmngr_childnode_handler(&named, 0), -1); }),
+    EXPECT_EQ(load(database(element("id", tooLong))), "");
+    EXPECT_EQ(g_appmngr_app[0].id, 7u);
+    for (const std::string mark : {"\xFF\xFE", "\xFE\xFF"}) {
+        EXPECT_EQ(load(mark + database("")), "");
+    }
+}
+
+static int handled;
+
+TEST_F(AppMngr, DispatchesToEveryRowOfATable)
+{
+    char name[] = "A-Tag-of-18-Bytes!";
+    XmlpNode parent = {}, node = {};
+    parent.firstChild = &node;
+    node.name = name;
+    EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0);
+    node.type = XMLP_NODE_VALUE;
+    EXPECT_EQ(captured([&] { EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0); }),
               error("appmngr_childnode_handler", 1894, "Null pHandlerInfo"));
+    EXPECT_EQ(appmngr_childnode_handler(nullptr, 0), 0);
+
+    std::vector<appmngr_tagHandler> table(71,
+                                          {"a-tag-of-18-bytes?", APPMNGR_LEAF, nullptr, nullptr});
+    const auto count = [](XmlpNode *, appmngr_context) { return ++handled; };
+    for (size_t row : {3u, 5u, 63u, 64u, 69u}) {
+        table[row] = {"a-tag-of-18-bytes!", APPMNGR_LEAF, count, nullptr};
+    }
+    table[70].tag = nullptr;
+    appmngr_setHandlerInfo(table.data());
+    EXPECT_EQ(appmngr_getHandlerInfo(), table.data());
+    EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0);
+    EXPECT_EQ(handled, 5);
+    appmngr_setHandlerInfo(nullptr);
 }
 
 // A faulty tuple leaves what it wrote; the next one in its slot sets only what it reads itself.
@@ -195,8 +225,7 @@ TEST_F(AppMngr, RefusedDatabases)
         // A type id that cannot be read ends the counting of its type's children.
         {element("AppDB", element("appList", app) +
                               element("appTypeList",
-                                      element("appType", element("id", std::string(512, '1')) +
-                                                             "<id>1</id>"))),
+                                      element("appType", element("id", tooLong) + "<id>1</id>"))),
          alloc},
     };
     for (const auto &[text, printed] : rows) {
@@ -205,6 +234,34 @@ TEST_F(AppMngr, RefusedDatabases)
         EXPECT_EQ(status, -1);
         EXPECT_EQ(g_appmngr_appDb.rule, nullptr);
     }
+    EXPECT_EQ(appmngr_getAppById(1), nullptr);
+    EXPECT_EQ(appmngr_analyzeDbFile(), -1); // without a text
+}
+
+TEST_F(AppMngr, DescriptionsAreCounted)
+{
+    int status = 0;
+    load(element("AppDesc", element("appList", "<app>a</app><app>b</app>") +
+                                element("appTypeList", "<appType>t</appType>") +
+                                "<langcnt>3</langcnt>" + element("langcnt", tooLong)),
+         &status);
+    EXPECT_EQ(status, -1);
+    EXPECT_EQ(g_appmngr_count.langcnt, 3u);
+    EXPECT_EQ(appmngr_appdesc_alloc(), 0);
+    EXPECT_EQ(g_appmngr_appDesc.appCount, 2u);
+    EXPECT_EQ(g_appmngr_appDesc.typeCount, 1u);
+    appmngr_dbReInit();
+    EXPECT_EQ(appmngr_appdesc_alloc(), -1);
+    EXPECT_EQ(appmngr_parseThroughXML("root", nullptr), 0);
+}
+
+TEST_F(AppMngr, TablesAreAllocatedAnew)
+{
+    load(database("<name>n</name>"));
+    EXPECT_EQ(_appmngr_alloc_for_appdb(), 0);
+    EXPECT_STREQ(g_appmngr_app[0].name, "");
+    EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
+    EXPECT_EQ(g_appmngr_appDns.rule, nullptr); // no keyword, no table
 }
 
 // The walk meets elements by name alone, and more of them than were counted by path.
@@ -227,11 +284,12 @@ TEST_F(AppMngr, ElementsOutOfPlace)
     EXPECT_LE(g_appmngr_appDb.typeCount, 2u);
 
     EXPECT_EQ(load(database("<id>4096</id><typeId>1</typeId>",
-                            element("rule", tuples(oneTuple) + oneRule + oneRule +
+                            element("rule", tuples(oneTuple + oneTuple) + oneRule + oneRule +
+                                                "<dpiType>x</dpiType><dpiCode>x</dpiCode>"
                                                 "<rep><end>1</end></rep>"))),
               "");
     EXPECT_TRUE(appmngr_isZero512(g_appmngr_appDb.type[0].appBitmap));
-    EXPECT_EQ(g_appmngr_appDb.ruleCount, 2u);
+    EXPECT_EQ(g_appmngr_appDb.ruleCount, 3u);
 
     // A dotted name completes a counted path, and is never walked.
     EXPECT_EQ(
@@ -286,9 +344,36 @@ TEST(AppMngrText, Helpers)
     EXPECT_EQ(appmngr_string_match("0", "00"), 0);
     EXPECT_STREQ(appmngr_utils_proto2str(appmngr_utils_str2proto("ICMP")), "icmp");
     EXPECT_STREQ(appmngr_utils_proto2str(2), "unknown");
-    EXPECT_EQ(appmngr_atoi(" -12x"), -12);
-    EXPECT_EQ(appmngr_atoi("4294967297"), 1);
-    EXPECT_EQ(appmngr_atoi("99999999999999999999"), -1);
+    const std::pair<const char *, int32_t> numbers[] = {{" -12x", -12},
+                                                        {"+7", 7},
+                                                        {"", 0},
+                                                        {"00012345678", 12345678},
+                                                        {"999999999", 999999999},
+                                                        {"12345678", 12345678},
+                                                        {"4294967297", 1},
+                                                        {"2147483648", INT32_MIN},
+                                                        {"99999999999999999999", -1}};
+    for (const auto &[text, number] : numbers) {
+        EXPECT_EQ(appmngr_atoi(text), number);
+    }
+    XmlpNode node = {};
+    char kept[] = "kept";
+    EXPECT_EQ(appmngr_getNodeString(&node, kept, 0), -1);
+    EXPECT_EQ(appmngr_getNodeString(&node, nullptr, 4), -1);
+    EXPECT_STREQ(kept, "kept");
+    char *save = nullptr;
+    EXPECT_EQ(appmngr_string_token(nullptr, " ", &save), nullptr);
+    EXPECT_EQ(appmngr_string_token(kept, "ep", &save), kept + 0);
+    EXPECT_STREQ(kept, "k");
+    EXPECT_STREQ(appmngr_string_token(nullptr, "ep", &save), "t");
+    EXPECT_EQ(appmngr_string_token(nullptr, "ep", &save), nullptr);
+    EXPECT_EQ(appmngr_escapeSpecial(nullptr, ""), -1);
+    EXPECT_EQ(captured([] {
+                  EXPECT_EQ(appmngr_string_match(nullptr, ""), 0);
+                  EXPECT_EQ(appmngr_string_makeSubStrByChar(nullptr, ' ', 1, nullptr), -1);
+              }),
+              error("appmngr_string_match", 470, "Some parameter is null.\r") +
+                  error("appmngr_string_makeSubStrByChar", 428, "Some parameter is null.\r"));
     char escaped[16];
     EXPECT_EQ(appmngr_escapeSpecial(escaped, "a \"\\b"), 0);
     EXPECT_STREQ(escaped, "a\1\2\3b");

@@ -1,5 +1,4 @@
 // The priority database, from texts and image files to the message that the kernel would get.
-// Allocations and the netlink channel are replaced at link time.
 
 #include "apppri/apppri_internal.h"
 
@@ -7,61 +6,13 @@
 #include "appmngr/appmngr.h"
 #include "apppri/list.h"
 #include "capture.h"
+#include "fake_kernel.h"
 #include "loader/image.h"
-
-#include <errno.h>
-#include <lzma.h>
-#include <string.h>
+#include "lzma_image.h"
 
 #include <algorithm>
-#include <fstream>
 #include <numeric>
 #include <tuple>
-#include <vector>
-
-static int allocationsLeft = -1; // before one fails; negative for no limit
-static bool channelOpens = true;
-static int sendResult = 4160;
-static std::vector<unsigned char> sent;
-
-static bool allocates()
-{
-    return allocationsLeft < 0 || allocationsLeft-- > 0;
-}
-
-extern "C" {
-
-void *__real_malloc(size_t size);
-void *__real_calloc(size_t count, size_t size);
-
-void *__wrap_malloc(size_t size)
-{
-    return allocates() ? __real_malloc(size) : nullptr;
-}
-
-void *__wrap_calloc(size_t count, size_t size)
-{
-    return allocates() ? __real_calloc(count, size) : nullptr;
-}
-
-appdist_handle *__wrap_appdist_create_handle(uint32_t flags, uint32_t protocol_family)
-{
-    EXPECT_TRUE(flags == 0 && protocol_family == 2);
-    void *handle = channelOpens ? calloc(1, sizeof(appdist_handle)) : nullptr;
-    const appdist_handle open = {-1, 0, {AF_NETLINK, 0, 0x11223344, 0}, {}};
-    return static_cast<appdist_handle *>(handle != nullptr ? memcpy(handle, &open, sizeof open)
-                                                           : nullptr);
-}
-
-int32_t __wrap_appdist_netlink_sendto(appdist_handle *, const void *buffer, uint32_t length)
-{
-    const auto *bytes = static_cast<const unsigned char *>(buffer);
-    sent.assign(bytes, bytes + length);
-    errno = 0;
-    return sendResult;
-}
-
-} // extern "C"
 
 // The elements of path, separated by slashes, inside one another.
 static std::string in(const std::string &path, const std::string &content)
@@ -85,7 +36,7 @@ static std::string sort(int id, const std::string &name, int prio, const std::st
 
 static std::string db(int sortNum, int appNum, const std::string &sorts)
 {
-    return in("AppSortDB", in("sortNum", std::to_string(sortNum)) +
+    return in("AppSortDB", "<x/>" + in("sortNum", std::to_string(sortNum)) +
                                in("appNum", std::to_string(appNum)) + in("sortList", sorts));
 }
 
@@ -246,6 +197,38 @@ TEST(apppri, expiry)
         EXPECT_EQ(std::regex_replace(lines, std::regex("= -?\\d{2,}"), "= ADDRESS"), printed);
         EXPECT_EQ(time, expected) << text;
     }
+    EXPECT_EQ(outcome(in("AppSortDB/expired", "2030/01/15")),
+              "-1 " + badDate + refusal(2, 840, "_apppri_strToExpiredTime FAILED\r\n"));
+    int32_t time[6];
+    EXPECT_EQ(_apppri_strToExpiredTime(nullptr, "2030-01-15"), -1);
+    EXPECT_EQ(_apppri_strToExpiredTime(time, nullptr), -1);
+}
+
+TEST(apppri, missingArguments)
+{
+    const XmlpNode node = {};
+    apppri_sort sort = {};
+    uint32_t count = 0;
+    const std::string printed = captured([&] {
+        EXPECT_EQ(apppri_db_parseAppList(nullptr, &sort, &count), -1);
+        EXPECT_EQ(apppri_db_parseAppList(&node, nullptr, &count), -1);
+        EXPECT_EQ(apppri_db_parseAppList(&node, &sort, nullptr), -1);
+        EXPECT_EQ(apppri_readDBFromFlash(), -1); // without the buffers
+        EXPECT_EQ(apppri_analyzeDBFile(), -1);
+    });
+    const std::string refused =
+        error("apppri_db_parseAppList", 515, "apppri_db_parseAppList params error!\r\n");
+    EXPECT_EQ(printed, refused + refused + refused +
+                           "[Error](apppri_readDBFromFlash) 1023: read db flash fail\n" +
+                           error("apppri_analyzeDBFile", 1105, "xmlParseMemory error.\r\n"));
+}
+
+TEST(apppri, profile)
+{
+    g_apppri_profile.mapSize = 7;
+    EXPECT_EQ(captured(appprio_readParaFromProfile),
+              "!!!!!!!!!!!!!!!!!!!!appprio_readParaFromProfile in!!!!!!!!!!!!!!!!!!!!!\r\n");
+    EXPECT_EQ(g_apppri_profile.mapSize, 4096u);
 }
 
 TEST(apppri, countingNeedsLittleStack)
@@ -303,95 +286,42 @@ TEST(apppri, mapAndLookups)
     EXPECT_EQ(captured(apppri_showDB), "");
 }
 
-// Writes a database file with the image of text where the priority database lies.
-static std::string writeFile(const std::string &text)
+// What is printed by a load from a file with the image of text where the priority database lies.
+static std::string load(const std::string &text, int result)
 {
-    lzma_options_lzma options = {};
-    lzma_lzma_preset(&options, LZMA_PRESET_DEFAULT);
-    const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
-    const auto *bytes = reinterpret_cast<const uint8_t *>(text.data());
-    unsigned char image[4 + 14 + 1024] = {0, 0, 4, 14}; // no longer than it says
-    size_t end = 4 + 14;
-    EXPECT_EQ(lzma_properties_encode(filters, image + 5), LZMA_OK);
-    lzma_raw_buffer_encode(filters, nullptr, bytes, text.size(), image, &end, sizeof image);
-    std::string path = testing::TempDir() + "apppri_test.img";
-    std::ofstream file(path, std::ios::binary);
-    file.seekp(163840).write(reinterpret_cast<char *>(image), static_cast<std::streamsize>(end));
-    return path;
-}
-
-// What a load from path prints.
-static std::string load(const std::string &path, int result)
-{
+    const std::string path = testing::TempDir() + "apppri_test.img";
+    std::ofstream(path, std::ios::binary).seekp(163840) << image(encode(text, 1 << 16));
     appmngr_checkDbPath(path.c_str());
     return captured([&] { EXPECT_EQ(apppri_database_init(), result); });
 }
 
-static const std::string goodText =
-    db(2, 3, sort(1, "a", 3, app(7, "x") + app(4095, "y")) + sort(2, "b", 5, app(7, "z")));
-
 TEST(apppri, sendsTheMap)
 {
-    const std::string path = writeFile(goodText);
-    EXPECT_EQ(load(path, 0) + load(path, 0), "");
-    const uint16_t typeAndFlags[] = {20, 1};
-    uint32_t head[16] = {4160, 0, 0, 0x11223344, 0, 4096, 1};
-    memcpy(&head[1], typeAndFlags, sizeof typeAndFlags);
-    std::vector<unsigned char> expected(4160);
-    memcpy(expected.data(), head, sizeof head);
-    expected[64 + 7] = 5;
-    expected[64 + 4095] = 3;
-    EXPECT_EQ(sent, expected);
+    const std::string text =
+        db(2, 3, sort(1, "a", 3, app(7, "x") + app(4095, "y")) + sort(2, "b", 5, app(7, "z")));
+    EXPECT_EQ(load(text, 0) + load(text, 0), "");
+    EXPECT_EQ(g_appPriTbl, nullptr);
+    const Bytes sent = kernel.message;
+    Bytes map(4096);
+    map[7] = 5;
+    map[4095] = 3;
+    appdist_handle channel = {0, 0, kernel.bound, {AF_NETLINK, 0, 0, 0}};
+    appdist_send_buffer(&channel, map.data(), 4096);
+    EXPECT_EQ(sent, kernel.message);
 }
 
 TEST(apppri, failuresOfALoad)
 {
-    const auto notRead = [](int line, const std::string &stage) {
-        return error("apppri_readAppSortFromDB", line, stage + " error.\r\n") +
-               error("apppri_database_init", 2044, "apppri_readAppSortFromDB failed.\r\n");
-    };
-    const auto notSent = [](int line, const std::string &message) {
-        return error("apppri_sendMsgToKernel", line, message) +
-               error("apppri_database_init", 2050, "apppri_sendMsgToKernel failed.\r\n");
-    };
-    const std::string flash = "[Error](apppri_readDBFromFlash) ";
-    const std::string noFlash = notRead(1870, "apppri_readDBFromFlash");
-    const std::string tooSmall = flash + "1045: Size of buffer \"65536\" is too small.\n" + noFlash;
-    EXPECT_EQ(load("/nonexistent", -1), flash + "1023: read db flash fail\n" + noFlash);
-    EXPECT_EQ(load("/dev/null", -1), tooSmall);
-    EXPECT_EQ(load(writeFile(std::string(65536, '1')), -1), tooSmall);
-    EXPECT_EQ(load(writeFile(in("x", std::string(65535 - 7, '1'))), -1),
-              refusal(1, 910, "unknown tag:x\r\n") + notRead(1876, "apppri_analyzeDBFile"));
-    EXPECT_EQ(load(writeFile(in("AppSortDB/ver", "1.2.0")), -1),
+    const std::string init = "apppri_database_init", read = "apppri_readAppSortFromDB";
+    const std::string notRead = error(init, 2044, read + " failed.\r\n");
+    EXPECT_EQ(load(std::string(65536, '1'), -1),
+              "[Error](apppri_readDBFromFlash) 1045: Size of buffer \"65536\" is too small.\n" +
+                  error(read, 1870, "apppri_readDBFromFlash error.\r\n") + notRead);
+    EXPECT_EQ(load(in("x", std::string(65535 - 7, '1')), -1),
+              refusal(1, 910, "unknown tag:x\r\n") +
+                  error(read, 1876, "apppri_analyzeDBFile error.\r\n") + notRead);
+    EXPECT_EQ(load(in("AppSortDB/ver", "1.2.0"), -1),
               error("apppri_initPrimapFromDB", 1381, "appSortList NULL.\r\n") +
-                  notSent(1445, " apppri_initPrimapFromDB\r\n"));
-    const std::string path = writeFile(goodText);
-    sendResult = 0;
-    EXPECT_EQ(load(path, -1), "app netlink sendto fail, ret:0\n" +
-                                  notSent(1459, "send db to kernel failed\r\n\r\n"));
-    channelOpens = false;
-    EXPECT_EQ(load(path, -1), notSent(1452, "appdist Failed to initialize handle\n\r\n"));
-    channelOpens = true;
-    sendResult = 4160;
-}
-
-// Fails each allocation of a load in turn; leaks show in a build with leak checks.
-TEST(apppri, memoryIsShort)
-{
-    const std::string path = writeFile(goodText);
-    appmngr_checkDbPath(path.c_str());
-    const std::string printed = captured([&] {
-        int result = -1;
-        for (int failing = 0; result != 0 && failing < 100; ++failing) {
-            allocationsLeft = failing;
-            result = apppri_database_init();
-        }
-        allocationsLeft = -1;
-        EXPECT_EQ(result, 0);
-    });
-    for (const char *line : {"1171: apppri file reinit failed.\r\n\r\n", "1858: DBResInit error.",
-                             "395: l_app_pool alloc error.", "412: l_app_pool alloc error.",
-                             "1438: g_appPriTbl mem malloc error."}) {
-        EXPECT_NE(printed.find(line), std::string::npos) << line;
-    }
+                  error("apppri_sendMsgToKernel", 1445, " apppri_initPrimapFromDB\r\n") +
+                  error(init, 2050, "apppri_sendMsgToKernel failed.\r\n"));
 }

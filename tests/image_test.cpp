@@ -3,48 +3,14 @@
 #include "loader/image.h"
 #include "loader/loader_internal.h"
 #include "tests/capture.h"
+#include "tests/lzma_image.h"
 
-#include <arpa/inet.h>
-#include <lzma.h>
 #include <unistd.h>
 
 #include <random>
 
 namespace
 {
-// The 5 property bytes and a raw LZMA1 stream.
-struct Stream {
-    std::string properties, data;
-};
-
-Stream encode(const std::string &text, uint32_t dictionary)
-{
-    lzma_options_lzma options;
-    lzma_lzma_preset(&options, 6);
-    options.dict_size = dictionary;
-    lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
-    Stream stream = {std::string(5, '\0'), std::string(text.size() + 4096, '\0')};
-    lzma_properties_encode(filters, reinterpret_cast<uint8_t *>(stream.properties.data()));
-    size_t written = 0;
-    const auto *in = reinterpret_cast<const uint8_t *>(text.data());
-    auto *out = reinterpret_cast<uint8_t *>(stream.data.data());
-    lzma_raw_buffer_encode(filters, nullptr, in, text.size(), out, &written, stream.data.size());
-    stream.data.resize(written);
-    return stream;
-}
-
-std::string image(uint32_t length, const Stream &stream)
-{
-    length = htonl(length);
-    return std::string(reinterpret_cast<const char *>(&length), 4) + "?" + stream.properties +
-           "ignored!" + stream.data;
-}
-
-std::string image(const Stream &stream)
-{
-    return image(static_cast<uint32_t>(stream.data.size()) + 14, stream);
-}
-
 // What a load finds in the file: the text, or the lines it prints. Frees what it allocates.
 std::string readBack(const std::string &file)
 {

@@ -80,6 +80,9 @@ TEST(Listing, ofTables)
 
     g_appmngr_count.appCur = 0xFFFFFFFE; /* a cursor that lies */
     EXPECT_EQ(captured(appmngr_showApps), std::regex_replace(listed, std::regex("= 4"), "= -1"));
+    g_appmngr_app = nullptr;
+    EXPECT_EQ(captured(appmngr_showApps),
+              "--------------\nAll application [cnt = -1]\n\n--------------\n");
 }
 
 TEST(Listing, ofBuffers)

@@ -4,25 +4,19 @@
 #include "loader/image.h"
 #include "loader/loader.h"
 #include "loader/loader_internal.h"
-#include "tests/capture.h"
+#include "tests/program.h"
 #include "tool/check_file.h"
 #include "tool/check_report.h"
 #include "tool/command.h"
 #include "tool/file.h"
 #include "tool/image.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
 #include <deque>
-#include <filesystem>
 #include <functional>
 #include <random>
-#include <regex>
 #include <set>
-#include <string>
-#include <sys/wait.h>
 #include <vector>
 
 namespace
@@ -366,41 +360,26 @@ TEST(ToolCheck, ShowsThePlace)
 
 TEST(ToolCheck, Program)
 {
-    std::filesystem::remove_all("tool_check_test.folder");
-    std::filesystem::create_directory("tool_check_test.folder");
-    std::filesystem::current_path("tool_check_test.folder");
+    enterFolder("tool_check_test");
     tool::writeFile("warn.img",
                     image(edit(app, ":80", ":80x"), edit(sorts, "<prio>7", "<prio>-1")));
     tool::writeFile("bad.xml", "<AppDB\xFF/>");
-    const struct {
-        const char *arguments;
-        int status;
-        const char *output; // a part of it
-        const char *errors;
-    } runs[] = {
+    const ProgramCase runs[] = {
         {TARN_SOURCE "/examples/appdb.xml " TARN_SOURCE "/examples/sortdb.xml", 0,
-         "0 errors, 0 warnings\n", ""},
-        {"warn.img", 0, "warn.img:1:228: warning: application database: '80x' has more than digits",
+         "...0 errors, 0 warnings\n...", ""},
+        {"warn.img", 0,
+         "...warn.img:1:228: warning: application database: '80x' has more than digits...", ""},
+        {"warn.img", 0, "...^\n0 errors, 2 warnings\n...", ""},
+        {"--werror - <warn.img", 1, "...standard input:1:...", ""},
+        {"bad.xml warn.img", 1, "...\n1 error, 2 warnings\n...", ""},
+        {"--json bad.xml", 1, "...\"message\": \"the top element is 'AppDB\xEF\xBF\xBD', not...",
          ""},
-        {"warn.img", 0, "^\n0 errors, 2 warnings\n", ""},
-        {"--werror - <warn.img", 1, "standard input:1:", ""},
-        {"bad.xml warn.img", 1, "\n1 error, 2 warnings\n", ""},
-        {"--json bad.xml", 1, "\"message\": \"the top element is 'AppDB\xEF\xBF\xBD', not", ""},
-        {"--json --werror warn.img", 1, "\"database\": \"priority database\",\n", ""},
-        {"--rules", 0, "bad-tuple           error    A tuple is", ""},
+        {"--json --werror warn.img", 1, "...\"database\": \"priority database\",\n...", ""},
+        {"--rules", 0, "...bad-tuple           error    A tuple is...", ""},
         {"none.xml", 1, "", "tarn-db-tool: none.xml: No such file or directory\n"},
         {"", 2, "", "tarn-db-tool: FILE is required\n"},
     };
-    for (const auto &run : runs) {
-        const std::string command =
-            std::string("exec 2>err >out; " TARN_TOOL_FOLDER "/tarn-db-tool check ") +
-            run.arguments;
-        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), run.status) << command;
-        const std::string output = tool::readFile("out").contents;
-        EXPECT_NE(output.find(run.output), std::string::npos) << command << output;
-        EXPECT_EQ(output.empty(), *run.output == '\0') << command;
-        EXPECT_NE(tool::readFile("err").contents.find(run.errors), std::string::npos) << command;
-    }
+    expectRuns("tarn-db-tool check ", runs);
 }
 
 TEST(ToolCheck, EachRuleIsDocumented)

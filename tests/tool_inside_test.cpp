@@ -1,14 +1,8 @@
 // The subcommands of tarn-db-tool that look inside: messages, diff, and --json of the others.
 
+#include "tests/program.h"
 #include "tool/file.h"
 #include "tool/image.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <sys/wait.h>
 
 namespace
 {
@@ -33,13 +27,6 @@ const char *const sorts =
     "<appList><app><appId>7</appId><appName>Bird</appName><appType>5</appType></app></appList>"
     "</sort></sortList></AppSortDB>";
 
-struct Case {
-    const char *command;
-    int status;
-    const char *output; // all of it
-    const char *errors; // a part of them; of an empty one, all
-};
-
 #define FEATURE(TYPE) \
     R"({"enable":0,"start":0,"end":0,"minlength":0,"dpiType":")" TYPE R"(","dpiCode":""})"
 // A character that does not fit its field whole is replaced.
@@ -49,7 +36,7 @@ struct Case {
     R"(","dport":)" DPORT R"(,"orig":)" FEATURE(CUT) R"(,"reply":)" FEATURE("") "}"
 #define RULES "[" RULE("tcp", "0", "10.1.1.10", "443") "," RULE("udp", "9", "0", "0") "]"
 
-const Case cases[] = {
+const ProgramCase cases[] = {
     {"apps --json old.img | compact", 0,
      R"({"applications":[{"id":7,"visible":0,"name":"Bird \"Call\""}]})", ""},
     {"types --json old.img | compact", 0,
@@ -63,7 +50,7 @@ const Case cases[] = {
      ""},
     {"verify --json old.img | compact", 0, R"({"files":[],"result":"APPMNGR_ERR_FILE_CHECK"})",
      "MD5 error"},
-    {"verify --json " TEST_DATA "/container.bin | compact", 0,
+    {"verify --json " TARN_SOURCE "/tests/data/container.bin | compact", 0,
      R"({"files":[{"type":0,"size":56,"ignored":false,"version":"1.2.7","length":17,)"
      R"("magic":"0x04000001"},{"type":1,"size":7,"ignored":true},{"type":3,"size":48,)"
      R"("ignored":false,"version":"9.9.9","length":14,"magic":"0x00000000"}],)"
@@ -123,35 +110,16 @@ const Case cases[] = {
      "", ""},
 };
 
-std::string contents(const char *path)
-{
-    return tool::readFile(path).contents;
-}
-
 TEST(ToolInside, ShowsAndCompares)
 {
-    const std::string folder = testing::TempDir() + "tool_inside";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder + "/part/21-keywords.bin");
-    std::filesystem::current_path(folder);
+    enterFolder("tool_inside_test");
+    std::filesystem::create_directories("part/21-keywords.bin");
     std::string image = tool::packDatabase({"old", oldDatabase}, tool::applicationDatabase);
     image.resize(tool::priorityDatabase.offset);
     tool::writeFile("old.img",
                     image + tool::packDatabase({"sorts", sorts}, tool::priorityDatabase));
     tool::writeFile("new.img", tool::packDatabase({"new", newDatabase}, tool::applicationDatabase));
-    for (const Case &c : cases) {
-        const std::string command =
-            std::string("PATH=" TARN_TOOL_FOLDER ":$PATH; "
-                        "compact() { sed 's/^ *//; s/\": /\":/' | tr -d '\\n'; }; "
-                        "exec 2>err >out; "
-                        "tarn-db-tool ") +
-            c.command;
-        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), c.status) << c.command;
-        EXPECT_EQ(contents("out"), c.output) << c.command;
-        EXPECT_NE(contents("err").find(c.errors), std::string::npos)
-            << c.command << contents("err");
-        EXPECT_EQ(contents("err").empty(), *c.errors == '\0') << c.command << contents("err");
-    }
+    expectRuns("compact() { sed 's/^ *//; s/\": /\":/' | tr -d '\\n'; }; tarn-db-tool ", cases);
 }
 
 } // namespace

@@ -1,14 +1,8 @@
 // The subcommands of tarn-db-tool that show what an image or a document holds.
 
+#include "tests/program.h"
 #include "tool/file.h"
 #include "tool/image.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <sys/wait.h>
 
 namespace
 {
@@ -18,15 +12,8 @@ const char *const database =
     "tcp 0:0 10.1.1.10:443</tuple><tuple>sctp 0:0 0:0</tuple></tupleList></rule></ruleList>"
     "</app></appList><appTypeList><appType><id>3</id></appType></appTypeList></AppDB>";
 
-struct Case {
-    const char *command;
-    int status;
-    const char *output; // the beginning of it
-    const char *errors; // a part of them; of an empty one, all
-};
-
-const Case cases[] = {
-    {"show db.img", 0, "======================\nApplication Database\n",
+const ProgramCase cases[] = {
+    {"show db.img", 0, "======================\nApplication Database\n...",
      "_appmngr_xmlnode_handler_tuple) 1280: appmngr_utils_str2proto failed!"},
     {"rules - 7 <db.img | grep Dest", 0,
      "Destination IP:          10.1.1.10\nDestination Port:        443\n", "1280"},
@@ -48,23 +35,12 @@ const Case cases[] = {
 
 TEST(ToolTables, ShowsWhatAnImageHolds)
 {
-    std::filesystem::remove_all("tool_tables_test.folder");
-    std::filesystem::create_directories("tool_tables_test.folder/sub");
-    std::filesystem::current_path("tool_tables_test.folder");
+    enterFolder("tool_tables_test");
+    std::filesystem::create_directory("sub");
     tool::writeFile("db.img",
                     tool::packDatabase({"database", database}, tool::applicationDatabase));
     tool::writeFile("fmt.xml", "<a> <b></b></a>");
     tool::writeFile("empty.xml", "");
-    for (const Case &c : cases) {
-        const std::string command =
-            std::string("exec 2>err >out; " TARN_TOOL_FOLDER "/tarn-db-tool ") + c.command;
-        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), c.status) << c.command;
-        const std::string output = tool::readFile("out").contents;
-        const std::string errors = tool::readFile("err").contents;
-        EXPECT_EQ(output.substr(0, std::string(c.output).size()), c.output) << c.command;
-        EXPECT_EQ(output.empty(), *c.output == '\0') << c.command;
-        EXPECT_NE(errors.find(c.errors), std::string::npos) << c.command << errors;
-        EXPECT_EQ(errors.empty(), *c.errors == '\0') << c.command << errors;
-    }
+    expectRuns("tarn-db-tool ", cases);
 }
 } // namespace

@@ -1,17 +1,11 @@
 #include "appmngr/appmngr_model.h"
 #include "loader/image.h"
+#include "tests/program.h"
 #include "tool/file.h"
 #include "tool/image.h"
 #include "tool/tables.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
 #include <random>
-#include <string>
-#include <sys/wait.h>
-#include <tuple>
 #include <utility>
 
 namespace
@@ -57,23 +51,9 @@ TEST(PackTest, DeviceFindsTheSameBytes)
     }
 }
 
-// Runs the program itself in the current folder.
-int run(const std::string &command)
+void enterWithInput(const std::string &folder)
 {
-    const std::string setting = "exec 2>err >out; PATH=" TARN_TOOL_FOLDER ":$PATH; ";
-    return WEXITSTATUS(std::system((setting + command).c_str()));
-}
-
-std::string content(const std::string &path)
-{
-    return tool::readFile(path).contents;
-}
-
-void enterFolder(const std::string &name)
-{
-    std::filesystem::remove_all(name);
-    std::filesystem::create_directory(name);
-    std::filesystem::current_path(name);
+    enterFolder(folder);
     tool::writeFile("app.xml", "<AppDB/>");
     tool::writeFile("sort.xml", "<AppSortDB/>");
     tool::writeFile("noise", noise(64000, 256));
@@ -81,9 +61,8 @@ void enterFolder(const std::string &name)
 
 TEST(ProgramTest, ExitStatusAndOutput)
 {
-    enterFolder("tool_test.status");
-    // Command, status, output, part of the error
-    const std::tuple<const char *, int, const char *, const char *> cases[] = {
+    enterWithInput("tool_test.status");
+    const ProgramCase cases[] = {
         {"tarn-db-tool pack app.xml -o both.img --priority sort.xml", 0, "", ""},
         {"tarn-db-tool unpack both.img", 0, "<AppDB/>", ""},
         {"tarn-db-tool unpack --priority - <both.img", 0, "<AppSortDB/>", ""},
@@ -102,34 +81,29 @@ TEST(ProgramTest, ExitStatusAndOutput)
         {"tarn-db-tool", 2, "", "tarn-db-tool: A subcommand is required\n"},
         {"tarn-db-tool --help >/dev/null && tarn-db-tool unpack --help >/dev/null", 0, "", ""},
     };
-    for (const auto &[command, status, out, err] : cases) {
-        EXPECT_EQ(run(command), status) << command;
-        EXPECT_EQ(content("out"), out) << command;
-        EXPECT_NE(content("err").find(err), std::string::npos) << command << content("err");
-        EXPECT_EQ(content("err").empty(), status == 0) << command << content("err");
-    }
+    expectRuns("", cases);
     EXPECT_FALSE(std::filesystem::exists("no.img"));
-    EXPECT_EQ(content("both.img").substr(163840),
+    EXPECT_EQ(contents("both.img").substr(163840),
               tool::packDatabase({"", "<AppSortDB/>"}, priorityDatabase));
 }
 
 TEST(ProgramTest, OutputIsReplacedWholeOrNotAtAll)
 {
-    enterFolder("tool_test.output");
+    enterWithInput("tool_test.output");
     tool::writeFile("old.img", "old");
     std::filesystem::permissions("old.img", std::filesystem::perms{0640});
     std::filesystem::create_symlink("old.img", "link.img");
     EXPECT_EQ(run("ulimit -f 1; trap '' XFSZ; tarn-db-tool pack noise -o old.img"), 1);
-    EXPECT_EQ(content("old.img"), "old");
+    EXPECT_EQ(contents("old.img"), "old");
     EXPECT_EQ(run("tarn-db-tool pack app.xml -o link.img; ls | grep -F img."), 1);
     EXPECT_TRUE(std::filesystem::is_symlink("link.img"));
-    EXPECT_EQ(loaded(content("old.img"), applicationDatabase), "<AppDB/>");
+    EXPECT_EQ(loaded(contents("old.img"), applicationDatabase), "<AppDB/>");
     EXPECT_EQ(std::filesystem::status("old.img").permissions(), std::filesystem::perms{0640});
 }
 
 TEST(ExampleTest, ApplicationDatabaseLoadsWithoutALine)
 {
-    const tool::InputFile text = tool::readFile(TARN_EXAMPLES "/appdb.xml");
+    const tool::InputFile text = tool::readFile(TARN_SOURCE "/examples/appdb.xml");
     testing::internal::CaptureStderr();
     tool::loadApplicationTables({"image", tool::packDatabase(text, applicationDatabase)});
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

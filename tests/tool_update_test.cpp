@@ -1,56 +1,35 @@
 #include "dbimage/dbimage_internal.h"
+#include "tests/program.h"
 #include "tool/file.h"
 #include "tool/image.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <sys/wait.h>
 
 namespace
 {
 
-class ToolUpdate : public testing::Test
+void enterWithInput()
 {
-protected:
-    void SetUp() override
-    {
-        const std::string folder = testing::TempDir() + "tool_update";
-        std::filesystem::remove_all(folder);
-        std::filesystem::create_directory(folder);
-        std::filesystem::current_path(folder);
-        tool::writeFile("app.xml", "<AppDB/>");
-        tool::writeFile("sort.xml", "<AppSortDB/>");
-    }
+    enterFolder("tool_update_test");
+    tool::writeFile("app.xml", "<AppDB/>");
+    tool::writeFile("sort.xml", "<AppSortDB/>");
+}
 
-    void TearDown() override
-    {
-        std::filesystem::current_path("/");
-    }
-
-    // The exit status, then what the program writes to standard output.
-    static std::string run(const std::string &arguments)
-    {
-        const std::string command = TARN_TOOL_FOLDER "/tarn-db-tool " + arguments + " 2>err >out";
-        const int status = std::system(command.c_str()); // NOLINT(cert-env33-c)
-        return std::to_string(WEXITSTATUS(status)) + " " + tool::readFile("out").contents;
-    }
-};
-
-TEST_F(ToolUpdate, BundledDatabasesAreAccepted)
+TEST(ToolUpdate, BundledDatabasesAreAccepted)
 {
-    EXPECT_EQ(run("bundle -o up --app app.xml --priority sort.xml --version 1.2.255"), "0 ");
+    enterWithInput();
     const std::string app = tool::packDatabase({"app", "<AppDB/>"}, tool::applicationDatabase);
     const std::string sort = tool::packDatabase({"sort", "<AppSortDB/>"}, tool::priorityDatabase);
-    EXPECT_EQ(run("verify up"), "0 file 0: application database, version 1.2.255, length " +
-                                    std::to_string(app.size() - 4) + ", magic 0x04000001\n" +
-                                    "file 1: priority database, version 1.2.255, length " +
-                                    std::to_string(sort.size() - 4) + ", magic 0x04000001\n" +
-                                    "result: APPMNGR_SUCCESS\n");
+    const std::string verified =
+        "file 0: application database, version 1.2.255, length " + std::to_string(app.size() - 4) +
+        ", magic 0x04000001\nfile 1: priority database, version 1.2.255, "
+        "length " +
+        std::to_string(sort.size() - 4) + ", magic 0x04000001\nresult: APPMNGR_SUCCESS\n";
+    const ProgramCase cases[] = {
+        {"bundle -o up --app app.xml --priority sort.xml --version 1.2.255", 0, "", ""},
+        {"verify up", 0, verified.c_str(), "file index:1"},
+    };
+    expectRuns("tarn-db-tool ", cases);
 
-    const std::string container = tool::readFile("up").contents;
+    const std::string container = contents("up");
     char version[8];
     const auto size = static_cast<uint32_t>((16 + 16 + app.size() - 4 + 7) / 8 * 8);
     ASSERT_EQ(appmngr_db_writeAppDbFromDatabase(0, size, container.data() + 17 + 8, version), 0);
@@ -58,36 +37,29 @@ TEST_F(ToolUpdate, BundledDatabasesAreAccepted)
     _appmngr_freeUpdateBuf();
 }
 
-TEST_F(ToolUpdate, VerifyNamesTheResult)
+TEST(ToolUpdate, ExitStatusAndOutput)
 {
-    ASSERT_EQ(run("bundle -o up --priority sort.xml --version 1.2.0"), "0 ");
-    EXPECT_EQ(run("verify app.xml"), "1 result: APPMNGR_ERR_FILE_INVALID_LEN\n");
-    tool::writeFile("damaged", tool::readFile("up").contents + "x");
-    EXPECT_EQ(run("verify - <damaged"), "1 result: APPMNGR_ERR_FILE_CHECK\n");
-    EXPECT_EQ(tool::readFile("err").contents,
-              "[Error](appmngr_db_writeFromDatabase) 2873: MD5 error!\r\n");
-}
-
-TEST_F(ToolUpdate, RefusedCommandLines)
-{
-    for (const char *arguments :
-         {"--version 1.2.0", "--app app.xml", "--app app.xml --version 1.2.256",
-          "--app app.xml --version 1.2.", "--app app.xml --version 1.3.0"}) {
-        EXPECT_EQ(run(std::string("bundle -o up ") + arguments), "2 ") << arguments;
-    }
-    EXPECT_EQ(run("bundle -o up --app none.xml --version 1.2.0"), "1 ");
-    EXPECT_FALSE(std::filesystem::exists("up"));
-}
-
-TEST_F(ToolUpdate, SealStatusIsThatOfTheFileTool)
-{
-    EXPECT_EQ(run("seal app.xml sealed"), "0 ");
-    EXPECT_EQ(run("unseal sealed back"), "0 ");
-    EXPECT_EQ(tool::readFile("back").contents, "<AppDB/>");
+    enterWithInput();
     tool::writeFile("large", std::string(16383, 'x'));
-    EXPECT_EQ(run("seal large sealed"), "255 ");
-    EXPECT_EQ(tool::readFile("err").contents,
-              "tarn-db-tool: large: not sealed, more than 16382 bytes\n");
+    tool::writeFile("damaged", contents("app.xml") + std::string(16, 'x'));
+    const char *const usage = "tarn-db-tool: ";
+    const ProgramCase cases[] = {
+        {"bundle -o up --version 1.2.0", 2, "", usage},
+        {"bundle -o up --app app.xml", 2, "", usage},
+        {"bundle -o up --app app.xml --version 1.2.256", 2, "", usage},
+        {"bundle -o up --app app.xml --version 1.2.", 2, "", usage},
+        {"bundle -o up --app app.xml --version 1.3.0", 2, "", usage},
+        {"bundle -o up --app none.xml --version 1.2.0", 1, "", "none.xml: No such file"},
+        {"verify up", 1, "", "up: No such file"},
+        {"bundle -o up --priority sort.xml --version 1.2.0", 0, "", ""},
+        {"verify app.xml", 1, "result: APPMNGR_ERR_FILE_INVALID_LEN\n", ""},
+        {"verify - <damaged", 1, "result: APPMNGR_ERR_FILE_CHECK\n",
+         "[Error](appmngr_db_writeFromDatabase) 2873: MD5 error!\r\n"},
+        {"seal app.xml sealed", 0, "", ""},
+        {"unseal sealed back && cat back", 0, "<AppDB/>", ""},
+        {"seal large sealed", 255, "", "tarn-db-tool: large: not sealed, more than 16382 bytes\n"},
+    };
+    expectRuns("tarn-db-tool ", cases);
 }
 
 } // namespace

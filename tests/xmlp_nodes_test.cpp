@@ -43,7 +43,7 @@ std::string order(const XmlpNode *parent)
 // The result of the call and the lines it prints.
 template <typename Call> std::string outcome(Call call)
 {
-    int result = 0;
+    int64_t result = 0;
     const std::string printed = captured([&] { result = call(); });
     return std::to_string(result) + xmlpLines(printed);
 }
@@ -184,6 +184,7 @@ TEST(XmlpNodes, Attributes)
     EXPECT_EQ(add("x y", "2"), "-1; addNodeAttr:1301 invalid attribute name x y.");
     EXPECT_EQ(add("x", "<"), "-1; addNodeAttr:1306 invalid attribute value.");
     EXPECT_EQ(set("x y", "2"), "-1; setNodeAttr:1475 invalid attribute name.");
+    EXPECT_EQ(set("a", ">"), "-1; setNodeAttr:1480 invalid attribute value.");
     EXPECT_EQ(remove("x"), "-1; delNodeAttr:1448 attribute not exist.");
     EXPECT_EQ(xmlp_getNodeAttrCount(node), 2u);
     EXPECT_EQ(xmlp_isNodeAttr(node, "a", "1"), 1);
@@ -200,8 +201,88 @@ TEST(XmlpNodes, Attributes)
     free(value);
     EXPECT_EQ(xmlp_getNodeAttr(node, "ab", &value), 0);
     EXPECT_EQ(value, nullptr);
-    EXPECT_EQ(remove("a"), "0");
     EXPECT_EQ(remove("ab"), "0");
+    EXPECT_EQ(remove("a"), "0");
     EXPECT_EQ(remove("ab"), "-1; delNodeAttr:1417 attribute not exist.");
     xmlp_delNode(node);
+}
+
+#define REFUSED(call, ...)                                            \
+    {                                                                 \
+#call, [] { return static_cast<int64_t>(call); }, __VA_ARGS__ \
+    }
+#define NOT(call) ((call) != nullptr) /* no pointer */
+
+// Arguments that nobody should give: the result, and the line and the text of the diagnostic.
+TEST(XmlpNodes, RefusedArguments)
+{
+    static XmlpNode node;
+    static XmlpAttr nameless, *area = &nameless;
+    static const XmlpItem noAttrs = {1, nullptr, 0, nullptr};
+    static const XmlpElement element = {};
+    const struct {
+        std::string call;
+        int64_t (*run)();
+        int result, line;
+        const char *text;
+    } rows[] = {
+        REFUSED(xmlp_getNodeAttrCount(nullptr), 0, 1133, "node is null."),
+        REFUSED(xmlp_addNodeAttr(nullptr, "a", ""), -1, 1296, "invalid params."),
+        REFUSED(xmlp_delNodeAttr(&node, ""), -1, 1412, "invalid params."),
+        REFUSED(xmlp_setNodeAttr(&node, "", ""), -1, 1470, "invalid params."),
+        REFUSED(xmlp_getNodeAttr(&node, nullptr, nullptr), -1, 1532, "invalid params."),
+        REFUSED(xmlp_isNodeAttr(&node, nullptr, ""), 0, 1579, "invalid params."),
+        REFUSED(xmlp_insNodeFirst(&node, nullptr), -1, 849, "invalid params."),
+        REFUSED(xmlp_insNodeLast(nullptr, &node), -1, 884, "invalid params."),
+        REFUSED(xmlp_insNodeAfter(&node, nullptr), -1, 918, "invalid params."),
+        REFUSED(xmlp_insNodeBefore(nullptr, &node), -1, 950, "invalid params."),
+        REFUSED(xmlp_addChildNode(&node, nullptr, 0), -1, 1064, "invalid params."),
+        REFUSED(NOT(xmlp_getChildNode(nullptr, 0)), 0, 983, "parent is null."),
+        REFUSED(NOT(xmlp_getChildNodeByName(&node, "a", 0)), 0, 1031, "invalid params."),
+        REFUSED(xmlp_getChildNodeCount(nullptr), 0, 1105, "node is null."),
+        REFUSED(_hasChildName(nullptr, "a"), 0, 0, ""),
+        REFUSED(_hasAttrName(&nameless, "a", 1), 0, 0, ""),
+        REFUSED(xmlp_setNodeValue(nullptr, "", 0), -1, 1207, "pNode is null."),
+        REFUSED(xmlp_delNode(nullptr), -1, 1624, "invalid params."),
+        REFUSED(xmlp_delDtree(nullptr), -1, 1673, "node is null."),
+        REFUSED(xmlp_delStree(nullptr), -1, 1695, "rootNode is null."),
+        REFUSED(NOT(xmlp_xml2Tree(nullptr, 0, 0)), 0, 1836, "xmlBuf is null."),
+        REFUSED(NOT(xmlp_parse(nullptr, 0, 0)), 0, 1431, "xmlBuf is null."),
+        REFUSED(NOT(xmlp_copyDoc(nullptr)), 0, 307, "doc is null."),
+        REFUSED((xmlp_releaseDoc(nullptr), 0), 0, 326, "doc is null."),
+        REFUSED((xmlp_destroyXmlTree(nullptr), 0), 0, 1720, "doc is null."),
+        REFUSED((_lock(nullptr), 0), 0, 118, "doc is null."),
+        REFUSED((_unLock(nullptr), 0), 0, 143, "doc is null."),
+        REFUSED((_destroyLock(nullptr), 0), 0, 168, "doc is null."),
+        REFUSED(NOT(xmlp_seekXml(nullptr, "/")), 0, 1871, "invalid params."),
+        REFUSED(NOT(_item2Node(nullptr)), 0, 197, "item is null."),
+        REFUSED(NOT(_item2Node(&noAttrs)), 0, 0, ""),
+        REFUSED(xmlp_nameCmp("", 0, nullptr), -1, 383, "invalid params."),
+        REFUSED(xmlp_isValidChar(nullptr, 0), 0, 421, "buf is null."),
+        REFUSED(xmlp_isValidName(nullptr, 0), 0, 458, "buf is null."),
+        REFUSED(xmlp_isValidAttrValue(nullptr, 0), 0, 502, "buf is null."),
+        REFUSED(xmlp_transStrLen(nullptr, 0), 0, 541, "str is null."),
+        REFUSED(NOT(xmlp_transStr(nullptr, "", 0)), 0, 584, "invalid params."),
+        REFUSED(xmlp_unTransStrLen(nullptr, 0), 0, 641, "str is null."),
+        REFUSED(NOT(xmlp_unTransStr(nullptr, "", 0)), 0, 705, "invalid params."),
+        REFUSED(NOT(_skipWhiteSpace(nullptr)), 0, 121, "buf is null."),
+        REFUSED(_checkNameAttr(nullptr, '/'), -1, 148, "buf is null."),
+        REFUSED(_checkNameAttr("/>", '/'), -1, 155, "error xml tag name."),
+        REFUSED(_checkXml("", nullptr, nullptr), -1, 396, "invalid params."),
+        REFUSED(NOT(_findName(nullptr, "", 0)), 0, 474, "invalid params."),
+        REFUSED(_saveNameAttr("", nullptr, nullptr, nullptr), -1, 510, "invalid params."),
+        REFUSED(_getNameAttr("", &element, &node, nullptr, 1, nullptr), -1, 621, "invalid params."),
+        REFUSED(_getNameAttr("", &element, &node, &area, 1, nullptr), -1, 626, "invalid params."),
+        REFUSED(_setType(&node, 0), -1, 811, "invalid params."),
+        REFUSED(NOT(_makeStree("", nullptr, nullptr, nullptr, nullptr, nullptr)), 0, 877,
+                "invalid params."),
+        REFUSED(NOT(_makeDtree(nullptr, nullptr)), 0, 1144, "invalid params."),
+        REFUSED(_nodeLen(nullptr) + _treeLen(nullptr) + _formatLen(nullptr, 1), 0, 0, ""),
+    };
+    for (const auto &row : rows) {
+        const std::string name =
+            std::regex_replace(row.call, std::regex("^(NOT)?\\(*(xmlp_)?(\\w+).*"), "$3");
+        const std::string line = "; " + name + ":" + std::to_string(row.line) + " " + row.text;
+        EXPECT_EQ(outcome(row.run), std::to_string(row.result) + (row.line != 0 ? line : ""));
+    }
 }

@@ -108,12 +108,14 @@ static uint64_t addWord(uint64_t rest, const char *bytes, uint32_t length)
     return hash ^ (hash >> 32);
 }
 
+// The hash of a string. The slots that it and its tails need come near meanwhile.
 static uint64_t hashOf(const XmlpNamePool *pool, const char *bytes, uint32_t length)
 {
     uint64_t hash = pool->seed;
     for (uint32_t at = endOf(length); at > 0;) {
         at -= WORD;
         hash = addWord(hash, bytes + at, length - at);
+        __builtin_prefetch(&pool->slots[hash & (pool->slotCount - 1)]);
     }
     return hash;
 }

@@ -4,10 +4,13 @@
 set(TARN_SYSROOT "" CACHE PATH "Where the target's packages are unpacked")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TARN_SYSROOT)
 
+if(NOT tarn_library_folder)
+  set(tarn_library_folder ${tarn_triplet})
+endif()
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_C_COMPILER ${tarn_triplet}-gcc)
 set(CMAKE_CXX_COMPILER ${tarn_triplet}-g++)
-set(CMAKE_LIBRARY_ARCHITECTURE ${tarn_triplet})
+set(CMAKE_LIBRARY_ARCHITECTURE ${tarn_library_folder})
 set(CMAKE_CROSSCOMPILING_EMULATOR ${tarn_emulator} -L /usr/${tarn_triplet})
 
 set(CMAKE_FIND_ROOT_PATH ${TARN_SYSROOT} /usr/${tarn_triplet})
@@ -18,5 +21,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # Some headers of a package differ between machines and lie in a folder of their own.
 foreach(language IN ITEMS C CXX)
-  set(CMAKE_${language}_FLAGS_INIT "-isystem ${TARN_SYSROOT}/usr/include/${tarn_triplet}")
+  set(CMAKE_${language}_FLAGS_INIT "-isystem ${TARN_SYSROOT}/usr/include/${tarn_library_folder}")
 endforeach()

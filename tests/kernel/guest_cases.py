@@ -1,8 +1,6 @@
-"""The command line cases: runs them all in one guest, then checks one at a time.
+"""Runs the command line cases in one guest, and tells which had other results than they should.
 
-usage: guest_cases.py list
-       guest_cases.py run WORK KERNEL_DIR PACKER PROGRAM...
-       guest_cases.py check WORK CASE
+usage: guest_cases.py WORK KERNEL_DIR PACKER PROGRAM...
 """
 
 import os
@@ -20,7 +18,6 @@ from expected_messages import messages, received_datagrams
 HERE = pathlib.Path(__file__).resolve().parent
 EXAMPLES = HERE.parents[1] / "examples"
 EXAMPLE = (EXAMPLES / "appdb.xml").read_text()
-PRIORITY_EXAMPLE = (EXAMPLES / "sortdb.xml").read_text()
 SKIPPED = 77
 
 
@@ -43,46 +40,87 @@ class Case:
     stderr: str = ""
     status: int = 0
     database: Optional[str] = None  # the XML text packed into the image
-    priority: Optional[str] = None  # and that of its priority database
+    priority: Optional[pathlib.Path] = None  # and the file with that of its priority database
     image: Optional[bytes] = None  # or the image itself
     received: Optional[tuple] = ()  # types of the messages the kernel got; None: not compared
-    with_module: bool = True
+    module: str = "receives"
+    meanwhile: str = ""  # commands that are run again and again while the case runs
 
+
+MODULE = {
+    "absent": "",
+    "refuses": "insmod /tarn_sink.ko refuse=1",
+    "answers": "rmmod tarn_sink; insmod /tarn_sink.ko refuse=2",  # by an error
+    "receives": "rmmod tarn_sink; insmod /tarn_sink.ko",
+}
 
 LOADER = "bin/tarn-db-loader"
+# The allocator keeps nothing back, so that a byte that is not freed shows.
+REPEAT = "env GLIBC_TUNABLES=glibc.malloc.tcache_count=0 bin/repeat_load"
 USAGE = "usage: tarn-db-loader <DB_FILE>\n"
-SEND_FAILED = "[Error](_appmngr_readFromDatabase) 2601: send msg to kernel failed\n"
 # Its LZMA properties are not valid, so that nothing can be decoded from it.
 DAMAGED_IMAGE = struct.pack(">I", 22) + b"\0\xff" + bytes(20)
+
+
+def failed(text, line, stage):
+    return f"{text}[Error](_appmngr_readFromDatabase) {line}: {stage} failed\n"
+
+
+def send_failed(text, line=2540, what="send db to kernel failed"):
+    return failed(f"{text}[Error](_appmngr_sendMsgToKernel) {line}: {what}\n", 2601,
+                  "send msg to kernel")
+
+
+DAMAGED = failed("[ERROR][_checkXml():452]: no xml tag found.\r\n"
+                 "[ERROR][_initLock():78]: doc is null.\r\n", 2585, "Analyze database")
+EMPTY = failed('[Error](_appmngr_readAppDb) 2167: Size of buffer "204800" is too small.\n',
+               2569, "_appmngr_readAppDb")
+GONE = failed("read db flash fail\n: No such file or directory\n", 2569, "_appmngr_readAppDb")
+ABSENT = send_failed("create socket failed: Protocol not supported\n", 2532,
+                     "appdist Failed to initialize handle")
+REFUSED = send_failed("app netlink sendto fail, ret:-1\nConnection refused\n")
+TOO_LONG = send_failed("app netlink sendto fail, ret:-1\nMessage too long\n")
+
+
+def all_of(*outputs):
+    """What repeat_load prints when its loads had these outputs."""
+    return "".join("--\n" + output for output in sorted(outputs))
+
 
 CASES = [
     Case("usage_without_argument", LOADER, USAGE, status=255),
     Case("usage_with_two_arguments", f"{LOADER} one two", USAGE, status=255),
     Case("path_that_does_not_open", f"{LOADER} no/such/file",
          stderr="invalid database path: no/such/file\n", status=255),
-    Case("damaged_image", LOADER,
-         "[ERROR][_checkXml():452]: no xml tag found.\r\n"
-         "[ERROR][_initLock():78]: doc is null.\r\n"
-         "[Error](_appmngr_readFromDatabase) 2585: Analyze database failed\n",
-         image=DAMAGED_IMAGE),
+    Case("damaged_image", LOADER, DAMAGED, image=DAMAGED_IMAGE),
     Case("load", LOADER, database=EXAMPLE, received=(19, 21)),
-    Case("no_dns_keywords", LOADER,
-         "[Error](_appmngr_sendMsgToKernel) 2547: send db to kernel failed\n" + SEND_FAILED,
-         database=database(3, 0), received=(19,)),
+    Case("load_answered", LOADER, database=EXAMPLE, received=(19, 21), module="answers"),
+    Case("no_dns_keywords", LOADER, send_failed("", 2547), database=database(3, 0),
+         received=(19,)),
     # The socket takes datagrams of up to 425,952 bytes; 714 rules make 425,608.
     Case("largest_rule_table", LOADER, database=database(714, 2), received=(19, 21)),
-    Case("rule_table_beyond_a_datagram", LOADER,
-         "app netlink sendto fail, ret:-1\nMessage too long\n"
-         "[Error](_appmngr_sendMsgToKernel) 2540: send db to kernel failed\n" + SEND_FAILED,
-         database=database(715, 2)),
-    Case("no_module", LOADER,
-         "create socket failed: Protocol not supported\n"
-         "[Error](_appmngr_sendMsgToKernel) 2532: appdist Failed to initialize handle\n"
-         + SEND_FAILED, database=database(1, 1), with_module=False),
-    Case("priority_check", "bin/priority_check", database=EXAMPLE, priority=PRIORITY_EXAMPLE,
-         received=(20,)),
+    Case("rule_table_beyond_a_datagram", LOADER, TOO_LONG, database=database(715, 2)),
+    Case("no_module", LOADER, ABSENT, database=EXAMPLE, module="absent"),
+    Case("refused", LOADER, REFUSED, database=EXAMPLE, module="refuses"),
+    Case("priority", f"{REPEAT} priority 1 1", all_of(""), database=EXAMPLE,
+         priority=EXAMPLES / "sortdb.xml", received=(20,)),
     # A second handle of the process finds its port id taken, once for each protocol.
     Case("receive_check", "bin/receive_check", "Here?\nHere?\n", received=None),
+    Case("processes_in_a_row",
+         f"sh -c 'for load in $(seq 50); do {LOADER} $0; echo $?; done | sort | uniq -c'",
+         "     50 0\n", database=EXAMPLE, received=None),
+    Case("loads_in_a_row", f"{REPEAT} application 1000 1", all_of(""), database=EXAMPLE,
+         received=None),
+    Case("refused_loads_in_a_row", f"{REPEAT} application 100 1", all_of(REFUSED),
+         database=EXAMPLE, received=None, module="refuses"),
+    Case("changing_file", f"{REPEAT} application 300 4", all_of("", DAMAGED, EMPTY, GONE),
+         database=EXAMPLE, received=None,
+         meanwhile="f=changing_file.img; echo tail >>$f; truncate -s 18 $f; cat load.img >$f;"
+                   ": >$f; cat damaged_image.img >$f; rm $f; cp load.img new; mv new $f"),
+    Case("module_comes_and_goes", f"{REPEAT} application 300 3", all_of("", ABSENT, REFUSED),
+         database=EXAMPLE, received=None,
+         meanwhile="insmod /tarn_sink.ko refuse=1; rmmod tarn_sink; insmod /tarn_sink.ko;"
+                   "rmmod tarn_sink"),
 ]
 
 
@@ -90,61 +128,37 @@ def write_image(case, path, packer):
     if case.image is not None:
         path.write_bytes(case.image)
     else:
-        xml = path.with_suffix(".xml")
-        xml.write_text(case.database)
-        command = [packer, "pack", xml, "-o", path]
-        if case.priority is not None:
-            priority_xml = path.with_suffix(".priority.xml")
-            priority_xml.write_text(case.priority)
-            command += ["--priority", priority_xml]
-        subprocess.run(command, check=True)
+        priority = ["--priority", case.priority] if case.priority else []
+        subprocess.run([packer, "pack", "-", "-o", path, *priority], input=case.database, text=True,
+                       check=True)
 
 
 def write_payload(payload, packer, programs):
     (payload / "bin").mkdir(parents=True)
     for program in programs:
         shutil.copy(program, payload / "bin")
-    run = {False: [], True: ["insmod /tarn_sink.ko"]}
+    run = {module: [command] for module, command in MODULE.items()}
     for case in CASES:
         words = ["run_case", case.name, *shlex.split(case.command)]
+        if case.meanwhile:
+            words = ["meanwhile", case.meanwhile, *words]
         if case.database is not None or case.image is not None:
             words.append(f"{case.name}.img")
             write_image(case, payload / words[-1], packer)
-        run[case.with_module].append(shlex.join(words))
-    (payload / "run").write_text("\n".join(run[False] + run[True]) + "\n")
-
-
-def skip(reason):
-    """Without a guest the tests are skipped, except where they must not be."""
-    print(reason)
-    return 1 if os.environ.get("CI") == "true" else SKIPPED
-
-
-def run_all(work, kernel, packer, *programs):
-    shutil.rmtree(work, ignore_errors=True)
-    work.mkdir(parents=True)
-    fetched = subprocess.run([HERE / "fetch-kernel", kernel], stderr=subprocess.PIPE, text=True)
-    if fetched.returncode == SKIPPED:
-        (work / "skipped").write_text(fetched.stderr)
-        return skip(fetched.stderr)
-    sys.stderr.write(fetched.stderr)
-    fetched.check_returncode()
-    write_payload(work / "payload", packer, programs)
-    return subprocess.run([HERE / "boot", kernel, work / "payload", work / "results"]).returncode
+        run[case.module].append(shlex.join(words))
+    (payload / "run").write_text("\n".join(sum(run.values(), [])) + "\n")
 
 
 def received_differences(case, results):
     port_id = int((results / "pid").read_text())
-    expected = messages(case.database, case.priority, port_id) if case.received else {}
+    priority_xml = case.priority and case.priority.read_text()
+    expected = messages(case.database, priority_xml, port_id) if case.received else {}
     wanted = [(22, port_id, expected[kind]) for kind in case.received]
-    found = received_datagrams(results / "received") if case.with_module else []
-    if len(found) != len(wanted):
-        yield f"received {len(found)} messages instead of {len(wanted)}"
-    for number, (got, want) in enumerate(zip(found, wanted)):
-        if got != want:
-            same = len(os.path.commonprefix([got[2], want[2]]))
-            yield f"message {number}: (protocol, port id) {got[:2]} instead of {want[:2]}, " \
-                  f"{len(got[2])} bytes instead of {len(want[2])}, the first {same} alike"
+    found = received_datagrams(results / "received") if case.module != "absent" else []
+    if found != wanted:
+        sizes = [[(*row[:2], len(row[2])) for row in rows] for rows in (found, wanted)]
+        yield "received, as (protocol, port id, length), {} instead of {}, or with other " \
+              "bytes".format(*sizes)
 
 
 def differences(case, results):
@@ -157,20 +171,23 @@ def differences(case, results):
         yield from received_differences(case, results)
 
 
-def check(work, name):
-    if (work / "skipped").exists():
-        return skip((work / "skipped").read_text())
-    case = next(case for case in CASES if case.name == name)
-    found = list(differences(case, work / "results" / name))
-    print(f"{name}: {'FAIL' if found else 'PASS'}", *found, sep="\n")
-    return 1 if found else 0
-
-
-def main(action, work="", *arguments):
-    if action == "list":
-        print(*(case.name for case in CASES), sep=";", end="")
-        return 0
-    return {"run": run_all, "check": check}[action](pathlib.Path(work), *arguments)
+def main(work, kernel, packer, *programs):
+    work = pathlib.Path(work)
+    shutil.rmtree(work, ignore_errors=True)
+    work.mkdir(parents=True)
+    fetched = subprocess.run([HERE / "fetch-kernel", kernel], stderr=subprocess.PIPE, text=True)
+    sys.stderr.write(fetched.stderr)
+    if fetched.returncode == SKIPPED:
+        # Without a guest the cases are skipped, except where they must not be.
+        (work / "skipped").write_text(fetched.stderr)
+        return 1 if os.environ.get("CI") == "true" else SKIPPED
+    fetched.check_returncode()
+    write_payload(work / "payload", packer, programs)
+    subprocess.run([HERE / "boot", kernel, work / "payload", work / "results"], check=True)
+    found = {case.name: list(differences(case, work / "results" / case.name)) for case in CASES}
+    for name, wrong in found.items():
+        print(f"{name}: {'FAIL' if wrong else 'PASS'}", *wrong, sep="\n    ")
+    return 1 if any(found.values()) else 0
 
 
 if __name__ == "__main__":

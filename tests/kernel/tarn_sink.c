@@ -10,7 +10,8 @@
  *     | protocol | port id  | length   | length bytes   |
  *     +----------+----------+----------+----------------+
  *
- * What is written to /proc/tarn-sink/answer goes, once, to the sender of the next datagram.
+ * A datagram of type 30 is answered by the bytes that follow its netlink header. With the parameter
+ * refuse=1 nothing is received, with refuse=2 every datagram is answered by an error.
  */
 #include <linux/module.h>
 #include <linux/mutex.h>
@@ -22,15 +23,18 @@
 #include <net/sock.h>
 
 #define RECEIVED_ROOM (4u << 20)
-#define ANSWER_ROOM   4096u
+#define ANSWER_TYPE   30
 
 static const int protocols[] = {22, 13};
 
-static DEFINE_MUTEX(lock); /* guards everything below */
+static int refuse;
+module_param(refuse, int, 0400);
+
+static DEFINE_MUTEX(lock); /* guards what was received */
 static u8 *received;
 static size_t received_length;
-static u8 answer[ANSWER_ROOM];
-static size_t answer_length;
+static struct sock *sockets[ARRAY_SIZE(protocols)];
+static struct proc_dir_entry *directory;
 
 static void keep(const struct sk_buff *datagram)
 {
@@ -45,22 +49,26 @@ static void keep(const struct sk_buff *datagram)
 
 static void send_answer(const struct sk_buff *datagram)
 {
-    struct sk_buff *reply = alloc_skb(answer_length, GFP_KERNEL);
+    size_t length = datagram->len - NLMSG_HDRLEN;
+    struct sk_buff *reply = alloc_skb(length, GFP_KERNEL);
 
     if (reply) {
-        skb_put_data(reply, answer, answer_length);
+        skb_put_data(reply, datagram->data + NLMSG_HDRLEN, length);
         netlink_unicast(datagram->sk, reply, NETLINK_CB(datagram).portid, MSG_DONTWAIT);
     }
-    answer_length = 0;
 }
 
 static void on_datagram(struct sk_buff *datagram)
 {
+    struct nlmsghdr *header = nlmsg_hdr(datagram);
+
     mutex_lock(&lock);
     keep(datagram);
-    if (answer_length > 0)
-        send_answer(datagram);
     mutex_unlock(&lock);
+    if (refuse)
+        netlink_ack(datagram, header, -EPERM, NULL);
+    else if (datagram->len > NLMSG_HDRLEN && header->nlmsg_type == ANSWER_TYPE)
+        send_answer(datagram);
 }
 
 static ssize_t read_received(struct file *file, char __user *to, size_t size, loff_t *position)
@@ -82,55 +90,41 @@ static ssize_t empty_received(struct file *file, const char __user *from, size_t
     return size;
 }
 
-static ssize_t write_answer(struct file *file, const char __user *from, size_t size,
-                            loff_t *position)
-{
-    ssize_t result = -EFBIG;
-
-    mutex_lock(&lock);
-    if (size <= ANSWER_ROOM)
-        result = copy_from_user(answer, from, size) ? -EFAULT : size;
-    answer_length = result > 0 ? size : 0;
-    mutex_unlock(&lock);
-    return result;
-}
-
 static const struct proc_ops received_ops = {
     .proc_read = read_received,
     .proc_write = empty_received,
 };
 
-static const struct proc_ops answer_ops = {
-    .proc_write = write_answer,
-};
-
-static int __init tarn_sink_init(void)
+static void tarn_sink_exit(void)
 {
-    struct netlink_kernel_cfg config = {.input = on_datagram};
-    struct sock *sockets[ARRAY_SIZE(protocols)] = {};
-    struct proc_dir_entry *directory = proc_mkdir("tarn-sink", NULL);
     size_t i;
 
-    received = vmalloc(RECEIVED_ROOM);
-    if (!received || !directory || !proc_create("received", 0600, directory, &received_ops) ||
-        !proc_create("answer", 0200, directory, &answer_ops))
-        goto fail;
-    for (i = 0; i < ARRAY_SIZE(protocols); ++i) {
-        sockets[i] = netlink_kernel_create(&init_net, protocols[i], &config);
-        if (!sockets[i])
-            goto fail;
-    }
-    return 0;
-
-fail:
     for (i = 0; i < ARRAY_SIZE(sockets); ++i)
         netlink_kernel_release(sockets[i]);
     proc_remove(directory);
     vfree(received);
+}
+
+static int __init tarn_sink_init(void)
+{
+    struct netlink_kernel_cfg config = {.input = refuse == 1 ? NULL : on_datagram};
+    bool good;
+    size_t i;
+
+    received = vmalloc(RECEIVED_ROOM);
+    directory = proc_mkdir("tarn-sink", NULL);
+    good = received && directory && proc_create("received", 0600, directory, &received_ops);
+    for (i = 0; good && i < ARRAY_SIZE(protocols); ++i) {
+        sockets[i] = netlink_kernel_create(&init_net, protocols[i], &config);
+        good = sockets[i];
+    }
+    if (good)
+        return 0;
+    tarn_sink_exit();
     return -ENOMEM;
 }
 
-/* Without an exit: once loaded it stays for the life of the guest. */
 module_init(tarn_sink_init);
+module_exit(tarn_sink_exit);
 MODULE_DESCRIPTION("Keeps what arrives on netlink protocols 22 and 13");
 MODULE_LICENSE("GPL");
