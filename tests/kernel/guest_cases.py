@@ -15,8 +15,9 @@ from typing import Optional
 
 from expected_messages import messages, received_datagrams
 
-HERE = pathlib.Path(__file__).resolve().parent
-EXAMPLES = HERE.parents[1] / "examples"
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
+EXAMPLES = PROJECT / "examples"
+GUEST = PROJECT / "guest"
 EXAMPLE = (EXAMPLES / "appdb.xml").read_text()
 SKIPPED = 77
 
@@ -175,7 +176,7 @@ def main(work, kernel, packer, *programs):
     work = pathlib.Path(work)
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir(parents=True)
-    fetched = subprocess.run([HERE / "fetch-kernel", kernel], stderr=subprocess.PIPE, text=True)
+    fetched = subprocess.run([GUEST / "fetch-kernel", kernel], stderr=subprocess.PIPE, text=True)
     sys.stderr.write(fetched.stderr)
     if fetched.returncode == SKIPPED:
         # Without a guest the cases are skipped, except where they must not be.
@@ -183,7 +184,7 @@ def main(work, kernel, packer, *programs):
         return 1 if os.environ.get("CI") == "true" else SKIPPED
     fetched.check_returncode()
     write_payload(work / "payload", packer, programs)
-    subprocess.run([HERE / "boot", kernel, work / "payload", work / "results"], check=True)
+    subprocess.run([GUEST / "boot", kernel, work / "payload", work / "results"], check=True)
     found = {case.name: list(differences(case, work / "results" / case.name)) for case in CASES}
     for name, wrong in found.items():
         print(f"{name}: {'FAIL' if wrong else 'PASS'}", *wrong, sep="\n    ")

@@ -1,5 +1,5 @@
 /*
- * tarn_sink - stands in for the traffic classifier in the test guest.
+ * tarn_sink - stands in for the traffic classifier in the guest.
  *
  * It receives on netlink protocols 22 and 13. /proc/tarn-sink/received holds every datagram
  * that came, in order, up to 4 MiB; writing to that file empties it. One datagram reads, in host

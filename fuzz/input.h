@@ -1,0 +1,118 @@
+/*
+ * What a fuzz target makes of its input: the values coded in it, a file that holds it, the update
+ * files that it is the inside of.
+ */
+#ifndef FUZZ_INPUT_H
+#define FUZZ_INPUT_H
+
+#include "dbimage/dbimage.h"
+
+#include <arpa/inet.h>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <sys/mman.h>
+#include <unistd.h>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+
+/* Before the first input: the diagnostics are many, and no news. */
+extern "C" __attribute__((used)) inline int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
+{
+    return freopen("/dev/null", "w", stdout) != nullptr ? 0 : -1;
+}
+
+namespace fuzz
+{
+
+/* Ends the run with a finding at the caller's line when something does not hold. */
+inline void require(bool holds, const char *file = __builtin_FILE(), int line = __builtin_LINE())
+{
+    if (!holds) {
+        fprintf(stderr, "%s:%d: does not hold\n", file, line);
+        abort();
+    }
+}
+
+/* Takes an input apart. Where it has ended, bytes are 0 and texts empty. */
+struct Input {
+    std::string_view rest; /* behind it lies memory that must not be read */
+
+    Input(const uint8_t *data, size_t size) : rest(reinterpret_cast<const char *>(data), size) {}
+
+    std::string bytes(size_t count)
+    {
+        const std::string taken(rest.substr(0, count));
+        rest.remove_prefix(taken.size());
+        return taken;
+    }
+
+    uint8_t byte()
+    {
+        return static_cast<uint8_t>(bytes(1)[0]);
+    }
+
+    /* The bytes up to the next NUL, which is skipped. */
+    std::string text()
+    {
+        const std::string taken = bytes(rest.find('\0'));
+        byte();
+        return taken;
+    }
+};
+
+/* Returns the path of a file in memory that holds contents at offset, until the next call. */
+inline std::string asFile(std::string_view contents, off_t offset = 0)
+{
+    static const int file = memfd_create("input", 0);
+    require(ftruncate(file, 0) == 0);
+    require(pwrite(file, contents.data(), contents.size(), offset) >= 0);
+    return "/proc/self/fd/" + std::to_string(file);
+}
+
+inline std::string withDigest(const std::string &prefix, const std::string &bytes)
+{
+    unsigned char digest[DBIMAGE_DIGEST_SIZE];
+    md5_digest(digest, bytes.data(), static_cast<uint32_t>(bytes.size()));
+    return std::string(reinterpret_cast<char *>(digest), sizeof digest) + prefix + bytes;
+}
+
+inline std::string bigEndian(size_t number)
+{
+    const uint32_t word = htonl(static_cast<uint32_t>(number));
+    return {reinterpret_cast<const char *>(&word), sizeof word};
+}
+
+/* The encrypted database file with this header and payload. */
+inline std::string encrypted(std::string_view body)
+{
+    const std::string plain = withDigest("", std::string(body));
+    const auto length = static_cast<int32_t>(plain.size());
+    std::string file(plain.size() + 8, '\0');
+    const int written =
+        wexal_des_min_do(plain.data(), length, file.data(), length + 8, g_appmngr_databaseKey, 1);
+    return file.substr(0, static_cast<size_t>(written));
+}
+
+/*
+ * The container of the files in an input: each a type, the length of what follows in two bytes, and
+ * header and payload without their length field.
+ */
+inline std::string container(Input *input)
+{
+    std::string entries;
+    char count = 0;
+    for (; !input->rest.empty(); count++) {
+        const std::string type = input->bytes(1);
+        const size_t length = input->byte() + size_t{256} * input->byte();
+        const std::string body = input->bytes(length);
+        const std::string file = encrypted(bigEndian(body.size() - 12) + body);
+        entries += type + "..." + bigEndian(file.size()) + file;
+    }
+    return withDigest(std::string(1, count), entries);
+}
+
+} // namespace fuzz
+
+#endif
