@@ -230,15 +230,15 @@ static XmlpValue *copyMatches(const XmlpNode *list, const XmlpAttrPair *pairs, u
         _xmlp_report(getItemValueByAttr.name, 1947, "malloc failed.");
         return nullptr;
     }
-    const XmlpNode *item = list->firstChild;
-    for (uint32_t i = 0; i < count; i++) {
-        item = nextMatch(item, pairs, pairCount);
-        if (_copyNodeValue(&values[i], item, 0) != 0) {
+    uint32_t filled = 0;
+    for (const XmlpNode *item = list->firstChild;
+         (item = nextMatch(item, pairs, pairCount)) != nullptr; item = item->next) {
+        if (_copyNodeValue(&values[filled], item, 0) != 0) {
             _xmlp_report(getItemValueByAttr.name, 1968, "malloc failed.");
-            freeValues(values, i);
+            freeValues(values, filled);
             return nullptr;
         }
-        item = item->next;
+        filled++;
     }
     *outCount = count;
     return values;
