@@ -262,7 +262,7 @@ static uint32_t saveElementName(XmlpNamePool *pool, const char *bytes, uint32_t 
     }
     XmlpRecentName key = keyOf(bytes, length);
     uint64_t hash = (key.first ^ key.last ^ length) * 0x9E3779B97F4A7C15u;
-    XmlpRecentName *recent = &pool->recent[hash >> 58];
+    XmlpRecentName *recent = &pool->recent[hash >> (64 - XMLP_RECENT_BITS)];
     if (recent->place == 0 || recent->first != key.first || recent->last != key.last ||
         recent->length != length) {
         *recent = key;

@@ -166,6 +166,8 @@ struct XmlpNameSlot {
     uint32_t place; /* 0 for a free slot */
 };
 
+enum : uint32_t { XMLP_RECENT_BITS = 8 };
+
 /* A short name met before, told by its first and last 8 bytes. */
 struct XmlpRecentName {
     uint64_t first;
@@ -190,7 +192,7 @@ struct XmlpNamePool {
     size_t attrPlaceCount;
     size_t attrPlaceCapacity;
     size_t attrPlacesRead;
-    XmlpRecentName recent[64];
+    XmlpRecentName recent[1 << XMLP_RECENT_BITS];
 };
 
 enum : uint32_t { XMLP_POOL_WORD = 4 };
