@@ -65,7 +65,7 @@ int appmngr_string_match(const char *a, const char *b)
 namespace
 {
 struct ByteSet {
-    bool holds[256];
+    uint64_t words[4];
 };
 } // namespace
 
@@ -73,14 +73,16 @@ static ByteSet setOf(const char *bytes)
 {
     ByteSet set = {};
     for (; *bytes != '\0'; bytes++) {
-        set.holds[static_cast<unsigned char>(*bytes)] = true;
+        auto byte = static_cast<unsigned char>(*bytes);
+        set.words[byte / 64] |= UINT64_C(1) << byte % 64;
     }
     return set;
 }
 
 static bool isIn(const ByteSet *set, char character)
 {
-    return set->holds[static_cast<unsigned char>(character)];
+    auto byte = static_cast<unsigned char>(character);
+    return (set->words[byte / 64] >> byte % 64 & 1) != 0;
 }
 
 static char *nextToken(const ByteSet *delimiters, char **save)
