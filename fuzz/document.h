@@ -69,6 +69,9 @@ inline bool isReadable(const XmlpNode *node)
 {
     const auto nameLength = static_cast<uint32_t>(strlen(node->name));
     bool isReadable = isEmpty(node) || xmlp_isValidName(node->name, nameLength);
+    // As an item of "/", a structure that has no children yet can be given a value.
+    const bool mayHaveValue = node->type == XMLP_NODE_VALUE || node->type == XMLP_NODE_ITEM;
+    isReadable = isReadable && (node->valueSize == 0 || mayHaveValue);
     std::string earlier;
     for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
         const std::string name = std::string("\n") + attr->name; // refused as a beginning of one
