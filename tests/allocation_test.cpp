@@ -139,46 +139,29 @@ struct Operation {
     const char *name;
     void (*before)();
     std::string (*call)();
-    const char *failures; /* when the first allocation fails, the second, ...; equal ones once */
+    const char *failures; /* when the first allocation fails, the second, ... */
     const char *success;
+    const char *kept = ""; /* what stays allocated, for the next call, when all was released */
 };
 
 void nothing() {}
 
-#define NO_DOC        "; initLock:78 doc is null."
-#define NO_DB         "; readFromDatabase:2585 Analyze database failed"
-#define NO_TABLES     "; analyzeDbFile:2325 _appmngr_alloc_for_appdb failed" NO_DB
-#define NOT_SENT      "; readFromDatabase:2601 send msg to kernel failed"
-#define NO_SORTS_READ "; database_init:2044 apppri_readAppSortFromDB failed."
-#define NO_SORTS      "; readAppSortFromDB:1876 apppri_analyzeDBFile error." NO_SORTS_READ
-#define NO_SORT_DOC   NO_DOC "; analyzeDBFile:1105 xmlParseMemory error." NO_SORTS
-#define NO_SORT                                                                               \
-    "; db_parseSortList:728 apppri_db_parseSort 0 FAILED; db_parseAppSortDB:854 Proc forest " \
-    "FAILED"                                                                                  \
-    "; db_parseAll:903 apppri_db_parseAppSortDB FAILED"                                       \
-    "; analyzeDBFile:1139 apppri_db_parseAll FAILED" NO_SORTS
-#define NO_APP                                        \
-    "; db_parseAppList:529 apppri_db_parseApp error." \
-    "; db_parseSort:678 apppri_db_parseAppList error!" NO_SORT
-#define NO_MAP "; database_init:2050 apppri_sendMsgToKernel failed."
-
 const Operation operations[] = {
     {"static document", nothing, [] { return loaded(document, 1); },
-     "null; xml2Tree:1842!" NO_DOC " | null; parse:1438!" NO_DOC " | null; parse:1469!" NO_DOC
-     " | null" NO_DOC " | null; parse:1509!" NO_DOC " | null; parse:1572!" NO_DOC,
+     "null; xml2Tree:1842!; _initLock:78 doc is null. | null; parse:1438! ~ | null; parse:1469! ~"
+     " | null; parse:1509! ~ | null; parse:1572! ~",
      "document"},
     {"large static document", nothing, [] { return loaded(largeText(), 1); },
-     "null; xml2Tree:1842!" NO_DOC " | null; parse:1438!" NO_DOC " | null" NO_DOC
-     " | null; checkXml:441 error xml tag." NO_DOC " | null; parse:1509!" NO_DOC
-     " | null; parse:1572!" NO_DOC " | null" NO_DOC,
+     "null; xml2Tree:1842!; _initLock:78 doc is null. | null; parse:1438! ~"
+     " | null; parse:1509! ~ | null; parse:1572! ~ | null ~",
      "document"},
     {"dynamic document", nothing, [] { return loaded(document, 0); },
-     "null; xml2Tree:1842!" NO_DOC " | null; parse:1438!" NO_DOC " | null; parse:1469!" NO_DOC
-     " | null" NO_DOC " | null; initNode:827!" NO_DOC " | null; getNameAttr:645!" NO_DOC
-     " | null; getNameAttr:672!" NO_DOC " | null; getNameAttr:708!" NO_DOC
-     " | null; getNameAttr:744!" NO_DOC " | null; getNameAttr:771!" NO_DOC
-     " | null; getNameAttr:708!" NO_DOC " | null; getNameAttr:744!" NO_DOC
-     " | null; initNode:827!" NO_DOC " | null; getNameAttr:645!" NO_DOC " | null" NO_DOC,
+     "null; xml2Tree:1842!; _initLock:78 doc is null. | null; parse:1438! ~ | null; parse:1469! ~"
+     " | null; parse:1509! ~ | null; initNode:827! ~ | null; _getNameAttr:645! ~ | null; "
+     "_getNameAttr:672! ~"
+     " | null; _getNameAttr:708! ~ | null; _getNameAttr:744! ~ | null; _getNameAttr:771! ~"
+     " | null; _getNameAttr:708! ~ | null; _getNameAttr:744! ~ | null; initNode:827! ~"
+     " | null; _getNameAttr:645! ~ | null ~",
      "document"},
     {"text in one line", [] { loaded(document, 1); }, [] { return dumped(1); },
      "null, 37; tree2Xml:1789!", "text of 37"},
@@ -192,18 +175,19 @@ const Operation operations[] = {
          const int result = appmngr_load_database();
          return status(result, g_appmngr_appDb.ruleCount);
      },
-     "-1; file_alloc:2400 malloc memory faild.; readFromDatabase:2563 appmngr_file_alloc failed"
-     " | -1; readFromDatabase:2569 _appmngr_readAppDb failed; read db flash fail"
-     "; : Cannot allocate memory"
-     " | -1; checkXml:452 no xml tag found." NO_DOC NO_DB " | -1; xml2Tree:1842!" NO_DOC NO_DB
-     " | -1; parse:1438!" NO_DOC NO_DB " | -1" NO_DOC NO_DB " | -1; parse:1509!" NO_DOC NO_DB
-     " | -1; parse:1572!" NO_DOC NO_DB " | -1" NO_TABLES
-     " | -1; Allocate for g_appmngr_appDns.rule FAILED" NO_TABLES
-     " | -1, 1; analyzeDbFile:2341 appmngr_xmlnode_handler failed" NO_DB
-     " | -1, 1; malloc error!; sendMsgToKernel:2532 appdist Failed to initialize handle" NOT_SENT
-     " | -1, 1;  malloc mem eroor; sendMsgToKernel:2540 send db to kernel failed" NOT_SENT
-     " | -1, 1;  malloc mem eroor; sendMsgToKernel:2547 send db to kernel failed" NOT_SENT,
-     "0, 1"},
+     "-1; file_alloc:2400 malloc memory faild.; _readFromDatabase:2563 appmngr_file_alloc failed"
+     " | -1; _readFromDatabase:2569 _appmngr_readAppDb failed; read db flash fail"
+     "; : Cannot allocate memory | -1; _checkXml:452 no xml tag found.; _initLock:78 doc is null."
+     "; _readFromDatabase:2585 Analyze database failed | -1; xml2Tree:1842! ~ | -1; parse:1438! ~"
+     " | -1; parse:1509! ~ | -1; parse:1572! ~"
+     " | -1; analyzeDbFile:2325 _appmngr_alloc_for_appdb failed ~"
+     " | -1; Allocate for g_appmngr_appDns.rule FAILED ~"
+     " | -1, 1; analyzeDbFile:2341 appmngr_xmlnode_handler failed ~ | -1, 1; malloc error!"
+     "; _sendMsgToKernel:2532 appdist Failed to initialize handle"
+     "; _readFromDatabase:2601 send msg to kernel failed"
+     " | -1, 1;  malloc mem eroor; _sendMsgToKernel:2540 send db to kernel failed ~"
+     " | -1, 1;  malloc mem eroor; _sendMsgToKernel:2547 send db to kernel failed ~",
+     "0, 1", "65536 204800 | 51200 65536 | 51200 204800"}, /* what it got of three: for the next */
 
     {"channel", [] { appdist_errno = 0; },
      [] {
@@ -225,23 +209,27 @@ const Operation operations[] = {
          const int result = apppri_database_init();
          return status(result, listedApps());
      },
-     "-1; DBResAlloc:1171 apppri file reinit failed.; readAppSortFromDB:1858 DBResInit "
-     "error." NO_SORTS_READ " | -1; readDBFromFlash:1023 read db flash fail; "
-     "readAppSortFromDB:1870 apppri_readDBFromFlash "
-     "error." NO_SORTS_READ " | -1; checkXml:452 no xml tag found." NO_SORT_DOC
-     " | -1; xml2Tree:1842!" NO_SORT_DOC " | -1; parse:1438!" NO_SORT_DOC " | -1" NO_SORT_DOC
-     " | -1; parse:1509!" NO_SORT_DOC " | -1; parse:1572!" NO_SORT_DOC " | -1" NO_SORT
-     " | -1; db_parseApp:395 l_app_pool alloc error." NO_APP
-     " | -1; db_parseApp:412 l_app_pool alloc error." NO_APP
-     " | -1, 1; db_parseApp:395 l_app_pool alloc error." NO_APP
-     " | -1, 2; sendMsgToKernel:1438 g_appPriTbl mem malloc error." NO_MAP
-     " | -1, 2; malloc error!; sendMsgToKernel:1452 appdist Failed to initialize handle" NO_MAP
-     " | -1, 2;  malloc mem eroor; sendMsgToKernel:1459 send db to kernel failed" NO_MAP,
-     "0, 2"},
+     "-1; DBResAlloc:1171 apppri file reinit failed.; readAppSortFromDB:1858 DBResInit error."
+     "; database_init:2044 apppri_readAppSortFromDB failed. | -1"
+     "; readDBFromFlash:1023 read db flash fail"
+     "; readAppSortFromDB:1870 apppri_readDBFromFlash error. ~ | -1"
+     "; _checkXml:452 no xml tag found.; _initLock:78 doc is null."
+     "; analyzeDBFile:1105 xmlParseMemory error."
+     "; readAppSortFromDB:1876 apppri_analyzeDBFile error. ~ | -1; xml2Tree:1842! ~"
+     " | -1; parse:1438! ~ | -1; parse:1509! ~ | -1; parse:1572! ~ | -1"
+     "; db_parseSortList:728 apppri_db_parseSort 0 FAILED"
+     "; db_parseAppSortDB:854 Proc forest FAILED; db_parseAll:903 apppri_db_parseAppSortDB FAILED"
+     "; analyzeDBFile:1139 apppri_db_parseAll FAILED ~ | -1"
+     "; db_parseApp:395 l_app_pool alloc error.; db_parseAppList:529 apppri_db_parseApp error."
+     "; db_parseSort:678 apppri_db_parseAppList error! ~"
+     " | -1; db_parseApp:412 l_app_pool alloc error. ~"
+     " | -1, 1; db_parseApp:395 l_app_pool alloc error. ~ | -1, 2"
+     "; sendMsgToKernel:1438 g_appPriTbl mem malloc error."
+     "; database_init:2050 apppri_sendMsgToKernel failed."
+     " | -1, 2; malloc error!; sendMsgToKernel:1452 appdist Failed to initialize handle ~"
+     " | -1, 2;  malloc mem eroor; sendMsgToKernel:1459 send db to kernel failed ~",
+     "0, 2", "+3"}, /* the document of an analysis that failed: up to the next one */
 };
-
-#define FILES "; file index:0; file index:1; file index:2"
-#define SIZES "; dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1."
 
 /* The first file of a container begins at 25 and has 56 bytes. */
 const Operation updates[] = {
@@ -250,16 +238,17 @@ const Operation updates[] = {
          return status(appmngr_db_writeFromDatabase(container.data(),
                                                     static_cast<int32_t>(container.size())));
      },
-     "-1; file index:0; db_writeAppDbFromDatabase:2753 alloc memory fail"
-     " | -1" FILES "; DBResAlloc:1171 apppri file reinit failed."
+     "-1; file index:0; db_writeAppDbFromDatabase:2753 alloc memory fail | -1; file index:0"
+     "; file index:1; file index:2; DBResAlloc:1171 apppri file reinit failed."
      "; writeApppriDbFromDatabase:1906 DBResInit error.",
-     "0" FILES SIZES},
+     "0; file index:0; file index:1; file index:2"
+     "; dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1."},
     {"application file", nothing,
      [] {
          char version[8];
          return status(appmngr_db_writeAppDbFromDatabase(0, 56, &container[25], version));
      },
-     "-1; db_writeAppDbFromDatabase:2753 alloc memory fail", "0"},
+     "-1; db_writeAppDbFromDatabase:2753 alloc memory fail", "0", "204800"}, /* for the next file */
     {"decryption", nothing,
      [] {
          char plain[64];
@@ -270,27 +259,13 @@ const Operation updates[] = {
      "", "1, 33"},
 };
 
-/* What stays allocated on purpose when what an operation gave has been released. */
-const struct {
-    const char *operation;
-    const char *kept; /* the sizes of buffers, "+" and a number of smaller blocks */
-} keptOnPurpose[] = {
-    {"load", "65536 204800 | 51200 65536 | 51200 204800"}, /* what was got of three: for the next */
-    {"priority load", "+3"}, /* the document of an analysis that failed: up to the next one */
-    {"application file", "204800"}, /* for the next file */
-};
-
 void expectOutcomes(const Operation &operation)
 {
     const faults::Outcomes outcomes =
         faults::outcomesOf(operation.before, operation.call, release, releaseKept);
     EXPECT_EQ(outcomes.failures.text, operation.failures) << operation.name;
     EXPECT_EQ(outcomes.success, operation.success) << operation.name;
-    std::string kept;
-    for (const auto &row : keptOnPurpose) {
-        kept += strcmp(row.operation, operation.name) == 0 ? row.kept : "";
-    }
-    EXPECT_EQ(outcomes.kept.text, kept) << operation.name;
+    EXPECT_EQ(outcomes.kept.text, operation.kept) << operation.name;
 }
 
 /* Those inside of libcrypto, too. */

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <regex>
+#include <sstream>
 #include <string>
 
 /* What action prints on standard output. */
@@ -34,11 +35,21 @@ template <typename Action> std::string capturedOnSmallStack(Action action)
     });
 }
 
-/* What is printed, with each diagnostic of the XML library as "; function:line text". */
-inline std::string xmlpLines(const std::string &printed)
+/*
+ * What is printed: each diagnostic as "; function:line text", without the module's name; any other
+ * line as "; line"; "!" for "malloc failed.".
+ */
+inline std::string lines(const std::string &printed)
 {
-    static const std::regex line("\\[ERROR\\]\\[(?:xmlp_)?(\\w+)\\(\\):(\\d+)\\]: (.*)\r\n");
-    return std::regex_replace(printed, line, "; $1:$2 $3");
+    static const std::regex diagnostic("\\[(?:ERROR|Error|apppri_db_error)\\][\\[(](_?)(?:xmlp_|"
+                                       "appmngr_|apppri_)?(\\w+)(?:\\(\\):|\\) )(\\d+)\\]?: ");
+    std::istringstream stream(std::regex_replace(printed, diagnostic, "\n$1$2:$3 "));
+    std::string text;
+    for (std::string line; std::getline(stream, line);) {
+        line = line.substr(0, line.find('\r'));
+        text += line.empty() ? "" : "; " + line;
+    }
+    return std::regex_replace(text, std::regex(" malloc failed\\."), "!");
 }
 
 /* All bytes of a file. */

@@ -4,8 +4,8 @@
 #include <lzma.h>
 #include <stdio.h>
 
+#include <algorithm>
 #include <set>
-#include <sstream>
 
 /* Never destroyed: blocks are freed up to the end of the process. */
 std::map<void *, size_t> &faults::live = *new std::map<void *, size_t>;
@@ -86,31 +86,30 @@ lzma_ret __wrap_lzma_raw_decoder(lzma_stream *stream, const lzma_filter *filters
 
 } /* extern "C" */
 
-std::string faults::lines(const std::string &printed)
+void faults::List::add(const std::string &item)
 {
-    static const std::regex diagnostic("\\[(?:ERROR|Error|apppri_db_error)\\][\\[(]_?(?:xmlp_|"
-                                       "appmngr_|apppri_)?(\\w+)(?:\\(\\):|\\) )(\\d+)\\]?: ");
-    std::istringstream stream(std::regex_replace(printed, diagnostic, "\n$1:$2 "));
-    std::string text;
-    for (std::string line; std::getline(stream, line);) {
-        line = line.substr(0, line.find('\r'));
-        text += line.empty() ? "" : "; " + line;
+    if (item == last || item.empty()) {
+        return;
     }
-    return std::regex_replace(text, std::regex(" malloc failed\\."), "!");
+    const auto differs = std::mismatch(item.rbegin(), item.rend(), last.rbegin(), last.rend());
+    const auto same = static_cast<size_t>(differs.first - item.rbegin());
+    const size_t end = item.find("; ", item.size() - same);
+    text += (text.empty() ? "" : " | ") + item.substr(0, end);
+    text += end != std::string::npos ? " ~" : "";
+    last = item;
 }
 
 std::string faults::keptSince(const std::map<void *, size_t> &then)
 {
-    std::multiset<size_t> buffers;
-    size_t small = 0;
+    std::multiset<size_t> sizes;
     for (const auto &[block, size] : live) {
         if (then.count(block) == 0) {
-            size >= 4096 ? static_cast<void>(buffers.insert(size)) : static_cast<void>(small++);
+            sizes.insert(size);
         }
     }
-    std::string kept = small > 0 ? "+" + std::to_string(small) : "";
-    for (size_t size : buffers) {
-        kept += (kept.empty() ? "" : " ") + std::to_string(size);
-    }
-    return kept;
+    const auto buffers = sizes.lower_bound(4096);
+    const auto small = std::distance(sizes.begin(), buffers);
+    std::string kept = small > 0 ? " +" + std::to_string(small) : "";
+    std::for_each(buffers, sizes.end(), [&](size_t size) { kept += " " + std::to_string(size); });
+    return kept.substr(kept.empty() ? 0 : 1);
 }

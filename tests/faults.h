@@ -11,30 +11,23 @@
 #include <stdint.h>
 
 #include <map>
-#include <string>
 
 namespace faults
 {
 extern std::map<void *, size_t> &live; /* what is allocated, and its size; 0 for an open file */
 extern uint32_t countdown;             /* to the allocation that fails; 0 for none */
 
-/* The diagnostics as "; function:line text", and "!" for "malloc failed.". */
-std::string lines(const std::string &printed);
-
 /* The sizes of the buffers that were allocated since then, and the number of smaller blocks. */
 std::string keptSince(const std::map<void *, size_t> &then);
 
-/* Texts, those that are equal and follow one another once. */
+/*
+ * A result with lines each, with " | " between them. One that is equal to that before is left out,
+ * and "~" stands for last lines that are equal to those before.
+ */
 struct List {
     std::string text, last;
 
-    void add(const std::string &item)
-    {
-        if (item != last && !item.empty()) {
-            text += (text.empty() ? "" : " | ") + item;
-        }
-        last = item;
-    }
+    void add(const std::string &item);
 };
 
 struct Outcomes {

@@ -14,11 +14,6 @@
 namespace
 {
 
-template <size_t size> void setText(char (&field)[size], const std::string &text)
-{
-    memcpy(field, text.data(), std::min(size, text.size()));
-}
-
 appmngr_app apps[3];
 appmngr_appType types[2];
 appmngr_rule rules[2];
@@ -32,21 +27,20 @@ void fillTables()
     apps[0] = {7, 1, "Bird Call"};
     apps[1] = {0xFFFFFFFF, -1, ""};
     apps[2] = {12345, 0, ""};
-    setText(apps[1].name, std::string(200, 'n'));
+    memset(apps[1].name, 'n', sizeof apps[1].name);
     types[0] = {3, "Voice", {0x80000080, 0x04030304}};
     types[1] = {0xFFFFFFFE, "", {}};
     types[1].appBitmap[127] = 0x01000001;
 
+    const uint32_t from = inet_addr("192.168.168.192"), to = inet_addr("10.1.1.10");
     rules[0] = {8, 0, 0, 0, 53, 1, {}, {}, {}};
-    rules[1] = {
-        0xFFFFFFFF, inet_addr("192.168.168.192"), inet_addr("10.1.1.10"), 5060, 65535, 6, {}, {},
-        {}};
-    rules[1].orig = {1, -2, 3, 40, "hex", "16 03 \"01\""};
-    setText(rules[1].reply.dpiType, std::string(16, 't'));
-    setText(rules[1].reply.dpiCode, std::string(256, 'c'));
+    rules[1] = {0xFFFFFFFF, from, to, 5060, 65535, 6, {}, {1, -2, 3, 40, "hex", "16 03 \"01\""},
+                {}};
+    memset(rules[1].reply.dpiType, 't', sizeof rules[1].reply.dpiType);
+    memset(rules[1].reply.dpiCode, 'c', sizeof rules[1].reply.dpiCode);
 
     g_appmngr_appDb = {"", "Model", "2030-01-15", 3, 2, rules, 2, types};
-    setText(g_appmngr_appDb.ver, "123456789012");
+    memcpy(g_appmngr_appDb.ver, "123456789012", 12);
     g_appmngr_app = apps;
     g_appmngr_count = {};
     g_appmngr_count.app = g_appmngr_count.appCur = 3;
@@ -92,11 +86,11 @@ TEST(Listing, ofBuffers)
     EXPECT_EQ(captured([] { appmngr_dumpBuffer(nullptr, 3); }), "===\r\nData is NULL!\r\n");
 
     char text[] = "<AppDB/>";
-    const std::string rule = "--------------------------------\n";
-    EXPECT_EQ(captured(appmngr_showXmlDb), "Show APP DB in xml format!\n" + rule);
-    EXPECT_EQ(captured(appmngr_showXmlDesc), "Show APP Desc in xml format!\n" + rule);
+    const std::string inXml = " in xml format!\n--------------------------------\n";
+    EXPECT_EQ(captured(appmngr_showXmlDb), "Show APP DB" + inXml);
+    EXPECT_EQ(captured(appmngr_showXmlDesc), "Show APP Desc" + inXml);
     g_appmngr_xmlBuf = text;
-    EXPECT_EQ(captured(appmngr_showXmlDb), "Show APP DB in xml format!\n" + rule + "<AppDB/>\n");
+    EXPECT_EQ(captured(appmngr_showXmlDb), "Show APP DB" + inXml + "<AppDB/>\n");
     g_appmngr_xmlBuf = nullptr;
 }
 

@@ -30,19 +30,15 @@ inline int run(const std::string &command)
 
 struct ProgramCase {
     const char *command;
-    int status;
-    const char *output; /* all of it; "beginning...", "...part..." */
-    const char *errors; /* a part of them; of an empty one, all */
+    int status = 0;
+    std::string output = ""; /* all of it; behind "...", a part */
+    std::string errors = ""; /* the same */
 };
 
 inline bool matches(const std::string &text, const std::string &expected)
 {
-    const size_t size = expected.size();
-    const bool isOpen = size > 3 && expected.substr(size - 3) == "...";
-    if (isOpen && expected.substr(0, 3) == "...") {
-        return text.find(expected.substr(3, size - 6)) != std::string::npos;
-    }
-    return isOpen ? text.compare(0, size - 3, expected, 0, size - 3) == 0 : text == expected;
+    return expected.compare(0, 3, "...") == 0 ? text.find(expected.substr(3)) != std::string::npos
+                                              : text == expected;
 }
 
 /* Runs the program with the arguments of each case, and what may follow them in a shell. */
@@ -50,11 +46,8 @@ template <typename Cases> void expectRuns(const std::string &program, const Case
 {
     for (const ProgramCase &c : cases) {
         EXPECT_EQ(run(program + c.command), c.status) << c.command;
-        const std::string output = contents("out");
-        const std::string errors = contents("err");
-        EXPECT_TRUE(matches(output, c.output)) << c.command << "\n" << output;
-        EXPECT_NE(errors.find(c.errors), std::string::npos) << c.command << "\n" << errors;
-        EXPECT_EQ(errors.empty(), *c.errors == '\0') << c.command << "\n" << errors;
+        EXPECT_TRUE(matches(contents("out"), c.output)) << c.command << "\n" << contents("out");
+        EXPECT_TRUE(matches(contents("err"), c.errors)) << c.command << "\n" << contents("err");
     }
 }
 

@@ -4,7 +4,7 @@
 #include "appdist/appdist.h"
 #include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
-#include "apppri/apppri.h"
+#include "apppri/list.h"
 #include "capture.h"
 #include "dbimage/dbimage.h"
 #include "fake_kernel.h"
@@ -66,8 +66,7 @@ static int send()
 static int sendScattered()
 {
     iovec part = {&channel, 5};
-    msghdr message = {};
-    message.msg_iov = &part;
+    const msghdr message = {nullptr, 0, &part, 1, nullptr, 0, 0};
     return appdist_netlink_sendmsg(&channel, &message, MSG_DONTWAIT);
 }
 
@@ -85,14 +84,14 @@ TEST(SystemCalls, ofTheChannel)
     g_appmngr_appDb.rule = &rule;
     g_appmngr_appDns.rule = &keyword;
     g_appmngr_appDb.ruleCount = g_appmngr_appDns.count = 1;
-    apppri_db.appSortList = sorts.next = sorts.prev = &sorts;
+    apppri_db.appSortList = _apppri_startList(&sorts);
 
-    const auto upload = _appmngr_sendMsgToKernel, priorityUpload = apppri_sendMsgToKernel;
+    const auto upload = _appmngr_sendMsgToKernel, sendMap = apppri_sendMsgToKernel;
     const std::string noSocket = "create socket failed: Protocol not supported\n";
     const std::string refused = "app netlink sendto fail, ret:-1\nConnection refused\n";
     const std::string nothing = "app netlink sendto fail, ret:0\n", noBind = "Here?\n";
     const std::string at = "[Error](_appmngr_sendMsgToKernel) ";
-    const std::string priorityAt = "[apppri_db_error](apppri_sendMsgToKernel) ";
+    const std::string mapAt = "[apppri_db_error](apppri_sendMsgToKernel) ";
     const std::string noHandle = ": appdist Failed to initialize handle\n";
     const std::string notSent = ": send db to kernel failed";
     const std::tuple<int (*)(), Fault, std::string> rows[] = {
@@ -108,7 +107,6 @@ TEST(SystemCalls, ofTheChannel)
         {send, {"sendto", 0, 10}, "10/0/0 "},
         {sendScattered, {}, "5/0/0 "},
         {sendScattered, {"sendmsg", ENOBUFS}, "-1/12/0 "},
-        {sendScattered, {"sendmsg", 0, 0}, "0/0/0 "},
         {sendScattered, {"sendmsg", 0, 3}, "3/0/0 "},
         {receive<0, 19>, {}, "-1/14/0 "},
         {receive<0>, {"select"}, "20/0/0 "}, // waits in the receive itself
@@ -128,13 +126,9 @@ TEST(SystemCalls, ofTheChannel)
         {upload, {"bind", EADDRINUSE}, "-1/4/0 " + noBind + at + "2532" + noHandle},
         {upload, {"sendto", ECONNREFUSED}, "-1/12/0 " + refused + at + "2540" + notSent + "\n"},
         {upload, {"sendto", 0, 0, 2}, "-1/0/0 " + nothing + at + "2547" + notSent + "\n"},
-        {priorityUpload, {"sendto", 0, 1}, "0/0/0 "},
-        {priorityUpload,
-         {"bind", EPERM},
-         "-1/4/0 " + noBind + priorityAt + "1452" + noHandle + "\r\n"},
-        {priorityUpload,
-         {"sendto", 0, 0},
-         "-1/0/0 " + nothing + priorityAt + "1459" + notSent + "\r\n\r\n"},
+        {sendMap, {"sendto", 0, 1}, "0/0/0 "},
+        {sendMap, {"bind", EPERM}, "-1/4/0 " + noBind + mapAt + "1452" + noHandle + "\r\n"},
+        {sendMap, {"sendto", 0, 0}, "-1/0/0 " + nothing + mapAt + "1459" + notSent + "\r\n\r\n"},
     };
     for (const auto &[operation, fault, expected] : rows) {
         SCOPED_TRACE(fault.where);
@@ -159,7 +153,6 @@ TEST(SystemCalls, ofLoads)
     const std::string tooSmall =
         "[Error](_appmngr_readAppDb) 2167: Size of buffer \"204800\" is too small.\n" + failed;
     const std::string flash = "-1/0/0 [Error](apppri_readDBFromFlash) ";
-    const std::string priorityTooSmall = flash + "1045: Size of buffer \"65536\" is too small.\n";
     const std::string priorityFailed =
         "[apppri_db_error](apppri_readAppSortFromDB) 1870: apppri_readDBFromFlash error.\r\n"
         "[apppri_db_error](apppri_database_init) 2044: apppri_readAppSortFromDB failed.\r\n";
@@ -173,7 +166,9 @@ TEST(SystemCalls, ofLoads)
                                          flash + "1023: read db flash fail\n" + priorityFailed);
     // No reading of a directory, no offset in a pipe, no bytes: an image of length 0.
     for (const char *path : {"/", emptyPipe.c_str(), "/dev/null"}) {
-        EXPECT_EQ(loads(path), "0/0/0 -1/0/0 " + tooSmall + priorityTooSmall + priorityFailed);
+        EXPECT_EQ(loads(path), "0/0/0 -1/0/0 " + tooSmall + flash +
+                                   "1045: Size of buffer \"65536\" is too small.\n" +
+                                   priorityFailed);
     }
     close(ends[0]);
 }
@@ -202,21 +197,17 @@ TEST(SystemCalls, ofSealing)
 // Neither the export nor a listing looks whether there is room.
 TEST(SystemCalls, onAFullDisk)
 {
-    const auto folder = std::filesystem::current_path();
     std::filesystem::create_directories(testing::TempDir() + "system_calls");
     std::filesystem::current_path(testing::TempDir() + "system_calls");
     std::filesystem::remove("database.json");
     std::filesystem::create_symlink("/dev/full", "database.json");
     EXPECT_EQ(outcome([] { return appmngr_exportJson(), 0; }),
               "0/0/0 Create JSON-Format database success!\n");
-    std::filesystem::current_path(folder);
     EXPECT_EQ(outcome([] {
-                  const int kept = dup(STDOUT_FILENO);
-                  EXPECT_NE(freopen("/dev/full", "w", stdout), nullptr);
+                  FILE *const kept = std::exchange(stdout, fopen("/dev/full", "w"));
                   const int result = appmngr_showDb();
-                  EXPECT_EQ(fflush(stdout), EOF);
-                  dup2(kept, STDOUT_FILENO);
-                  return close(kept) + result;
+                  EXPECT_EQ(fclose(std::exchange(stdout, kept)), EOF);
+                  return result;
               }),
               "0/0/0 ");
 }

@@ -1,43 +1,29 @@
 // Names, escaping, and the operations on nodes and attributes of a dynamic tree.
 
-#include "tests/capture.h"
+#include "tests/document.h"
 #include "xmlp/xmlp_internal.h"
-
-#include <string.h>
 
 namespace
 {
-XmlpNode *named(const std::string &name)
+XmlpNode *named(const char *name)
 {
     XmlpNode *node = xmlp_initNode();
-    xmlp_setNodeName(node, name.c_str());
+    xmlp_setNodeName(node, name);
     return node;
 }
 
-// A parent with the children that the letters name.
-XmlpNode *makeParent(const std::string &children)
-{
-    XmlpNode *parent = xmlp_initNode();
-    for (char letter : children) {
-        xmlp_insNodeLast(named({letter}), parent);
-    }
-    return parent;
-}
-
-// The children's names, read forwards; they must read the same backwards.
+// The children's names; each child must be linked to the one before it and to the parent.
 std::string order(const XmlpNode *parent)
 {
-    std::string forwards;
-    std::string backwards;
+    std::string names;
+    const XmlpNode *last = nullptr;
     for (const XmlpNode *child = parent->firstChild; child != nullptr; child = child->next) {
-        EXPECT_EQ(static_cast<const XmlpNode *>(child->parent), parent);
-        forwards += child->name;
+        EXPECT_TRUE(child->parent == parent && child->prev == last);
+        last = child;
+        names += child->name;
     }
-    for (const XmlpNode *child = parent->lastChild; child != nullptr; child = child->prev) {
-        backwards.insert(0, child->name);
-    }
-    EXPECT_EQ(forwards, backwards);
-    return forwards;
+    EXPECT_EQ(static_cast<const XmlpNode *>(parent->lastChild), last);
+    return names;
 }
 
 // The result of the call and the lines it prints.
@@ -45,7 +31,7 @@ template <typename Call> std::string outcome(Call call)
 {
     int64_t result = 0;
     const std::string printed = captured([&] { result = call(); });
-    return std::to_string(result) + xmlpLines(printed);
+    return std::to_string(result) + lines(printed);
 }
 } // namespace
 
@@ -74,136 +60,92 @@ TEST(XmlpChars, Rules)
 
 TEST(XmlpChars, Escaping)
 {
-    EXPECT_EQ(xmlp_transStrLen("<&>\"'", 5), 15u);
     char escaped[16] = {};
+    EXPECT_EQ(xmlp_transStrLen("<&>\"'", 5), 15u);
     EXPECT_EQ(xmlp_transStr(escaped, "<&>\"'", 5), escaped + 15);
     EXPECT_STREQ(escaped, "&lt;&amp;&gt;\"'");
 
-    const char *const rows[][2] = {
-        {"a&lt;b", "a<b"},   {"&amp;&gt;", "&>"}, {"&amp;lt;", "&lt;"},
-        {"&quot;", nullptr}, {"&amp", nullptr},   {"&lt", nullptr},
-        {"x&", nullptr},     {"&amp;", "&"},      {"plain", "plain"},
+    const std::tuple<const char *, uint32_t, std::string> rows[] = {
+        {"a&lt;b", 6, "a<b"},  {"&amp;&gt;", 9, "&>"}, {"&amp;lt;", 8, "&lt;"},
+        {"plain", 5, "plain"}, {"&quot;", 6, ""},      {"&amp;", 4, ""},
+        {"&lt", 3, ""},        {"x&", 2, ""},
     };
-    EXPECT_EQ(xmlp_unTransStrLen("&amp;", 4), 0u);
-    EXPECT_EQ(xmlp_unTransStr(escaped, "&amp;", 4), nullptr);
-    for (const auto &[text, expected] : rows) {
+    for (const auto &[text, length, expected] : rows) {
         char plain[16] = {};
-        const auto length = static_cast<uint32_t>(strlen(text));
-        const auto plainLength = static_cast<uint32_t>(expected != nullptr ? strlen(expected) : 0);
-        EXPECT_EQ(xmlp_unTransStrLen(text, length), plainLength) << text;
+        EXPECT_EQ(xmlp_unTransStrLen(text, length), expected.size()) << text;
         char *end = xmlp_unTransStr(plain, text, length);
-        EXPECT_EQ(end, expected != nullptr ? plain + plainLength : nullptr) << text;
-        EXPECT_TRUE(expected == nullptr || plain == std::string(expected)) << plain;
+        EXPECT_EQ(end, expected.empty() ? nullptr : plain + expected.size()) << text;
+        EXPECT_TRUE(expected.empty() || plain == expected) << plain;
     }
 }
 
 TEST(XmlpNodes, LinkFindDelete)
 {
-    const std::tuple<uint32_t, const char *, const char *> rows[] = {
-        {0, "0", "xabc"},
-        {1, "0", "axbc"},
-        {3, "0", "abcx"},
-        {XMLP_LAST, "0", "abcx"},
-        {4, "-1; addChildNode:1082 child[3] not found.", "abc"}};
-    for (const auto &[position, status, expected] : rows) {
-        XmlpNode *parent = makeParent("abc");
-        XmlpNode *node = named("x");
-        EXPECT_EQ(outcome([&, at = position] { return xmlp_addChildNode(node, parent, at); }),
-                  status);
+    XmlpNode *parent = xmlp_initNode();
+    const std::tuple<const char *, uint32_t, const char *, const char *> rows[] = {
+        {"b", 0, "0", "b"},
+        {"a", 0, "0", "ab"},
+        {"d", XMLP_LAST, "0", "abd"},
+        {"c", 2, "0", "abcd"},
+        {"e", 4, "0", "abcde"},
+        {"f", 6, "-1; addChildNode:1082 child[5] not found.", "abcde"},
+    };
+    for (const auto &[name, position, status, expected] : rows) {
+        XmlpNode *node = named(name);
+        const auto add = [&, at = position] { return xmlp_addChildNode(node, parent, at); };
+        EXPECT_EQ(outcome(add), status);
         EXPECT_EQ(order(parent), expected);
         if (node->parent == nullptr) {
             xmlp_delNode(node);
         }
-        xmlp_delDtree(parent);
     }
-    XmlpNode *parent = makeParent("abcd");
-    EXPECT_STREQ(xmlp_getChildNode(parent, XMLP_LAST)->name, "d");
-    EXPECT_EQ(xmlp_getChildNode(parent, 4), nullptr);
+    EXPECT_STREQ(xmlp_getChildNode(parent, XMLP_LAST)->name, "e");
+    EXPECT_EQ(xmlp_getChildNode(parent, 5), nullptr);
     EXPECT_EQ(xmlp_getChildNodeByName(parent, "cxx", 1), xmlp_getChildNode(parent, 2));
     EXPECT_EQ(xmlp_getChildNodeByName(parent, "cx", 2), nullptr);
-    EXPECT_EQ(xmlp_getChildNodeCount(parent), 4u);
+    EXPECT_EQ(xmlp_getChildNodeCount(parent), 5u);
     EXPECT_EQ(xmlp_insNodeBefore(named("y"), parent->firstChild), 0);
-    const char *const steps[][2] = {
-        {"c", "yabd"}, {"y", "abd"}, {"d", "ab"}, {"a", "b"}, {"b", ""}};
+    const char *const steps[][2] = {{"c", "yabde"}, {"y", "abde"}, {"e", "abd"},
+                                    {"a", "bd"},    {"d", "b"},    {"b", ""}};
     for (const auto &[victim, left] : steps) {
         EXPECT_EQ(xmlp_delNode(xmlp_getChildNodeByName(parent, victim, 1)), 0);
         EXPECT_EQ(order(parent), left);
     }
-    EXPECT_EQ(parent->lastChild, nullptr);
-    xmlp_delDtree(parent);
-}
-
-TEST(XmlpNodes, NamesAndValues)
-{
-    XmlpNode *parent = makeParent("ab");
-    XmlpNode *a = parent->firstChild;
-    const auto name = [&](const char *text) {
-        return outcome([&] { return xmlp_setNodeName(a, text); });
-    };
-    const auto value = [&](const char *text, uint32_t size) {
-        return outcome([&] { return xmlp_setNodeValue(a, text, size); });
-    };
-    EXPECT_EQ(name("a b"), "-1; setNodeName:1168 invalid name.");
-    EXPECT_EQ(name("c"), "0");
-    EXPECT_EQ(value(nullptr, 1), "-1; setNodeValue:1212 value is null but valueSize > 0.");
-    EXPECT_EQ(value("x", 0), "-1; setNodeValue:1217 value is not null but valueSize is 0.");
-    EXPECT_EQ(value("a\0b", 3), "0");
-    EXPECT_EQ(value(nullptr, 0), "0");
-    EXPECT_EQ(order(parent), "cb");
     xmlp_delDtree(parent);
 }
 
 // An item keeps the shared name when children type it anew, and loses it when renamed.
 TEST(XmlpNodes, SharedItemName)
 {
-    XmlpDoc *doc = xmlp_loadDoc("<a><item><b/></item><item/></a>", 31, 0);
-    ASSERT_NE(doc, nullptr);
+    const Document doc = loaded("<a><item><b/></item><item/></a>", 0);
     XmlpNode *first = doc->tree->root->firstChild->firstChild;
     EXPECT_EQ(first->type, XMLP_NODE_STRUCT + 0u);
     EXPECT_EQ(first->name, first->next->name);
     EXPECT_EQ(xmlp_setNodeName(first, "renamed"), 0);
     EXPECT_STREQ(first->next->name, "item");
-    xmlp_releaseDoc(doc);
 }
 
-TEST(XmlpNodes, Attributes)
+TEST(XmlpNodes, ValuesAndAttributes)
 {
-    XmlpNode *node = xmlp_initNode();
-    const auto add = [&](const char *name, const char *value) {
-        return outcome([&] { return xmlp_addNodeAttr(node, name, value); });
-    };
-    const auto set = [&](const char *name, const char *value) {
-        return outcome([&] { return xmlp_setNodeAttr(node, name, value); });
-    };
-    const auto remove = [&](const char *name) {
-        return outcome([&] { return xmlp_delNodeAttr(node, name); });
-    };
-    EXPECT_EQ(add("a", "1"), "0");
-    EXPECT_EQ(add("ab", nullptr), "0");
-    EXPECT_EQ(add("ab", "2"), "-1; addNodeAttr:1357 attribute existed.");
-    EXPECT_EQ(add("x y", "2"), "-1; addNodeAttr:1301 invalid attribute name x y.");
-    EXPECT_EQ(add("x", "<"), "-1; addNodeAttr:1306 invalid attribute value.");
-    EXPECT_EQ(set("x y", "2"), "-1; setNodeAttr:1475 invalid attribute name.");
-    EXPECT_EQ(set("a", ">"), "-1; setNodeAttr:1480 invalid attribute value.");
-    EXPECT_EQ(remove("x"), "-1; delNodeAttr:1448 attribute not exist.");
+    XmlpNode *node = named("n");
+    EXPECT_EQ(xmlp_setNodeValue(node, "a\0b", 3), 0);
+    EXPECT_EQ(xmlp_addNodeAttr(node, "a", "1"), 0);
+    EXPECT_EQ(xmlp_addNodeAttr(node, "ab", nullptr), 0);
     EXPECT_EQ(xmlp_getNodeAttrCount(node), 2u);
-    EXPECT_EQ(xmlp_isNodeAttr(node, "a", "1"), 1);
-    EXPECT_EQ(xmlp_isNodeAttr(node, "a", nullptr), 0);
-    EXPECT_EQ(xmlp_isNodeAttr(node, "ab", nullptr), 1);
-    EXPECT_EQ(xmlp_isNodeAttr(node, "b", nullptr), 0);
-    EXPECT_EQ(_hasAttrName(node->attrs, "a", 1), 1);
-    EXPECT_EQ(_hasAttrName(node->attrs->next, "abc", 3), 0);
+    EXPECT_TRUE(xmlp_isNodeAttr(node, "a", "1") && xmlp_isNodeAttr(node, "ab", nullptr));
+    EXPECT_FALSE(xmlp_isNodeAttr(node, "a", nullptr) || xmlp_isNodeAttr(node, "b", nullptr));
+    EXPECT_TRUE(_hasAttrName(node->attrs, "a", 1) && !_hasAttrName(node->attrs->next, "abc", 3));
 
     char *value = nullptr;
-    EXPECT_EQ(set("a", "new"), "0");
+    EXPECT_EQ(xmlp_setNodeAttr(node, "a", "new"), 0);
     EXPECT_EQ(xmlp_getNodeAttr(node, "a", &value), 0);
     EXPECT_STREQ(value, "new");
     free(value);
     EXPECT_EQ(xmlp_getNodeAttr(node, "ab", &value), 0);
     EXPECT_EQ(value, nullptr);
-    EXPECT_EQ(remove("ab"), "0");
-    EXPECT_EQ(remove("a"), "0");
-    EXPECT_EQ(remove("ab"), "-1; delNodeAttr:1417 attribute not exist.");
+    EXPECT_EQ(xmlp_delNodeAttr(node, "ab"), 0);
+    EXPECT_EQ(xmlp_delNodeAttr(node, "a"), 0);
+    EXPECT_EQ(node->attrs, nullptr);
     xmlp_delNode(node);
 }
 
@@ -213,11 +155,13 @@ TEST(XmlpNodes, Attributes)
     }
 #define NOT(call) ((call) != nullptr) /* no pointer */
 
-// Arguments that nobody should give: the result, and the line and the text of the diagnostic.
+// Arguments that are refused: the result, and the line and the text of the diagnostic.
 TEST(XmlpNodes, RefusedArguments)
 {
-    static XmlpNode node;
-    static XmlpAttr nameless, *area = &nameless;
+    static char text[] = "a";
+    static XmlpAttr nameless, *area = &nameless, attr = {text, nullptr, nullptr};
+    static XmlpNode node, owner;
+    owner.attrs = &attr;
     static const XmlpItem noAttrs = {1, nullptr, 0, nullptr};
     static const XmlpElement element = {};
     const struct {
@@ -228,8 +172,15 @@ TEST(XmlpNodes, RefusedArguments)
     } rows[] = {
         REFUSED(xmlp_getNodeAttrCount(nullptr), 0, 1133, "node is null."),
         REFUSED(xmlp_addNodeAttr(nullptr, "a", ""), -1, 1296, "invalid params."),
+        REFUSED(xmlp_addNodeAttr(&node, "x y", ""), -1, 1301, "invalid attribute name x y."),
+        REFUSED(xmlp_addNodeAttr(&node, "a", "<"), -1, 1306, "invalid attribute value."),
+        REFUSED(xmlp_addNodeAttr(&owner, "a", ""), -1, 1357, "attribute existed."),
         REFUSED(xmlp_delNodeAttr(&node, ""), -1, 1412, "invalid params."),
+        REFUSED(xmlp_delNodeAttr(&node, "a"), -1, 1417, "attribute not exist."),
+        REFUSED(xmlp_delNodeAttr(&owner, "b"), -1, 1448, "attribute not exist."),
         REFUSED(xmlp_setNodeAttr(&node, "", ""), -1, 1470, "invalid params."),
+        REFUSED(xmlp_setNodeAttr(&owner, "x y", ""), -1, 1475, "invalid attribute name."),
+        REFUSED(xmlp_setNodeAttr(&owner, "a", ">"), -1, 1480, "invalid attribute value."),
         REFUSED(xmlp_getNodeAttr(&node, nullptr, nullptr), -1, 1532, "invalid params."),
         REFUSED(xmlp_isNodeAttr(&node, nullptr, ""), 0, 1579, "invalid params."),
         REFUSED(xmlp_insNodeFirst(&node, nullptr), -1, 849, "invalid params."),
@@ -242,7 +193,10 @@ TEST(XmlpNodes, RefusedArguments)
         REFUSED(xmlp_getChildNodeCount(nullptr), 0, 1105, "node is null."),
         REFUSED(_hasChildName(nullptr, "a"), 0, 0, ""),
         REFUSED(_hasAttrName(&nameless, "a", 1), 0, 0, ""),
+        REFUSED(xmlp_setNodeName(&node, "a b"), -1, 1168, "invalid name."),
         REFUSED(xmlp_setNodeValue(nullptr, "", 0), -1, 1207, "pNode is null."),
+        REFUSED(xmlp_setNodeValue(&node, nullptr, 1), -1, 1212, "value is null but valueSize > 0."),
+        REFUSED(xmlp_setNodeValue(&node, "", 0), -1, 1217, "value is not null but valueSize is 0."),
         REFUSED(xmlp_delNode(nullptr), -1, 1624, "invalid params."),
         REFUSED(xmlp_delDtree(nullptr), -1, 1673, "node is null."),
         REFUSED(xmlp_delStree(nullptr), -1, 1695, "rootNode is null."),
@@ -266,6 +220,7 @@ TEST(XmlpNodes, RefusedArguments)
         REFUSED(xmlp_unTransStrLen(nullptr, 0), 0, 641, "str is null."),
         REFUSED(NOT(xmlp_unTransStr(nullptr, "", 0)), 0, 705, "invalid params."),
         REFUSED(NOT(_skipWhiteSpace(nullptr)), 0, 121, "buf is null."),
+        REFUSED(*_skipWhiteSpace(" \n>"), '>', 0, ""),
         REFUSED(_checkNameAttr(nullptr, '/'), -1, 148, "buf is null."),
         REFUSED(_checkNameAttr("/>", '/'), -1, 155, "error xml tag name."),
         REFUSED(_checkXml("", nullptr, nullptr), -1, 396, "invalid params."),

@@ -1,35 +1,14 @@
 // From the tree back to text: what is written, how long it is said to be, and the way back.
 
-#include "tests/capture.h"
+#include "tests/document.h"
 #include "xmlp/xmlp_internal.h"
 
-#include <stdlib.h>
-
 #include <filesystem>
-#include <memory>
-#include <vector>
 
 namespace
 {
 const int formatted = 0;
 const int compact = 1;
-
-using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;
-
-Document loaded(const std::string &text, uint32_t isStatic)
-{
-    return {xmlp_loadDoc(text.data(), static_cast<uint32_t>(text.size()), isStatic),
-            xmlp_releaseDoc};
-}
-
-// The text, which must be as long as it was computed to be.
-std::string dumped(XmlpDoc *doc, int form)
-{
-    uint32_t length = 0;
-    std::unique_ptr<char, decltype(&free)> text(xmlp_dumpDoc(doc, form, &length), free);
-    EXPECT_EQ(strlen(text.get()), length);
-    return text.get();
-}
 
 // Names, attributes, values and structure all show in the compact text, and the types follow.
 void expectRoundTrip(const std::string &text)
@@ -37,11 +16,11 @@ void expectRoundTrip(const std::string &text)
     for (uint32_t isStatic : {0u, 1u}) {
         const Document doc = loaded(text, isStatic);
         for (int form : {formatted, compact}) {
-            const std::string written = dumped(doc.get(), form);
+            const std::string written = dumped(doc, form);
             const Document again = loaded(written, 1 - isStatic);
             ASSERT_NE(again, nullptr) << written;
-            EXPECT_EQ(dumped(again.get(), compact), dumped(doc.get(), compact));
-            EXPECT_EQ(dumped(again.get(), form), written);
+            EXPECT_EQ(dumped(again, compact), dumped(doc, compact));
+            EXPECT_EQ(dumped(again, form), written);
         }
     }
 }
@@ -63,8 +42,11 @@ TEST(XmlpSerialize, writesTheSameTree)
 {
     for (const auto &[text, inOneLine, indented] : cases) {
         const Document doc = loaded(text, 0);
-        EXPECT_EQ(dumped(doc.get(), compact), inOneLine);
-        EXPECT_EQ(dumped(doc.get(), formatted), indented);
+        EXPECT_EQ(xmlp_copyDoc(doc.get()), doc.get());
+        xmlp_releaseDoc(doc.get()); // the second owner's
+        EXPECT_EQ(doc->tree->refCount, 1u);
+        EXPECT_EQ(dumped(doc, compact), inOneLine);
+        EXPECT_EQ(dumped(doc, formatted), indented);
         expectRoundTrip(text);
     }
     for (const auto &file : std::filesystem::directory_iterator(TARN_EXAMPLES)) {
@@ -75,15 +57,14 @@ TEST(XmlpSerialize, writesTheSameTree)
 // More names than there is room for their lengths, each element inside of those before it.
 TEST(XmlpSerialize, manyNames)
 {
-    std::string start;
-    std::string end;
+    std::string start, end;
     for (size_t i = 0; i < 300; i++) {
         const std::string name = std::string(1 + i % 20, 'n') + std::to_string(i);
         start += "<" + name + ">";
         end.insert(0, "</" + name + ">");
     }
     for (uint32_t isStatic : {0u, 1u}) {
-        EXPECT_EQ(dumped(loaded(start + "x" + end, isStatic).get(), compact), start + "x" + end);
+        EXPECT_EQ(dumped(loaded(start + "x" + end, isStatic), compact), start + "x" + end);
     }
 }
 
@@ -98,17 +79,15 @@ TEST(XmlpSerialize, escapesEverywhere)
     for (size_t size = 1; size < 300; size += size < 40 ? 1 : 7) {
         for (size_t i = 0; i < size * std::size(written); i++) {
             const auto &[character, entity] = written[i / size];
-            std::string before = around.substr(0, i % size);
-            std::string after = around.substr(0, size - 1 - i % size);
-            const std::string value = before + character + after;
-            std::vector<unsigned char> bytes(value.begin(), value.end());
+            const std::string before = around.substr(0, i % size);
+            const std::string after = around.substr(0, size - 1 - i % size);
+            std::string value = before + character + after;
             XmlpNode node = {};
-            node.value = bytes.data();
+            node.value = reinterpret_cast<unsigned char *>(value.data());
             node.valueSize = static_cast<uint32_t>(size);
-            std::vector<char> text(_treeLen(&node));
+            std::string text(_treeLen(&node), '\0');
             ASSERT_EQ(_tree2Xml(&node, text.data()), text.data() + text.size());
-            ASSERT_EQ(std::string(text.begin(), text.end()),
-                      "<>" + before + entity + after + "</>");
+            ASSERT_EQ(text, "<>" + before + entity + after + "</>");
         }
     }
 }
@@ -118,31 +97,23 @@ TEST(XmlpSerialize, treesThatNoTextGives)
     const Document doc = loaded("<?x?><a>1</a>", 0);
     XmlpNode *top = xmlp_getChildNode(doc->tree->root, 0);
     xmlp_insNodeFirst(xmlp_initNode(), top); // nameless; and with a child, the value does not count
-    EXPECT_EQ(dumped(doc.get(), compact), "<?x?><a></></a>");
-    EXPECT_EQ(dumped(doc.get(), formatted), "<?x?>\n<a>\n  </>\n</a>\n");
+    EXPECT_EQ(dumped(doc, formatted), "<?x?>\n<a>\n  </>\n</a>\n");
     xmlp_add(doc.get(), "/", XMLP_LAST, "b", nullptr, nullptr, 0);
-    EXPECT_EQ(dumped(doc.get(), compact), "<?x?><a></></a><b/>");
+    EXPECT_EQ(dumped(doc, compact), "<?x?><a></></a><b/>");
     xmlp_delete(doc.get(), "/a");
     xmlp_delete(doc.get(), "/b");
-    EXPECT_EQ(dumped(doc.get(), compact), "<?x?>");
-    EXPECT_EQ(dumped(doc.get(), formatted), "<?x?>\n");
-
-    char text[] = "____";
-    XmlpNode node = {};
-    XmlpNode sibling = {};
-    xmlp_insNodeAfter(&sibling, &node); // without a parent
-    EXPECT_EQ(_tree2Xml(&node, text), text + _treeLen(&node));
-    EXPECT_EQ(_tree2FormatXml(&node, text, 0), text + _formatLen(&node, 0));
-    EXPECT_STREQ(text, "</>\n");
+    EXPECT_EQ(dumped(doc, compact) + dumped(doc, formatted), "<?x?><?x?>\n");
 
     alignas(512) char name[] = "a"; // its length is remembered where that of no name would be
-    char tags[] = "__________";
-    XmlpNode named = {};
-    XmlpNode nameless = {};
+    char text[] = "__________";
+    XmlpNode named = {}, nameless = {}, sibling = {};
     named.name = name;
     xmlp_insNodeLast(&nameless, &named);
-    EXPECT_EQ(_tree2Xml(&named, tags), tags + _treeLen(&named));
-    EXPECT_STREQ(tags, "<a></></a>");
+    xmlp_insNodeAfter(&sibling, &named); // without a parent
+    EXPECT_EQ(_tree2Xml(&named, text), text + _treeLen(&named));
+    EXPECT_STREQ(text, "<a></></a>");
+    EXPECT_EQ(_tree2FormatXml(&nameless, text, 0), text + _formatLen(&nameless, 0));
+    EXPECT_EQ(std::string(text, 4), "</>\n");
 }
 
 TEST(XmlpSerialize, refusesNull)
@@ -157,27 +128,34 @@ TEST(XmlpSerialize, refusesNull)
         EXPECT_EQ(_tree2FormatXml(&node, nullptr, 0), nullptr);
         EXPECT_EQ(_tree2FormatXml(nullptr, _tree2Xml(nullptr, text), 0), text);
     });
-    EXPECT_EQ(xmlpLines(printed), "; dumpDoc:363 invalid params.; tree2Xml:1757 invalid params."
-                                  "; _tree2Xml:200 buf is null.; _tree2FormatXml:286 buf is null.");
+    EXPECT_EQ(lines(printed), "; dumpDoc:363 invalid params.; tree2Xml:1757 invalid params."
+                              "; _tree2Xml:200 buf is null.; _tree2FormatXml:286 buf is null.");
 }
 
 // A million nested elements; indented, their text passes 4 GiB by far.
 TEST(XmlpSerialize, anyDepthOnASmallStack)
 {
-    std::string start;
-    std::string end;
-    for (uint32_t i = 0; i < 1000000; i++) {
+    const size_t depth = 1000000;
+    std::string start, end;
+    for (size_t i = 0; i < depth; i++) {
         start += "<a>";
         end += "</a>";
     }
     const std::string text = start + "x" + end;
-    uint32_t length = 0;
-    const std::string printed = capturedOnSmallStack([&] {
-        const Document doc = loaded(text, 0);
-        EXPECT_TRUE(dumped(doc.get(), compact) == text);
-        EXPECT_EQ(xmlp_dumpDoc(doc.get(), formatted, &length), nullptr);
+    const std::string tooLong = capturedOnSmallStack([&] {
+        for (uint32_t isStatic : {0u, 1u}) {
+            uint32_t length = 0;
+            const Document doc = loaded(text, isStatic);
+            EXPECT_TRUE(dumped(doc, compact) == text);
+            EXPECT_EQ(xmlp_dumpDoc(doc.get(), formatted, &length), nullptr);
+            EXPECT_EQ(length, 0xFFFFFFFFu);
+        }
     });
-    EXPECT_EQ(xmlpLines(printed), "; tree2Xml:1789 malloc failed.");
-    EXPECT_EQ(length, 0xFFFFFFFFu);
+    EXPECT_EQ(lines(tooLong), "; tree2Xml:1789!; tree2Xml:1789!");
+
+    const std::string refused = capturedOnSmallStack([&] { EXPECT_EQ(loaded(start, 1), nullptr); });
+    const std::string around = "[ERROR][_subXml():359]: error xml tag.\r\n";
+    EXPECT_EQ(refused.substr(0, 80), "[ERROR][_subXml():374]: error xml tag.\r\n" + around);
+    EXPECT_EQ(refused.size(), depth * around.size() + 42 + 39);
 }
 } // namespace

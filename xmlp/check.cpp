@@ -51,6 +51,7 @@ static int growList(XmlpElementList *list)
                             list->items, static_cast<size_t>(capacity) * sizeof(XmlpElement)))
                       : nullptr;
     if (items == nullptr) {
+        list->outOfMemory = true;
         return -1;
     }
     list->items = items;
@@ -200,6 +201,9 @@ static int _subXml(Checker *checker)
     if (checkContent(checker) == 0) {
         return 0;
     }
+    if (checker->list->outOfMemory) {
+        return -1; // which is not the text's fault
+    }
     for (uint32_t open = checker->open; open != outermost;
          open = checker->list->items[open - 1].parent) {
         XMLP_ERROR(359, "error xml tag.");
@@ -228,7 +232,7 @@ static int checkTop(Checker *checker, const char *tag, const char *close)
     }
     checker->open = checker->list->count;
     if (_subXml(checker) != 0) {
-        return topFault(441, "error xml tag.", close);
+        return checker->list->outOfMemory ? -1 : topFault(441, "error xml tag.", close);
     }
     return 0;
 }

@@ -139,6 +139,8 @@ static XmlpNode *buildRoot(const char *text, const char *end, uint32_t isStatic)
     XmlpNode *root = nullptr;
     if (_checkXml(text, end, &list) == 0) {
         root = isStatic != 0 ? buildStatic(text, &list) : _makeDtree(text, &list);
+    } else if (list.outOfMemory) {
+        _xmlp_report("xmlp_parse", 1509, "malloc failed.");
     }
     free(list.items);
     return root;

@@ -150,6 +150,7 @@ struct XmlpElementList {
     XmlpElement *items;
     uint32_t count;
     uint32_t capacity;
+    bool outOfMemory; /* it could not grow */
 };
 
 /*
