@@ -1,6 +1,11 @@
-// The companion tool's check of a file: as it is, an image of two texts, a container of files.
+// The companion tool's check of a file: as it is, an image of two texts, a container of files. What
+// the loader complains about must be an error.
 
+#include "appmngr/appmngr.h"
 #include "fuzz/input.h"
+#include "loader/image.h"
+#include "loader/loader.h"
+#include "loader/loader_internal.h"
 #include "tool/check_file.h"
 #include "tool/check_report.h"
 #include "tool/image.h"
@@ -14,6 +19,25 @@ static std::string imageOf(fuzz::Input *input)
     return image + tool::packDatabase({"", input->text()}, tool::priorityDatabase);
 }
 
+// Whether the loader says anything about the application database of an image.
+static bool isComplainedOf(const std::string &image)
+{
+    FILE *const standardOutput = stdout;
+    char *printed = nullptr;
+    size_t length = 0;
+    stdout = open_memstream(&printed, &length);
+    appmngr_checkDbPath(fuzz::asFile(image).c_str());
+    if (appmngr_file_alloc() == 0 && _appmngr_readAppDb() == 0) {
+        appmngr_analyzeDbFile();
+    }
+    appmngr_file_free();
+    appmngr_dbReInit();
+    fclose(stdout);
+    stdout = standardOutput;
+    free(printed);
+    return length > 0;
+}
+
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     fuzz::Input input(data, size);
@@ -25,6 +49,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     tool::checkFile({"file", file}, sources);
     const tool::Report report = tool::reportAsText(sources, false, false);
     fuzz::require(tool::reportAsJson(sources, true).errors == report.errors + report.warnings);
+    fuzz::require(kind != 1 || report.errors > 0 || !isComplainedOf(file));
     fuzz::require(std::none_of(report.text.begin(), report.text.end(), [](char byte) {
         const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7F';
         return isControl && byte != '\n' && byte != '\t'; // would steer a terminal

@@ -10,7 +10,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     fuzz::Input input(data, size);
     const bool isRaw = input.byte() % 2 == 0;
     const uint32_t given = input.byte() + 256u * input.byte();
-    const std::string made = isRaw ? "" : fuzz::encrypted(input.rest);
+    const std::string made = isRaw ? "" : encrypted(std::string(input.rest));
     const std::string_view file = isRaw ? input.rest : made;
     const auto length = static_cast<uint32_t>(file.size());
     std::vector<char> plain(given != 0 ? given : length + 8);

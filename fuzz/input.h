@@ -5,9 +5,8 @@
 #ifndef FUZZ_INPUT_H
 #define FUZZ_INPUT_H
 
-#include "dbimage/dbimage.h"
+#include "tests/update_file.h"
 
-#include <arpa/inet.h>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -71,30 +70,6 @@ inline std::string asFile(std::string_view contents, off_t offset = 0)
     return "/proc/self/fd/" + std::to_string(file);
 }
 
-inline std::string withDigest(const std::string &prefix, const std::string &bytes)
-{
-    unsigned char digest[DBIMAGE_DIGEST_SIZE];
-    md5_digest(digest, bytes.data(), static_cast<uint32_t>(bytes.size()));
-    return std::string(reinterpret_cast<char *>(digest), sizeof digest) + prefix + bytes;
-}
-
-inline std::string bigEndian(size_t number)
-{
-    const uint32_t word = htonl(static_cast<uint32_t>(number));
-    return {reinterpret_cast<const char *>(&word), sizeof word};
-}
-
-/* The encrypted database file with this header and payload. */
-inline std::string encrypted(std::string_view body)
-{
-    const std::string plain = withDigest("", std::string(body));
-    const auto length = static_cast<int32_t>(plain.size());
-    std::string file(plain.size() + 8, '\0');
-    const int written =
-        wexal_des_min_do(plain.data(), length, file.data(), length + 8, g_appmngr_databaseKey, 1);
-    return file.substr(0, static_cast<size_t>(written));
-}
-
 /*
  * The container of the files in an input: each a type, the length of what follows in two bytes, and
  * header and payload without their length field.
@@ -104,13 +79,12 @@ inline std::string container(Input *input)
     std::string entries;
     char count = 0;
     for (; !input->rest.empty(); count++) {
-        const std::string type = input->bytes(1);
+        const auto type = static_cast<char>(input->byte());
         const size_t length = input->byte() + size_t{256} * input->byte();
         const std::string body = input->bytes(length);
-        const std::string file = encrypted(bigEndian(body.size() - 12) + body);
-        entries += type + "..." + bigEndian(file.size()) + file;
+        entries += entry(type, encrypted(word(body.size() - 12) + body));
     }
-    return withDigest(std::string(1, count), entries);
+    return ::container(count, entries);
 }
 
 } // namespace fuzz
