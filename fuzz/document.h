@@ -72,6 +72,9 @@ inline bool isReadable(const XmlpNode *node)
     // As an item of "/", a structure that has no children yet can be given a value.
     const bool mayHaveValue = node->type == XMLP_NODE_VALUE || node->type == XMLP_NODE_ITEM;
     isReadable = isReadable && (node->valueSize == 0 || mayHaveValue);
+    // An item that lost its children stays what they made of it.
+    const bool wasItem = strcmp(node->name, "item") == 0 && node->type != XMLP_NODE_ITEM;
+    isReadable = isReadable && !(isEmpty(node) && wasItem);
     std::string earlier;
     for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
         const std::string name = std::string("\n") + attr->name; // refused as a beginning of one
