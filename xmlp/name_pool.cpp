@@ -59,25 +59,27 @@ static void addPlace(XmlpNamePool *pool, uint64_t hash, uint32_t place)
 // Makes room for count places more. A quarter of the slots stays free.
 static int reservePlaces(XmlpNamePool *pool, size_t count)
 {
-    XmlpNamePool larger = *pool;
-    while (larger.slotCount / 4 * 3 < pool->placeCount + count) {
-        larger.slotCount = larger.slotCount == 0 ? size_t{FIRST_SLOTS} : 2 * larger.slotCount;
+    size_t slotCount = pool->slotCount;
+    while (slotCount / 4 * 3 < pool->placeCount + count) {
+        slotCount = slotCount == 0 ? size_t{FIRST_SLOTS} : 2 * slotCount;
     }
-    if (larger.slotCount == pool->slotCount) {
+    if (slotCount == pool->slotCount) {
         return 0;
     }
-    larger.slots = static_cast<XmlpNameSlot *>(calloc(larger.slotCount, sizeof(XmlpNameSlot)));
-    if (larger.slots == nullptr) {
+    auto *slots = static_cast<XmlpNameSlot *>(calloc(slotCount, sizeof(XmlpNameSlot)));
+    if (slots == nullptr) {
         return -1;
     }
-    larger.placeCount = 0;
-    for (size_t i = 0; i < pool->slotCount; i++) {
-        if (pool->slots[i].place != 0) {
-            addPlace(&larger, pool->slots[i].hash, pool->slots[i].place);
+    const XmlpNamePool old = *pool;
+    pool->slots = slots;
+    pool->slotCount = slotCount;
+    pool->placeCount = 0;
+    for (size_t i = 0; i < old.slotCount; i++) {
+        if (old.slots[i].place != 0) {
+            addPlace(pool, old.slots[i].hash, old.slots[i].place);
         }
     }
-    free(pool->slots);
-    *pool = larger;
+    free(old.slots);
     return 0;
 }
 
