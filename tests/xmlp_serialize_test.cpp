@@ -85,7 +85,7 @@ TEST(XmlpSerialize, escapesEverywhere)
             XmlpNode node = {};
             node.value = reinterpret_cast<unsigned char *>(value.data());
             node.valueSize = static_cast<uint32_t>(size);
-            std::string text(_treeLen(&node), '\0');
+            std::string text(static_cast<size_t>(_treeLen(&node)), '\0');
             ASSERT_EQ(_tree2Xml(&node, text.data()), text.data() + text.size());
             ASSERT_EQ(text, "<>" + before + entity + after + "</>");
         }
