@@ -1,13 +1,12 @@
 // tarn-db-tool apps - the applications of an image.
 
 #include "appmngr/appmngr.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
 #include "tool/tables.h"
 
-#include <memory>
 #include <string>
 
 namespace tool
@@ -15,11 +14,6 @@ namespace tool
 
 namespace
 {
-
-struct AppsOptions {
-    std::string image;
-    bool json = false;
-};
 
 Json appsAsJson()
 {
@@ -31,25 +25,17 @@ Json appsAsJson()
     return {{"applications", apps}};
 }
 
-int apps(const AppsOptions &options)
+} // namespace
+
+int apps(const Arguments &arguments)
 {
-    loadApplicationTables(readFile(options.image));
-    if (options.json) {
+    loadApplicationTables(readFile(arguments.input));
+    if (arguments.json) {
         printJson(appsAsJson());
     } else {
         appmngr_showApps();
     }
     return 0;
-}
-
-} // namespace
-
-Action setupApps(CLI::App &arguments)
-{
-    const auto options = std::make_shared<AppsOptions>();
-    arguments.add_option("IMAGE", options->image, "Image file, - for standard input")->required();
-    addJsonFlag(arguments, options->json);
-    return [options] { return apps(*options); };
 }
 
 } // namespace tool

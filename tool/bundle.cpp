@@ -1,12 +1,11 @@
 #include "dbimage/dbimage.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/image.h"
 
 #include <arpa/inet.h>
 #include <charconv>
-#include <memory>
 #include <string>
 
 namespace tool
@@ -25,13 +24,6 @@ struct FileKind {
 const FileKind applicationFile = {DBIMAGE_TYPE_APP, applicationDatabase, 204800 - 8};
 const FileKind priorityFile = {DBIMAGE_TYPE_PRIORITY, priorityDatabase, 65536 - 8};
 
-struct BundleOptions {
-    std::string appDb;
-    std::string priority;
-    std::string container;
-    std::string version;
-};
-
 constexpr char series[] = "1.2.";
 constexpr size_t seriesLength = sizeof(series) - 1;
 
@@ -45,11 +37,6 @@ int patchLevel(const std::string &version)
     }
     const auto parsed = std::from_chars(version.data() + seriesLength, end, patch);
     return parsed.ec == std::errc() && parsed.ptr == end ? patch : -1;
-}
-
-std::string checkVersion(const std::string &version)
-{
-    return patchLevel(version) < 0 ? "must be 1.2.N with N from 0 to 255" : "";
 }
 
 template <typename Record> void append(std::string &bytes, const Record &record)
@@ -104,48 +91,31 @@ std::string entry(const std::string &path, const FileKind &kind, int patch)
     return bytes + file;
 }
 
-int bundle(const BundleOptions &options)
+} // namespace
+
+std::string checkVersion(const std::string &version)
 {
-    const int patch = patchLevel(options.version);
+    return patchLevel(version) < 0 ? "must be 1.2.N with N from 0 to 255" : "";
+}
+
+int bundle(const Arguments &arguments)
+{
+    const int patch = patchLevel(arguments.version);
     dbimage_containerHead head = {};
     std::string entries;
-    if (!options.appDb.empty()) {
-        entries += entry(options.appDb, applicationFile, patch);
+    if (!arguments.input.empty()) {
+        entries += entry(arguments.input, applicationFile, patch);
         ++head.fileCount;
     }
-    if (!options.priority.empty()) {
-        entries += entry(options.priority, priorityFile, patch);
+    if (!arguments.priority.empty()) {
+        entries += entry(arguments.priority, priorityFile, patch);
         ++head.fileCount;
     }
     md5_digest(head.digest, entries.data(), static_cast<uint32_t>(entries.size()));
     std::string container;
     append(container, head);
-    writeFile(options.container, container + entries);
+    writeFile(arguments.output, container + entries);
     return 0;
-}
-
-} // namespace
-
-Action setupBundle(CLI::App &arguments)
-{
-    const auto options = std::make_shared<BundleOptions>();
-    arguments
-        .add_option("-o,--output", options->container,
-                    "Container file to write, - for standard output")
-        ->required()
-        ->type_name("CONTAINER");
-    arguments.add_option("--version", options->version, "Version of the databases, 1.2.N")
-        ->required()
-        ->type_name("1.2.N")
-        ->check(checkVersion);
-    CLI::Option_group *const databases =
-        arguments.add_option_group("Databases", "At least one of them");
-    databases->add_option("--app", options->appDb, "Application database, - for standard input")
-        ->type_name("APPDB.xml");
-    databases->add_option("--priority", options->priority, "Priority database")
-        ->type_name("SORTDB.xml");
-    databases->require_option(1, 2);
-    return [options] { return bundle(*options); };
 }
 
 } // namespace tool

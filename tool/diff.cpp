@@ -1,7 +1,7 @@
 // tarn-db-tool diff - what changed from one application database to another.
 
 #include "tool/colour.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/record.h"
@@ -10,7 +10,6 @@
 #include <array>
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <string>
 #include <tuple>
 #include <unistd.h>
@@ -21,12 +20,6 @@ namespace tool
 
 namespace
 {
-
-struct DiffOptions {
-    std::string oldImage;
-    std::string newImage;
-    bool json = false;
-};
 
 /* ---- Items: everything of a database that can come, go or change ------------------------- */
 
@@ -230,12 +223,12 @@ void printChangesAsJson(const std::vector<Change> &changes)
 constexpr int different = 1;
 constexpr int trouble = 2;
 
-int diff(const DiffOptions &options)
+int compareImages(const Arguments &arguments)
 {
-    const Items before = readItems(options.oldImage);
-    const Items after = readItems(options.newImage);
+    const Items before = readItems(arguments.input);
+    const Items after = readItems(arguments.newImage);
     const std::vector<Change> changes = compare(before, after);
-    if (options.json) {
+    if (arguments.json) {
         printChangesAsJson(changes);
     } else {
         printChanges(changes);
@@ -243,27 +236,18 @@ int diff(const DiffOptions &options)
     return changes.empty() ? 0 : different;
 }
 
+} // namespace
+
 /* A failure must not look like a difference. */
-int diffOrTrouble(const DiffOptions &options)
+int diff(const Arguments &arguments)
 {
     try {
-        return diff(options);
+        return compareImages(arguments);
     } catch (const Failure &failure) {
         fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
         clearerr(stdout); // its failure has been told
         return trouble;
     }
-}
-
-} // namespace
-
-Action setupDiff(CLI::App &arguments)
-{
-    const auto options = std::make_shared<DiffOptions>();
-    arguments.add_option("OLD", options->oldImage, "Image file, - for standard input")->required();
-    arguments.add_option("NEW", options->newImage, "Image file, - for standard input")->required();
-    addJsonFlag(arguments, options->json);
-    return [options] { return diffOrTrouble(*options); };
 }
 
 } // namespace tool

@@ -1,7 +1,7 @@
 // tarn-db-tool export - the rules of an image as database.json.
 
 #include "appmngr/appmngr.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/tables.h"
@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 
 namespace tool
@@ -18,11 +17,6 @@ namespace tool
 
 namespace
 {
-
-struct ExportOptions {
-    std::string image;
-    std::string folder = ".";
-};
 
 // In memory first, so that the file appears whole or not at all.
 std::string rulesAsJson(const std::string &imageName)
@@ -43,23 +37,15 @@ std::string rulesAsJson(const std::string &imageName)
     return json;
 }
 
-int exportRules(const ExportOptions &options)
-{
-    const InputFile image = readFile(options.image);
-    loadApplicationTables(image);
-    writeFile(options.folder + "/database.json", rulesAsJson(image.name));
-    return 0;
-}
-
 } // namespace
 
-Action setupExport(CLI::App &arguments)
+int exportRules(const Arguments &arguments)
 {
-    const auto options = std::make_shared<ExportOptions>();
-    arguments.add_option("IMAGE", options->image, "Image file, - for standard input")->required();
-    arguments.add_option("-C", options->folder, "Directory to write database.json to")
-        ->type_name("DIR");
-    return [options] { return exportRules(*options); };
+    const InputFile image = readFile(arguments.input);
+    loadApplicationTables(image);
+    const std::string folder = arguments.output.empty() ? "." : arguments.output;
+    writeFile(folder + "/database.json", rulesAsJson(image.name));
+    return 0;
 }
 
 } // namespace tool

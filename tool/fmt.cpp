@@ -1,6 +1,6 @@
 // tarn-db-tool fmt - an XML text, indented or compact.
 
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/diagnostics.h"
 #include "tool/failure.h"
 #include "tool/file.h"
@@ -16,11 +16,6 @@ namespace tool
 
 namespace
 {
-
-struct FmtOptions {
-    std::string xml;
-    bool compact = false;
-};
 
 using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;
 using Text = std::unique_ptr<char, decltype(&free)>;
@@ -44,20 +39,12 @@ std::string formatted(const InputFile &xml, bool compact)
     return {text.get(), formattedLength};
 }
 
-int fmt(const FmtOptions &options)
-{
-    writeStandardOutput(formatted(readFile(options.xml), options.compact));
-    return 0;
-}
-
 } // namespace
 
-Action setupFmt(CLI::App &arguments)
+int fmt(const Arguments &arguments)
 {
-    const auto options = std::make_shared<FmtOptions>();
-    arguments.add_option("XML", options->xml, "XML document, - for standard input")->required();
-    arguments.add_flag("--compact", options->compact, "Without any blank or line end between tags");
-    return [options] { return fmt(*options); };
+    writeStandardOutput(formatted(readFile(arguments.input), arguments.compact));
+    return 0;
 }
 
 } // namespace tool

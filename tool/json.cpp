@@ -5,11 +5,6 @@
 namespace tool
 {
 
-void addJsonFlag(CLI::App &arguments, bool &wanted)
-{
-    arguments.add_flag("--json", wanted, "As one JSON document");
-}
-
 std::string jsonText(const Json &document, int indent)
 {
     return document.dump(indent, ' ', false, Json::error_handler_t::replace);

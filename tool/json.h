@@ -4,7 +4,6 @@
 #ifndef TOOL_JSON_H
 #define TOOL_JSON_H
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 namespace tool
@@ -12,9 +11,6 @@ namespace tool
 
 /* Members stay in the order in which they were added. */
 using Json = nlohmann::ordered_json;
-
-/* Declares --json, which sets wanted. */
-void addJsonFlag(CLI::App &arguments, bool &wanted);
 
 /*
  * The text of document. What is no UTF-8, a character cut at the end of its field for one, becomes

@@ -1,7 +1,7 @@
 // tarn-db-tool messages - what a load of an image would send to the kernel.
 
 #include "appdist/message.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/diagnostics.h"
 #include "tool/failure.h"
 #include "tool/file.h"
@@ -19,13 +19,6 @@ namespace tool
 
 namespace
 {
-
-struct MessagesOptions {
-    std::string image;
-    std::string rawFolder;
-    bool priority = false;
-    bool json = false;
-};
 
 using Message = std::unique_ptr<appdist_message, decltype(&free)>;
 
@@ -53,15 +46,15 @@ std::vector<Message> newMessages(bool priority)
     return messages;
 }
 
-std::vector<Message> buildMessages(const MessagesOptions &options)
+std::vector<Message> buildMessages(const Arguments &arguments)
 {
-    const InputFile image = readFile(options.image);
-    if (options.priority) {
+    const InputFile image = readFile(arguments.input);
+    if (arguments.ofPriority) {
         loadPriorityModel(image);
     } else {
         loadApplicationTables(image);
     }
-    std::vector<Message> messages = newMessages(options.priority);
+    std::vector<Message> messages = newMessages(arguments.ofPriority);
     if (messages.empty()) {
         throw Failure(image.name, "there is nothing to send");
     }
@@ -211,34 +204,19 @@ void writeRaw(const std::vector<Message> &messages, const std::string &folder)
     writeFiles(files);
 }
 
-int messages(const MessagesOptions &options)
+} // namespace
+
+int messages(const Arguments &arguments)
 {
-    const std::vector<Message> built = buildMessages(options);
-    if (!options.rawFolder.empty()) {
-        writeRaw(built, options.rawFolder);
-    } else if (options.json) {
+    const std::vector<Message> built = buildMessages(arguments);
+    if (!arguments.output.empty()) {
+        writeRaw(built, arguments.output);
+    } else if (arguments.json) {
         printMessagesAsJson(built);
     } else {
         printMessages(built);
     }
     return 0;
-}
-
-} // namespace
-
-Action setupMessages(CLI::App &arguments)
-{
-    const auto options = std::make_shared<MessagesOptions>();
-    arguments.add_option("IMAGE", options->image, "Image file, - for standard input")->required();
-    arguments.add_flag("--priority", options->priority,
-                       "The message of the priority database instead");
-    addJsonFlag(arguments, options->json);
-    arguments
-        .add_option("--raw", options->rawFolder,
-                    "Directory to write the messages to as they are, one file each")
-        ->type_name("DIR")
-        ->excludes("--json");
-    return [options] { return messages(*options); };
 }
 
 } // namespace tool

@@ -2,14 +2,13 @@
 
 #include "apppri/apppri.h"
 #include "apppri/list.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
 #include "tool/tables.h"
 
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,12 +17,6 @@ namespace tool
 
 namespace
 {
-
-struct PriorityOptions {
-    std::string image;
-    bool map = false;
-    bool json = false;
-};
 
 void printMap()
 {
@@ -80,31 +73,20 @@ Json databaseAsJson(bool withMap)
     return database;
 }
 
-int priority(const PriorityOptions &options)
+} // namespace
+
+int priority(const Arguments &arguments)
 {
-    loadPriorityModel(readFile(options.image));
-    if (options.json) {
-        printJson(databaseAsJson(options.map));
+    loadPriorityModel(readFile(arguments.input));
+    if (arguments.json) {
+        printJson(databaseAsJson(arguments.map));
         return 0;
     }
     apppri_showDB();
-    if (options.map) {
+    if (arguments.map) {
         printMap();
     }
     return 0;
-}
-
-} // namespace
-
-Action setupPriority(CLI::App &arguments)
-{
-    const auto options = std::make_shared<PriorityOptions>();
-    arguments.add_option("IMAGE", options->image, "Image file, - for standard input")->required();
-    arguments.add_flag(
-        "--map", options->map,
-        "Also the map that goes to the kernel: APPID: PRIORITY for each that has one");
-    addJsonFlag(arguments, options->json);
-    return [options] { return priority(*options); };
 }
 
 } // namespace tool

@@ -1,7 +1,7 @@
 // tarn-db-tool rules - the rules of one application of an image.
 
 #include "appmngr/appmngr.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/json.h"
@@ -9,7 +9,6 @@
 #include "tool/tables.h"
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 namespace tool
@@ -17,12 +16,6 @@ namespace tool
 
 namespace
 {
-
-struct RulesOptions {
-    std::string image;
-    uint32_t appId = 0;
-    bool json = false;
-};
 
 Json rulesAsJson(const appmngr_app &app)
 {
@@ -35,31 +28,22 @@ Json rulesAsJson(const appmngr_app &app)
     return {{"id", app.id}, {"name", fieldText(app.name)}, {"rules", rules}};
 }
 
-int rules(const RulesOptions &options)
-{
-    const InputFile image = readFile(options.image);
-    loadApplicationTables(image);
-    const appmngr_app *app = appmngr_getAppById(options.appId);
-    if (app == nullptr) {
-        throw Failure(image.name, "has no application " + std::to_string(options.appId));
-    }
-    if (options.json) {
-        printJson(rulesAsJson(*app));
-    } else {
-        appmngr_showAppRules(options.appId);
-    }
-    return 0;
-}
-
 } // namespace
 
-Action setupRules(CLI::App &arguments)
+int rules(const Arguments &arguments)
 {
-    const auto options = std::make_shared<RulesOptions>();
-    arguments.add_option("IMAGE", options->image, "Image file, - for standard input")->required();
-    arguments.add_option("APPID", options->appId, "Id of the application")->required();
-    addJsonFlag(arguments, options->json);
-    return [options] { return rules(*options); };
+    const InputFile image = readFile(arguments.input);
+    loadApplicationTables(image);
+    const appmngr_app *app = appmngr_getAppById(arguments.appId);
+    if (app == nullptr) {
+        throw Failure(image.name, "has no application " + std::to_string(arguments.appId));
+    }
+    if (arguments.json) {
+        printJson(rulesAsJson(*app));
+    } else {
+        appmngr_showAppRules(arguments.appId);
+    }
+    return 0;
 }
 
 } // namespace tool

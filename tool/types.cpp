@@ -1,13 +1,12 @@
 // tarn-db-tool types - the application types of an image, with their applications.
 
 #include "appmngr/appmngr.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
 #include "tool/tables.h"
 
-#include <memory>
 #include <string>
 
 namespace tool
@@ -15,11 +14,6 @@ namespace tool
 
 namespace
 {
-
-struct TypesOptions {
-    std::string image;
-    bool json = false;
-};
 
 Json typesAsJson()
 {
@@ -33,25 +27,17 @@ Json typesAsJson()
     return {{"types", types}};
 }
 
-int types(const TypesOptions &options)
+} // namespace
+
+int types(const Arguments &arguments)
 {
-    loadApplicationTables(readFile(options.image));
-    if (options.json) {
+    loadApplicationTables(readFile(arguments.input));
+    if (arguments.json) {
         printJson(typesAsJson());
     } else {
         appmngr_showAppTypes();
     }
     return 0;
-}
-
-} // namespace
-
-Action setupTypes(CLI::App &arguments)
-{
-    const auto options = std::make_shared<TypesOptions>();
-    arguments.add_option("IMAGE", options->image, "Image file, - for standard input")->required();
-    addJsonFlag(arguments, options->json);
-    return [options] { return types(*options); };
 }
 
 } // namespace tool

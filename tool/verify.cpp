@@ -1,6 +1,6 @@
 #include "appmngr/appmngr_model.h"
 #include "dbimage/dbimage_internal.h"
-#include "tool/command.h"
+#include "tool/commands.h"
 #include "tool/diagnostics.h"
 #include "tool/file.h"
 #include "tool/json.h"
@@ -9,7 +9,6 @@
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,11 +17,6 @@ namespace tool
 
 namespace
 {
-
-struct VerifyOptions {
-    std::string container;
-    bool json = false;
-};
 
 std::string typeName(uint32_t type)
 {
@@ -141,24 +135,15 @@ void printAsJson(const std::vector<ListedFile> &files, const std::string &result
     printJson({{"files", list}, {"result", result}});
 }
 
-int verify(const VerifyOptions &options)
-{
-    const std::string container = readFile(options.container).contents;
-    const int result = runUpdate(container);
-    const auto printResult = options.json ? printAsJson : print;
-    printResult(listFiles(container), appmngr_errToStr(static_cast<int16_t>(result)));
-    return result == 0 ? 0 : 1;
-}
-
 } // namespace
 
-Action setupVerify(CLI::App &arguments)
+int verify(const Arguments &arguments)
 {
-    const auto options = std::make_shared<VerifyOptions>();
-    arguments.add_option("CONTAINER", options->container, "Update container, - for standard input")
-        ->required();
-    addJsonFlag(arguments, options->json);
-    return [options] { return verify(*options); };
+    const std::string container = readFile(arguments.input).contents;
+    const int result = runUpdate(container);
+    const auto printResult = arguments.json ? printAsJson : print;
+    printResult(listFiles(container), appmngr_errToStr(static_cast<int16_t>(result)));
+    return result == 0 ? 0 : 1;
 }
 
 } // namespace tool
