@@ -11,6 +11,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::string made = isRaw ? "" : fuzz::container(&input);
     const std::string_view container = isRaw ? input.rest : made;
     appmngr_db_writeFromDatabase(container.data(), static_cast<int32_t>(container.size()));
-    fuzz::require(_appmngr_updateBuf == nullptr && apppri_db.xmlBuf == nullptr);
+    EXPECT_TRUE(_appmngr_updateBuf == nullptr && apppri_db.xmlBuf == nullptr);
     return 0;
 }

@@ -5,34 +5,27 @@
 #ifndef FUZZ_INPUT_H
 #define FUZZ_INPUT_H
 
+#include "tests/capture.h"
 #include "tests/update_file.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <string>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
-/* Before the first input: the diagnostics are many, and no news. */
+/*
+ * Before the first input: what a target expects and does not find ends the run; the diagnostics are
+ * many, and no news.
+ */
 extern "C" __attribute__((used)) inline int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
 {
+    GTEST_FLAG_SET(throw_on_failure, true);
     return freopen("/dev/null", "w", stdout) != nullptr ? 0 : -1;
 }
 
 namespace fuzz
 {
-
-/* Ends the run with a finding at the caller's line when something does not hold. */
-inline void require(bool holds, const char *file = __builtin_FILE(), int line = __builtin_LINE())
-{
-    if (!holds) {
-        fprintf(stderr, "%s:%d: does not hold\n", file, line);
-        abort();
-    }
-}
 
 /* Takes an input apart. Where it has ended, bytes are 0 and texts empty. */
 struct Input {
@@ -61,13 +54,14 @@ struct Input {
     }
 };
 
-/* Returns the path of a file in memory that holds contents at offset, until the next call. */
-inline std::string asFile(std::string_view contents, off_t offset = 0)
+/* The path of a file in memory that holds contents at offset, until the next call. */
+inline const char *asFile(std::string_view contents, off_t offset = 0)
 {
     static const int file = memfd_create("input", 0);
-    require(ftruncate(file, 0) == 0);
-    require(pwrite(file, contents.data(), contents.size(), offset) >= 0);
-    return "/proc/self/fd/" + std::to_string(file);
+    static const std::string path = "/proc/self/fd/" + std::to_string(file);
+    EXPECT_EQ(ftruncate(file, 0), 0);
+    EXPECT_GE(pwrite(file, contents.data(), contents.size(), offset), 0);
+    return path.c_str();
 }
 
 /*

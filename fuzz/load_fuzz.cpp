@@ -2,30 +2,25 @@
 
 #include "appmngr/appmngr_internal.h"
 #include "fuzz/input.h"
+#include "fuzz/message.h"
 #include "loader/image.h"
 #include "loader/loader.h"
-
-static void loadFile(std::string_view image)
-{
-    const std::string path = fuzz::asFile(image);
-    appmngr_checkDbPath(path.c_str());
-    appmngr_load_database();
-}
-
-static void loadText(std::string_view text)
-{
-    appmngr_file_alloc();
-    text.copy(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize - 1);
-    if (appmngr_analyzeDbFile() == 0) {
-        _appmngr_sendMsgToKernel();
-    }
-    appmngr_file_free();
-}
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     fuzz::Input input(data, size);
-    (input.byte() % 2 == 0 ? loadFile : loadText)(input.rest);
+    if (input.byte() % 2 == 0) {
+        appmngr_checkDbPath(fuzz::asFile(input.rest));
+        appmngr_load_database();
+    } else {
+        appmngr_file_alloc();
+        input.rest.copy(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize - 1);
+        if (appmngr_analyzeDbFile() == 0) {
+            _appmngr_sendMsgToKernel();
+        }
+        appmngr_file_free();
+    }
+    fuzz::expectWholeMessage();
     appmngr_showDb();
     appmngr_showApps();
     appmngr_writeJson(stdout);

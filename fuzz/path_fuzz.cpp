@@ -8,8 +8,6 @@
 #include <functional>
 #include <iterator>
 
-using fuzz::require;
-
 static bool drop(XmlpValue *values, const uint32_t *count)
 {
     for (uint32_t i = 0; values != nullptr && i < *count; i++) {
@@ -29,8 +27,9 @@ static std::string pathOf(const XmlpNode *node)
 }
 
 // Makes the next call. Returns whether the document may be another one afterwards.
-static bool call(XmlpDoc *doc, fuzz::Input *input)
+static bool call(const Document &document, fuzz::Input *input)
 {
+    XmlpDoc *const doc = document.get();
     const unsigned operation = input->byte();
     const unsigned nodeNumber = input->byte();
     const unsigned modeAndCount = input->byte();
@@ -38,7 +37,7 @@ static bool call(XmlpDoc *doc, fuzz::Input *input)
     const std::string first = input->text();
     std::string second = input->text();
 
-    const std::vector<const XmlpNode *> nodes = fuzz::nodesOf(doc);
+    const std::vector<const XmlpNode *> nodes = nodesOf(document);
     const std::string where =
         nodeNumber < 250 ? pathOf(nodes[nodeNumber % nodes.size()]) : first; // may lead nowhere
     const char *path = where.c_str();
@@ -91,21 +90,16 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     fuzz::Input input(data, size);
     const uint32_t isStatic = input.byte() % 2;
-    const std::string text = input.text();
-    XmlpDoc *doc = xmlp_loadDoc(text.data(), static_cast<uint32_t>(text.size()), isStatic);
-    if (doc == nullptr) {
-        return 0;
-    }
-    std::string before = fuzz::describe(doc);
-    while (!input.rest.empty()) {
+    const Document doc = loaded(input.text(), isStatic);
+    std::string before = doc != nullptr ? fuzz::describe(doc) : "";
+    while (doc != nullptr && !input.rest.empty()) {
         const bool mayChange = call(doc, &input);
         std::string after = fuzz::describe(doc);
         if (after != before) {
-            require(mayChange && isStatic == 0);
-            fuzz::requireReadBack(doc, true);
+            EXPECT_TRUE(mayChange && isStatic == 0);
+            fuzz::expectReadBack(doc, 1);
         }
         before.swap(after);
     }
-    xmlp_releaseDoc(doc);
     return 0;
 }

@@ -20,16 +20,22 @@ std::string element(const std::string &name, const std::string &content)
 
 const std::string types = "<appTypeList><appType><id>1</id><name>chat</name></appType>"
                           "<appType><id>40</id><name>video</name></appType></appTypeList>";
-const std::string tooLong = element("id", std::string(512, '1')); // for a value
-const std::string oneTuple = "<tuple>tcp 0:0 0:0</tuple>";
-const std::string oneRule = "<rule><tupleList>" + oneTuple + "</tupleList></rule>";
-const std::string oneApp = element("app", element("ruleList", oneRule));
+const std::string tooLong(512, '1'); // for a value
 
-// An application with id 7, what is given, and one rule that loads.
-std::string database(const std::string &app, const std::string &rules = "")
+std::string rule(const std::string &tuple = "tcp 0:0 0:0", const std::string &more = "")
 {
-    return "<AppDB><appList><app><id>7</id>" + app + "<ruleList>" + rules + oneRule +
-           "</ruleList></app></appList>" + types + "</AppDB>";
+    return element("rule", element("tupleList", element("tuple", tuple)) + more);
+}
+
+// An application: what is given, and one rule that loads.
+std::string application(const std::string &content, const std::string &rules = "")
+{
+    return element("app", content + element("ruleList", rules + rule()));
+}
+
+std::string database(const std::string &applications)
+{
+    return element("AppDB", element("appList", applications) + types);
 }
 
 // Loads a text into cleared tables: the result, and the lines that it prints.
@@ -37,7 +43,7 @@ std::string load(const std::string &text)
 {
     int status = -1;
     captured(appmngr_dbReInit);
-    const std::string printed = captured([&] {
+    const std::string printed = capturedOnSmallStack([&] {
         appmngr_file_alloc();
         text.copy(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize - 1);
         status = appmngr_analyzeDbFile();
@@ -52,7 +58,6 @@ void expectRecords(const Record *records, uint32_t count, const Record (&expecte
     ASSERT_EQ(count, size);
     EXPECT_EQ(memcmp(records, expected, sizeof expected), 0) << typeid(Record).name();
 }
-} // namespace
 
 TEST(AppMngr, FillsTheTables)
 {
@@ -60,20 +65,19 @@ TEST(AppMngr, FillsTheTables)
         "<enable>1</enable><segment><start>2</start><end>30</end></segment>"
         "<minlength>-4</minlength><dpiType>regex</dpiType>";
     const std::string rules =
-        "<ruleList><rule><tupleList><tuple>tcp 0:0 192.0.2.1:443</tuple>"
-        "<tuple>UDP\t 192.0.2.2:70000 0:53</tuple><tuple>icmp 0:0 0:0</tuple></tupleList>" +
-        element("ori", signature + "<dpiCode>a&lt;b</dpiCode>") + element("rep", signature) +
-        "</rule>" + oneRule + "</ruleList>";
-    const std::string text =
-        "\xEF\xBB\xBF<?xml version=\"1.0\"?><APPDB>"
-        "<ver>1.2.3-too-long</ver><proModel>model</proModel><expired>2030-01-01</expired>"
-        "<applist><app><id>7</id><name>One</name><visible>1</visible>"
-        "<typeIdList><typeId>40</typeId><typeId>1</typeId></typeIdList>" +
-        rules +
-        "<dnsKwList><dnsKw>one.example</dnsKw><dnsKw>sixteen-letters-</dnsKw></dnsKwList></app>" +
-        "<app><id>33</id>" + element("ruleList", oneRule) +
-        "<typeIdList><typeId>40</typeId></typeIdList></app></applist>" + types + "</APPDB>";
-    EXPECT_EQ(load(text), "0");
+        rule("tcp 0:0 192.0.2.1:443</tuple><tuple>icmp 0:0 0:0</tuple>"
+             "<tuple>UDP\t 192.0.2.2:70000 0:53",
+             element("ori", signature + "<dpiCode>a&lt;b</dpiCode>") + element("rep", signature));
+    const std::string content =
+        "<id>7</id><name>One</name><visible>1</visible>"
+        "<typeIdList><typeId>40</typeId><typeId>1</typeId></typeIdList>"
+        "<dnsKwList><dnsKw>one.example</dnsKw><dnsKw>sixteen-letters-</dnsKw></dnsKwList>";
+    const std::string last = "<id>33</id><typeIdList><typeId>40</typeId></typeIdList>";
+    EXPECT_EQ(load("\xEF\xBB\xBF<?xml version=\"1.0\"?><APPDB><ver>1.2.3-too-long</ver>"
+                   "<proModel>model</proModel><expired>2030-01-01</expired>" +
+                   element("applist", application(content, rules) + application(last)) + types +
+                   "</APPDB>"),
+              "0");
 
     const appmngr_appDb &db = g_appmngr_appDb;
     EXPECT_EQ(std::string(db.ver) + db.proModel + db.expired, "1.2.3-too-lmodel2030-01-01");
@@ -87,208 +91,120 @@ TEST(AppMngr, FillsTheTables)
     const appmngr_feature orig = {1, 2, 30, -4, "regex", "a<b"};
     const uint32_t one = inet_addr("192.0.2.1"), two = inet_addr("192.0.2.2");
     const appmngr_rule loaded[] = {{7, 0, one, 0, 443, 6, {}, orig, reply},
-                                   {7, two, 0, 70000 - 65536, 53, 17, {}, orig, reply},
                                    {7, 0, 0, 0, 0, 1, {}, orig, reply},
+                                   {7, two, 0, 70000 - 65536, 53, 17, {}, orig, reply},
                                    {7, 0, 0, 0, 0, 6, {}, {}, {}},
                                    {33, 0, 0, 0, 0, 6, {}, {}, {}}};
     expectRecords(db.rule, db.ruleCount, loaded);
     EXPECT_EQ(appmngr_getAppById(33), &g_appmngr_app[1]);
 
     const std::string stars(34, '*');
-    EXPECT_EQ(captured(appmngr_dbReInit), stars + "\nFree g_appmngr_appDns.rule\n" + stars + "\n");
-    EXPECT_EQ(g_appmngr_appDb.rule, nullptr);
-    EXPECT_EQ(g_appmngr_count.tuple, 0u);
+    const std::string freed = stars + "\nFree g_appmngr_appDns.rule\n" + stars + "\n";
+    EXPECT_EQ(captured(_appmngr_alloc_for_appdb), freed); // anew
+    EXPECT_EQ(captured(appmngr_dbReInit), freed);
 }
 
+// A faulty tuple leaves what it wrote, and what its rule did; the next one in its place sets only
+// what it reads itself.
 TEST(AppMngr, ReportsWhatItLeavesOut)
 {
-    const std::string split =
-        "; string_makeSubStrByChar:453 Too many substrings to string provided ";
-    const std::string tuple = "; _xmlnode_handler_tuple:";
-    const std::string rows[][2] = {
-        {"udp 192.0.2.1:53", tuple + "1268 Not match [proto ip:port ip:port] format!"},
-        {"tcp 0:0 0:0 0:0", split + tuple + "1268 Not match [proto ip:port ip:port] format!"},
-        {"sctp 0:0 0:0", "; Unknown protocol!" + tuple + "1280 appmngr_utils_str2proto failed!"},
-        {"tcp 0 0:0", tuple + "1295 ucm_string_makeSubStrByChar failed!"},
-        {"tcp 00:0 0:0", tuple + "1318 inet_pton failed! str = [00]"},
-        {"tcp 0:0 0:0:0", split + tuple + "1343 Analyze the dest pair ip failed!"},
-        {"tcp 0:0 host:0", tuple + "1362 inet_pton failed, str = [host]!"},
-        {std::string(512, '1'), tuple + "1247 Not tuple string found!"},
-        {"tcp 0:0 " + std::string(70, '1'), tuple + "1343 Analyze the dest pair ip failed!"},
-        {"", ""},
-    };
-    for (const auto &[text, printed] : rows) {
-        const std::string rule =
-            "<rule><tupleList>" + element("tuple", text) + "</tupleList></rule>";
-        EXPECT_EQ(load(database("", rule)), "0" + printed);
-        EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
+    std::string faulty;
+    for (const char *tuple : {"tcp 0:0 0:0 0:0", "sctp 0:0 0:0", "tcp 0 0:0", "tcp 00:0 0:0",
+                              "udp 192.0.2.1:53 0:0:0", "tcp 0:0 host:0", "", tooLong.data()}) {
+        faulty += rule(tuple, "<ori><enable>5</enable></ori>");
     }
-    EXPECT_EQ(load(database("<typeIdList><typeId>2</typeId></typeIdList>")),
-              "0; _xmlnode_handler_typeid:1102 _appmngr_getAppTypeBydId FAILED");
-    EXPECT_EQ(load("\xFF\xFE" + database("")), "0");
-    EXPECT_EQ(load("\xFE\xFF" + database(tooLong)), "0");
-    EXPECT_EQ(g_appmngr_app[0].id, 7u);
+    const std::string content = "<id>7</id>" + element("id", tooLong) + "<typeId>2</typeId>";
+    EXPECT_EQ(load("\xFE\xFF" + database(application(content, faulty))),
+              "0; _xmlnode_handler_typeid:1102 _appmngr_getAppTypeBydId FAILED"
+              "; string_makeSubStrByChar:453 Too many substrings to string provided "
+              "; _xmlnode_handler_tuple:1268 Not match [proto ip:port ip:port] format!"
+              "; Unknown protocol!; _xmlnode_handler_tuple:1280 appmngr_utils_str2proto failed!"
+              "; _xmlnode_handler_tuple:1295 ucm_string_makeSubStrByChar failed!"
+              "; _xmlnode_handler_tuple:1318 inet_pton failed! str = [00]"
+              "; string_makeSubStrByChar:453 Too many substrings to string provided "
+              "; _xmlnode_handler_tuple:1343 Analyze the dest pair ip failed!"
+              "; _xmlnode_handler_tuple:1362 inet_pton failed, str = [host]!"
+              "; _xmlnode_handler_tuple:1247 Not tuple string found!");
+    const appmngr_rule left[] = {{7, 0, 0, 0, 0, 6, {}, {5, 0, 0, 0, "", ""}, {}}};
+    expectRecords(g_appmngr_appDb.rule, g_appmngr_appDb.ruleCount, left);
+    EXPECT_EQ(g_appmngr_appDns.rule, nullptr); // no keyword, no table
 }
-
-static int handled;
 
 TEST(AppMngr, DispatchesToEveryRowOfATable)
 {
-    char name[] = "A-Tag-of-18-Bytes!";
+    char name[] = "Sixteen-Letters!";
     XmlpNode parent = {}, node = {};
     parent.firstChild = &node;
     node.name = name;
-    EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0);
     node.type = XMLP_NODE_VALUE;
-    const auto unhandled = [&] { EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0); };
-    EXPECT_EQ(lines(captured(unhandled)), "; childnode_handler:1894 Null pHandlerInfo");
+    const auto dispatch = [&] { EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0); };
+    EXPECT_EQ(lines(captured(dispatch)), "; childnode_handler:1894 Null pHandlerInfo");
     EXPECT_EQ(appmngr_childnode_handler(nullptr, 0), 0);
 
+    static int handled;
     const auto count = [](XmlpNode *, appmngr_context) { return ++handled; };
-    const appmngr_tagHandler other = {"a-tag-of-18-bytes?", APPMNGR_LEAF, nullptr, nullptr};
-    std::vector<appmngr_tagHandler> table(71, other);
+    std::vector<appmngr_tagHandler> table(71, {"sixteen-letters?", APPMNGR_LEAF, nullptr, nullptr});
     for (size_t row : {3u, 5u, 63u, 64u, 69u}) {
-        table[row] = {"a-tag-of-18-bytes!", APPMNGR_LEAF, count, nullptr};
+        table[row] = {"sixteen-letters!", APPMNGR_LEAF, count, nullptr};
     }
     table[70].tag = nullptr;
     appmngr_setHandlerInfo(table.data());
     EXPECT_EQ(appmngr_getHandlerInfo(), table.data());
-    EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0);
+    dispatch();
     EXPECT_EQ(handled, 5);
     appmngr_setHandlerInfo(nullptr);
 }
 
-// A faulty tuple leaves what it wrote; the next one in its slot sets only what it reads itself.
-TEST(AppMngr, FaultyTupleLeavesItsTraces)
-{
-    load(database("", "<rule><tupleList><tuple>udp 192.0.2.1:53 x:0</tuple></tupleList>"
-                      "<ori><enable>5</enable></ori></rule>"));
-    appmngr_rule left[] = {{7, 0, 0, 0, 0, 6, {}, {}, {}}};
-    left[0].orig.enable = 5;
-    expectRecords(g_appmngr_appDb.rule, g_appmngr_appDb.ruleCount, left);
-}
-
 TEST(AppMngr, RefusedDatabases)
 {
-    const std::string alloc = "; analyzeDbFile:2325 _appmngr_alloc_for_appdb failed";
-    const std::string list = element("appList", oneApp);
-    std::string manyTypes;
-    for (int i = 0; i < 65; i++) {
-        manyTypes += "<appType><id>" + std::to_string(i) + "</id></appType>";
-    }
-    const std::string rows[][2] = {
-        {"", "; _checkXml:452 no xml tag found.; _initLock:78 doc is null."},
-        {"x", alloc},
-        {list, alloc},
-        {element("appList", "<app><id>1</id></app>") + types, alloc},
-        {list + element("appTypeList", manyTypes), alloc},
-        // A type id that cannot be read ends the counting of its type's children.
-        {list + element("appTypeList", element("appType", tooLong + "<id>1</id>")), alloc},
-    };
-    for (const auto &[text, printed] : rows) {
-        EXPECT_EQ(load(text.empty() ? "" : element("AppDB", text)), "-1" + printed);
-        EXPECT_EQ(g_appmngr_appDb.rule, nullptr);
-    }
+    // A type id that cannot be read ends the counting of its type's children.
+    const std::string unread = element("appType", element("id", tooLong) + "<id>1</id>");
+    const std::string list = element("appList", application(""));
+    EXPECT_EQ(load(element("AppDB", list + element("appTypeList", unread))),
+              "-1; analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     EXPECT_EQ(appmngr_getAppById(1), nullptr);
     EXPECT_EQ(appmngr_analyzeDbFile(), -1); // without a text
 }
 
 TEST(AppMngr, DescriptionsAreCounted)
 {
-    load("<AppDesc><appList><app>a</app><app>b</app></appList>"
-         "<appTypeList><appType>t</appType></appTypeList><langcnt>3</langcnt>" +
-         element("langcnt", std::string(512, '1')) + "</AppDesc>");
+    load("<AppDesc><appList><app>a</app><app>b</app></appList><langcnt>3</langcnt>"
+         "<appTypeList><appType>t</appType></appTypeList></AppDesc>");
     EXPECT_EQ(g_appmngr_count.langcnt, 3u);
     EXPECT_EQ(appmngr_appdesc_alloc(), 0);
-    EXPECT_EQ(g_appmngr_appDesc.appCount, 2u);
-    EXPECT_EQ(g_appmngr_appDesc.typeCount, 1u);
+    EXPECT_TRUE(g_appmngr_appDesc.appCount == 2 && g_appmngr_appDesc.typeCount == 1);
     appmngr_dbReInit();
     EXPECT_EQ(appmngr_appdesc_alloc(), -1);
     EXPECT_EQ(appmngr_parseThroughXML("root", nullptr), 0);
 }
 
-TEST(AppMngr, TablesAreAllocatedAnew)
-{
-    load(database("<name>n</name>"));
-    EXPECT_EQ(_appmngr_alloc_for_appdb(), 0);
-    EXPECT_STREQ(g_appmngr_app[0].name, "");
-    EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
-    EXPECT_EQ(g_appmngr_appDns.rule, nullptr); // no keyword, no table
-}
-
-// The walk meets elements by name alone, and more of them than were counted by path.
+// The walk meets elements by name alone, more of them than were counted by path, and deeper ones.
 TEST(AppMngr, ElementsOutOfPlace)
 {
     const std::string extra =
-        "<app><id>9</id><dnsKw>past</dnsKw><visible>1</visible>" + oneRule + oneRule +
-        "<typeId>1</typeId></app><tuple>bad</tuple><appType><id>5</id><name>n</name></appType>"
+        "<app><id>4096</id><dnsKw>past</dnsKw><visible>1</visible><typeId>1</typeId>" +
+        rule("tcp 0:0 0:0</tuple><tuple>udp 0:0 0:0",
+             rule() + rule() + "<dpiType>x</dpiType><dpiCode>x</dpiCode><rep><end>1</end></rep>") +
+        "</app><tuple>bad</tuple><appType><id>5</id><name>n</name></appType>"
         "<ori><tuple>bad</tuple><enable>1</enable></ori>";
-    EXPECT_EQ(load("<AppDB>" + extra + "<appList><app><dnsKwList><dnsKw>k</dnsKw></dnsKwList>" +
-                   element("ruleList", oneRule) + "</app></appList>" + types + extra + extra +
-                   "</AppDB>"),
-              "0");
-    EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
-    EXPECT_EQ(g_appmngr_appDb.appCount, 1u);
-    EXPECT_EQ(g_appmngr_app[0].id, 9u);
-    EXPECT_EQ(g_appmngr_count.dnsCur, 1u);
-    EXPECT_LE(g_appmngr_appDb.typeCount, 2u);
-
-    EXPECT_EQ(load(database("<id>4096</id><typeId>1</typeId>",
-                            "<rule><tupleList>" + oneTuple + oneTuple + "</tupleList>" + oneRule +
-                                oneRule +
-                                "<dpiType>x</dpiType><dpiCode>x</dpiCode>"
-                                "<rep><end>1</end></rep></rule>")),
-              "0");
-    EXPECT_TRUE(appmngr_isZero512(g_appmngr_appDb.type[0].appBitmap));
-    EXPECT_EQ(g_appmngr_appDb.ruleCount, 3u);
-
     // A dotted name completes a counted path, and is never walked.
-    EXPECT_EQ(load("<AppDB>" + element("appList", oneApp + "<app.x>y</app.x>") +
-                   "<appList.app>y</appList.app>" + element("appList", oneApp) + types +
-                   "</AppDB>"),
-              "0");
-    EXPECT_EQ(g_appmngr_count.app, 3u);
-    EXPECT_EQ(g_appmngr_appDb.appCount, 2u);
-}
+    const std::string list =
+        "<appList.app>y</appList.app>" +
+        element("appList", application("<dnsKwList><dnsKw>k</dnsKw></dnsKwList>", rule() + rule()));
+    EXPECT_EQ(load("\xFF\xFE<AppDB>" + extra + list + types + extra + extra + "</AppDB>"), "0");
+    const appmngr_appDb &db = g_appmngr_appDb;
+    EXPECT_TRUE(db.appCount == 2 && db.typeCount == 2 && db.ruleCount == 3);
+    EXPECT_TRUE(g_appmngr_count.dnsCur == 1 && appmngr_isZero512(db.type[0].appBitmap));
 
-TEST(AppMngr, DeepDocument)
-{
-    std::string deep = element("rule", oneTuple);
+    std::string deep = rule();
     for (int i = 0; i < 4500; i++) {
         deep = "<rule><ori>" + deep + "</ori></rule>";
     }
-    load(database("", deep));
-    EXPECT_EQ(g_appmngr_appDb.ruleCount, 1u);
+    EXPECT_EQ(load(database(application("", deep))), "0");
+    EXPECT_EQ(db.ruleCount, 1u);
 }
 
-TEST(AppMngrText, Pieces)
-{
-    const std::tuple<std::string, int32_t, std::string> rows[] = {
-        {"tcp  1.2.3.4:80\t5.6.7.8:0", 4, "3 tcp 1.2.3.4:80 5.6.7.8:0"},
-        {" \r\n\t", 2, "0"},
-        {"a b", 3, "2 a b"},
-        {"a", 0, "-1"},
-    };
-    for (const auto &[given, max, expected] : rows) {
-        std::string text = given, found;
-        char *parts[8] = {};
-        captured([&, most = max] {
-            const int32_t count = appmngr_string_makeSubStrByChar(text.data(), ' ', most, parts);
-            found = std::to_string(count);
-            for (int32_t i = 0; i < count; i++) {
-                found += std::string(" ") + parts[i];
-            }
-        });
-        EXPECT_EQ(found, expected);
-    }
-    char text[] = "kept", *save = nullptr;
-    EXPECT_EQ(appmngr_string_token(nullptr, " ", &save), nullptr);
-    EXPECT_STREQ(appmngr_string_token(text, "ep", &save), "k");
-    EXPECT_STREQ(appmngr_string_token(nullptr, "ep", &save), "t");
-    EXPECT_EQ(appmngr_string_token(nullptr, "ep", &save), nullptr);
-}
-
-TEST(AppMngrText, Values)
+TEST(AppMngr, TextAndNumbers)
 {
     std::string numbers;
     for (const char *text : {"", " -12x", "+7", "00012345678", "12345678", "999999999",
@@ -296,45 +212,47 @@ TEST(AppMngrText, Values)
         numbers += std::to_string(appmngr_atoi(text)) + " ";
     }
     EXPECT_EQ(numbers, "0 -12 7 12345678 12345678 999999999 1 -2147483648 -1 ");
-    const std::pair<std::string, int> marks[] = {
-        {"\xFF", 0},     {"\xFF\xFE", 2},     {"\xFE\xFF", 3},
-        {"\xEF\xBB", 0}, {"\xEF\xBB\xBF", 1}, {"\xFE\xFFx", 3},
-    };
-    for (const auto &[text, mark] : marks) {
-        EXPECT_EQ(appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())), mark);
-    }
-    XmlpNode node = {};
-    char kept[16] = "kept";
-    EXPECT_EQ(appmngr_getNodeString(&node, kept, 0), -1);
-    EXPECT_EQ(appmngr_getNodeString(&node, nullptr, 4), -1);
-    EXPECT_STREQ(kept, "kept");
+    EXPECT_EQ(appmngr_checkEncoding("\xFF\xFE", 1), APPMNGR_MARK_NONE);
+    EXPECT_EQ(appmngr_checkEncoding("\xFF\xFE", 2), APPMNGR_MARK_UTF16LE);
+    EXPECT_EQ(appmngr_checkEncoding("\xFE\xFF", 2), APPMNGR_MARK_UTF16BE);
+    EXPECT_EQ(appmngr_checkEncoding("\xEF\xBB\xBF", 2), APPMNGR_MARK_NONE);
+    EXPECT_EQ(appmngr_checkEncoding("\xEF\xBB\xBF", 3), APPMNGR_MARK_UTF8);
+    char escaped[] = "a\"\\b.";
     EXPECT_EQ(appmngr_escapeSpecial(nullptr, ""), -1);
-    EXPECT_EQ(appmngr_escapeSpecial(kept, "a \"\\b"), 0);
-    EXPECT_STREQ(kept, "a\1\2\3b");
-}
+    EXPECT_EQ(appmngr_escapeSpecial(escaped, "a \"\\b"), 0);
+    EXPECT_STREQ(escaped, "a\1\2\3b");
+    const XmlpNode empty = {};
+    EXPECT_EQ(appmngr_getNodeString(&empty, escaped, 0), -1);
 
-TEST(AppMngrText, Words)
-{
-    EXPECT_EQ(appmngr_strcasecmp("AppDB", "appdb"), 0);
-    EXPECT_NE(appmngr_strcasecmp("\xC3\x84", "\xC3\xA4"), 0);
-    EXPECT_NE(appmngr_strcasecmp("@", "`"), 0);
+    char word[] = "kept", *save = nullptr;
+    EXPECT_EQ(appmngr_string_token(nullptr, " ", &save), nullptr);
+    EXPECT_STREQ(appmngr_string_token(word, "ep", &save), "k");
+    EXPECT_STREQ(appmngr_string_token(nullptr, "ep", &save), "t");
+    char pieces[] = "a \r\nb\t", *parts[3] = {word, word, word};
+    EXPECT_EQ(appmngr_string_makeSubStrByChar(pieces, ' ', 3, parts), 2);
+    EXPECT_STREQ(parts[1], "b");
+    EXPECT_EQ(parts[2], nullptr);
+
+    EXPECT_EQ(appmngr_strcasecmp("AZ\x84", "az\xA4"), 0x84 - 0xA4);
     EXPECT_EQ(appmngr_strcasecmpSafe(nullptr, "a"), 2147483647);
-    EXPECT_EQ(appmngr_string_match("0", "00"), 0);
-    EXPECT_STREQ(appmngr_utils_proto2str(appmngr_utils_str2proto("ICMP")), "icmp");
     EXPECT_STREQ(appmngr_utils_proto2str(2), "unknown");
     EXPECT_STREQ(appmngr_errToStr(-8980), "APPMNGR_ERR_FILE_INVALID_LEN");
     EXPECT_STREQ(appmngr_errToStr(-8988), "ERROR NOT IN LIST");
-    const std::string refused = captured([] {
-        char text[] = "a b", *parts[2];
+    const std::string refused = captured([&] {
+        char text[] = "a b";
         EXPECT_EQ(appmngr_string_match(nullptr, ""), 0);
-        EXPECT_EQ(appmngr_string_makeSubStrByChar(nullptr, ' ', 1, nullptr), -1);
+        EXPECT_EQ(appmngr_string_makeSubStrByChar(nullptr, ' ', 1, parts), -1);
+        EXPECT_EQ(appmngr_string_makeSubStrByChar(text, ' ', 0, parts), -1);
         EXPECT_EQ(appmngr_string_makeSubStrByChar(text, ' ', 2, parts), -1);
-        appmngr_utils_str2proto("sctp");
+        appmngr_utils_str2proto(nullptr);
     });
     EXPECT_EQ(refused, // to the carriage return
               "[Error](appmngr_string_match) 470: Some parameter is null.\r\n"
               "[Error](appmngr_string_makeSubStrByChar) 428: Some parameter is null.\r\n"
+              "[Error](appmngr_string_makeSubStrByChar) 434: "
+              "Maximum number is invalid. maxNum = 0\r\n"
               "[Error](appmngr_string_makeSubStrByChar) 453: "
               "Too many substrings to string provided \r\n"
               "Unknown protocol!\r\n");
 }
+} // namespace

@@ -4,18 +4,24 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <regex>
-#include <sstream>
 #include <string>
+#include <utility>
 
 /* What action prints on standard output. */
 template <typename Action> std::string captured(Action action)
 {
-    testing::internal::CaptureStdout();
+    char *text = nullptr;
+    size_t size = 0;
+    FILE *const standardOutput = std::exchange(stdout, open_memstream(&text, &size));
     action();
-    return testing::internal::GetCapturedStdout();
+    fclose(std::exchange(stdout, standardOutput));
+    const std::string printed(text, size);
+    free(text);
+    return printed;
 }
 
 /* The same for an action that runs on a stack of 256 KiB. */
@@ -39,18 +45,10 @@ template <typename Action> std::string capturedOnSmallStack(Action action)
  * What is printed: each diagnostic as "; function:line text", without the module's name; any other
  * line as "; line"; "!" for "malloc failed.".
  */
-inline std::string lines(const std::string &printed)
-{
-    static const std::regex diagnostic("\\[(?:ERROR|Error|apppri_db_error)\\][\\[(](_?)(?:xmlp_|"
-                                       "appmngr_|apppri_)?(\\w+)(?:\\(\\):|\\) )(\\d+)\\]?: ");
-    std::istringstream stream(std::regex_replace(printed, diagnostic, "\n$1$2:$3 "));
-    std::string text;
-    for (std::string line; std::getline(stream, line);) {
-        line = line.substr(0, line.find('\r'));
-        text += line.empty() ? "" : "; " + line;
-    }
-    return std::regex_replace(text, std::regex(" malloc failed\\."), "!");
-}
+std::string lines(const std::string &printed);
+
+/* The text with what matches the regular expression replaced; $1 stands for its first group. */
+std::string edit(const std::string &text, const std::string &pattern, const std::string &to);
 
 /* All bytes of a file. */
 inline std::string contents(const std::string &path)

@@ -16,29 +16,15 @@ import subprocess
 import sys
 import tempfile
 
-BLOCKS = {".md": r"^```console\n(.*?)^```", ".1": r"^\.Bd.*?\n(.*?)^\.Ed", ".8": r"^\.Bd.*?\n(.*?)^\.Ed"}
-
-
-def commands(document):
-    """The pairs of command and expected output of a document, in order."""
-    pairs = []
-    for block in re.findall(BLOCKS[document.suffix], document.read_text(), re.S | re.M):
-        until = None
-        for line in block.splitlines(keepends=True):
-            if until is not None:
-                pairs[-1][0] += line
-                until = None if line.strip() == until else until
-            elif line.startswith("$ "):
-                pairs.append([line[2:], ""])
-                here = re.search(r"<<'?(\w+)'?", line)
-                until = here and here[1]
-            elif pairs:
-                pairs[-1][1] += line
-    return pairs
+BLOCKS = {".md": r"^```console\n(.*?)^```", ".1": r"^\.Bd.*?\n(.*?)^\.Ed"}
+# The command, with its here-document if it has one, the end of that, the output.
+COMMAND = r"^\$ (.*<<'(\w+)'.*\n(?:.*\n)*?\2\n|.*\n)((?:(?!\$ ).*\n)*)"
 
 
 def main(document, examples, *programs):
-    pairs = commands(pathlib.Path(document))
+    document = pathlib.Path(document)
+    blocks = re.findall(BLOCKS[document.suffix], document.read_text(), re.S | re.M)
+    commands = [found for block in blocks for found in re.findall(COMMAND, block, re.M)]
     folders = [str(pathlib.Path(program).parent) for program in programs]
     environment = dict(os.environ, PATH=":".join(folders + [os.environ["PATH"]]))
     wrong = 0
@@ -47,15 +33,15 @@ def main(document, examples, *programs):
         shutil.copytree(examples, scratch + "/examples")
         pathlib.Path(scratch, "out").mkdir()
         pathlib.Path(scratch, "notes.txt").write_text("notes\n")
-        for command, expected in pairs:
+        for command, _, expected in commands:
             run = subprocess.run(["bash", "-c", command], cwd=scratch, env=environment, text=True,
                                  stdin=subprocess.DEVNULL, capture_output=True, timeout=60)
             if run.returncode != 0 or (expected and run.stdout != expected):
                 wrong += 1
                 print(f"$ {command}--- the document says:\n{expected}--- it prints:\n{run.stdout}"
                       f"--- exit status {run.returncode}, standard error:\n{run.stderr}")
-    print(f"{document}: {len(pairs)} commands, {wrong} wrong")
-    return 1 if wrong or not pairs else 0
+    print(f"{document}: {len(commands)} commands, {wrong} wrong")
+    return 1 if wrong or not commands else 0
 
 
 if __name__ == "__main__":

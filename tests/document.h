@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;
 
@@ -22,14 +23,30 @@ inline Document loaded(const std::string &text, uint32_t isStatic)
     return {xmlp_loadDoc(exact.get(), size, isStatic), xmlp_releaseDoc};
 }
 
-/* The document as text, which must be as long as it was computed to be. */
+/* The document as text. */
 inline std::string dumped(const Document &doc, int compact)
 {
     uint32_t length = 0;
     const std::unique_ptr<char, decltype(&free)> text(xmlp_dumpDoc(doc.get(), compact, &length),
                                                       free);
-    EXPECT_EQ(std::char_traits<char>::length(text.get()), length);
-    return text.get();
+    EXPECT_EQ(text.get()[length], '\0');
+    return {text.get(), length};
+}
+
+/* All nodes, level by level; every link must have its counterpart. */
+inline std::vector<const XmlpNode *> nodesOf(const Document &doc)
+{
+    std::vector<const XmlpNode *> nodes = {doc->tree->root};
+    for (size_t i = 0; i < nodes.size(); i++) {
+        const XmlpNode *last = nullptr;
+        for (const XmlpNode *child = nodes[i]->firstChild; child != nullptr; child = child->next) {
+            EXPECT_TRUE(child->parent == nodes[i] && child->prev == last && child->name != nullptr);
+            nodes.push_back(last = child);
+        }
+        EXPECT_TRUE(nodes[i]->lastChild == last);
+        EXPECT_EQ(nodes[i]->value != nullptr, nodes[i]->valueSize != 0);
+    }
+    return nodes;
 }
 
 #endif

@@ -106,10 +106,10 @@ int __wrap_select(int count, fd_set *readable, fd_set *, fd_set *, timeval *wait
     return ready;
 }
 
-ssize_t __wrap_recvfrom(int, void *buffer, size_t length, int flags, sockaddr *from,
-                        socklen_t *fromSize)
+/* An error message, but for the error itself. */
+ssize_t __wrap_recvfrom(int, void *buffer, size_t length, int, sockaddr *from, socklen_t *fromSize)
 {
-    EXPECT_TRUE(length == 20 && flags == 0);
+    EXPECT_EQ(length, 20u);
     const nlmsghdr header = {answer("length", 20u), 2, answer<uint16_t>("flags", 0x1f), 0, 0};
     const sockaddr_nl sender = {AF_NETLINK, 0, answer("sender", 0u), 0};
     memcpy(buffer, &header, sizeof header);

@@ -1,7 +1,7 @@
 /*
  * Allocations that fail, one after the other, and what stays allocated. Every allocation of the
- * product comes here in a program that links the target faults; one inside of liblzma or of the C
- * library counts as one of the call that makes it.
+ * product comes here in a program that links the target faults; those inside of liblzma count as
+ * one of the call that makes them.
  */
 #ifndef TESTS_FAULTS_H
 #define TESTS_FAULTS_H
@@ -10,30 +10,25 @@
 
 #include <stdint.h>
 
-#include <map>
+#include <algorithm>
+#include <set>
 
 namespace faults
 {
-extern std::map<void *, size_t> &live; /* what is allocated, and its size; 0 for an open file */
-extern uint32_t countdown;             /* to the allocation that fails; 0 for none */
-
-/* The sizes of the buffers that were allocated since then, and the number of smaller blocks. */
-std::string keptSince(const std::map<void *, size_t> &then);
-
-/*
- * A result with lines each, with " | " between them. One that is equal to that before is left out,
- * and "~" stands for last lines that are equal to those before.
- */
-struct List {
-    std::string text, last;
-
-    void add(const std::string &item);
-};
+extern std::set<void *> &live; /* what is allocated */
+extern uint32_t countdown;     /* to the allocation that fails; 0 for none */
 
 struct Outcomes {
-    List failures;       /* while the first, the second, ... allocation failed */
-    std::string success; /* when none did */
-    List kept;           /* what stayed allocated each time */
+    /*
+     * A result with lines each, while the first, the second, ... allocation failed, with " | "
+     * between them. One that is equal to that before is left out, and "~" stands for last lines
+     * that are equal to those before.
+     */
+    std::string failures, last;
+    std::string success; /* when none failed */
+    size_t kept = 0;     /* the most blocks that stayed allocated until release */
+
+    void addFailure(const std::string &outcome);
 };
 
 /*
@@ -45,30 +40,28 @@ template <typename Before, typename Call, typename After, typename Release>
 Outcomes outcomesOf(Before before, Call call, After after, Release release)
 {
     Outcomes outcomes;
-    for (uint32_t failing = 1; failing < 10000; failing++) {
-        const std::map<void *, size_t> then = live;
+    for (uint32_t failing = 1; outcomes.success.empty(); failing++) {
+        const size_t then = live.size();
         before();
         std::string outcome;
         bool hasFailed = false;
-        testing::internal::CaptureStderr();
         const std::string printed = captured([&] {
             countdown = failing;
             outcome = call();
             hasFailed = countdown == 0;
             countdown = 0;
         });
-        outcome += lines(printed + testing::internal::GetCapturedStderr());
+        outcome += lines(printed);
         captured([&] { outcome += after(); });
-        outcomes.kept.add(keptSince(then));
+        outcomes.kept = std::max(outcomes.kept, live.size() - then);
         captured(release);
-        EXPECT_EQ(keptSince(then), "") << outcome;
-        if (!hasFailed) {
+        EXPECT_EQ(live.size(), then) << outcome;
+        if (hasFailed) {
+            outcomes.addFailure(outcome);
+        } else {
             outcomes.success = outcome;
-            return outcomes;
         }
-        outcomes.failures.add(outcome);
     }
-    ADD_FAILURE() << "always another allocation";
     return outcomes;
 }
 } // namespace faults

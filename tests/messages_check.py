@@ -5,6 +5,7 @@ texts say must be in them.
 usage: messages_check.py PROGRAM EXAMPLES
 """
 
+import os
 import pathlib
 import random
 import subprocess
@@ -15,11 +16,7 @@ import xml.etree.ElementTree as ElementTree
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent / "kernel"))
 import expected_messages as layout
 
-FILES = {
-    layout.RULES_TYPE: "19-rules.bin",
-    layout.KEYWORDS_TYPE: "21-keywords.bin",
-    layout.MAP_TYPE: "20-priorities.bin",
-}
+FILES = {19: "19-rules.bin", 20: "20-priorities.bin", 21: "21-keywords.bin"}
 
 
 def variant(xml):
@@ -37,29 +34,21 @@ def variant(xml):
     return ElementTree.tostring(root, encoding="utf-8")
 
 
-def wrong_files(program, appdb, sortdb):
-    """Packs the two texts and names the files of messages that are not as expected."""
-    with tempfile.TemporaryDirectory() as name:
-        folder = pathlib.Path(name)
-        texts, image = (folder / "appdb.xml", folder / "sortdb.xml"), folder / "image"
-        for path, text in zip(texts, (appdb, sortdb)):
-            path.write_bytes(text)
-        subprocess.run([program, "pack", texts[0], "-o", image, "--priority", texts[1]], check=True)
-        for option in ([], ["--priority"]):
-            subprocess.run([program, "messages", image, "--raw", folder, *option], check=True)
-        expected = layout.messages(appdb, sortdb, port_id=0)
-        return [name for kind, name in FILES.items()
-                if (folder / name).read_bytes() != expected[kind]]
-
-
 def main(program, examples):
     examples = [pathlib.Path(examples, name).read_bytes() for name in ("appdb.xml", "sortdb.xml")]
     random.seed(1)
-    for number in range(40):
-        texts = [variant(text) for text in examples] if number > 0 else examples
-        wrong = wrong_files(program, *texts)
-        if wrong:
-            sys.exit(f"variant {number}: not as expected: {wrong}")
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        for number in range(40):
+            texts = [variant(text) for text in examples] if number > 0 else examples
+            for name, text in zip(("app", "sort"), texts):
+                pathlib.Path(name).write_bytes(text)
+            for arguments in ("pack app -o image --priority sort", "messages image --raw .",
+                              "messages image --raw . --priority"):
+                subprocess.run([program, *arguments.split()], check=True)
+            for kind, message in layout.messages(*texts, port_id=0).items():
+                if pathlib.Path(FILES[kind]).read_bytes() != message:
+                    sys.exit(f"variant {number}: {FILES[kind]} is not as expected")
 
 
 if __name__ == "__main__":

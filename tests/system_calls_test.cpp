@@ -1,82 +1,102 @@
-// System calls that fail: what each operation then returns and prints, and that it closes what it
-// opened. The calls of the channel fail in the fake kernel, those on files for real.
+// The system calls: what the kernel is asked for; and, when a call fails, what the operation then
+// returns and prints, and that it closes what it opened. The calls of the channel fail in the fake
+// kernel, those on files for real.
 
-#include "appdist/appdist.h"
+#include "appdist/message.h"
 #include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
 #include "apppri/list.h"
-#include "capture.h"
-#include "dbimage/dbimage.h"
-#include "fake_kernel.h"
 #include "loader/image.h"
 #include "loader/loader.h"
+#include "tests/fake_kernel.h"
+#include "tests/faults.h"
+#include "tests/update_file.h"
 
 #include <unistd.h>
 
 #include <filesystem>
 
-using std::filesystem::directory_iterator;
-
-static void *record; // the last that calloc gave
-
-extern "C" void *__real_calloc(size_t count, size_t size);
-
-extern "C" void *__wrap_calloc(size_t count, size_t size)
+namespace
 {
-    return record = __real_calloc(count, size);
+
+// The open descriptors and allocated blocks.
+long held()
+{
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return std::distance(descriptors, {}) + static_cast<long>(faults::live.size());
 }
 
-// The result, the code of the channel, the descriptors left open; then all that is printed.
-template <typename Action> static std::string outcome(Action action)
+// The result, the code of the channel, what is held that was not before; then all that is printed.
+template <typename Call, typename... Arguments>
+std::string outcome(Call call, Arguments... arguments)
 {
-    const auto before = std::distance(directory_iterator("/proc/self/fd"), {});
+    const long before = held();
     int result = 0;
     appdist_errno = 0;
     testing::internal::CaptureStderr();
     std::string printed = captured([&] {
         errno = 0;
-        result = action();
+        result = call(arguments...);
         kernel.fault = {};
     });
     printed += testing::internal::GetCapturedStderr();
-    const auto after = std::distance(directory_iterator("/proc/self/fd"), {});
     return std::to_string(result) + "/" + std::to_string(appdist_errno) + "/" +
-           std::to_string(after - before) + " " + printed;
+           std::to_string(held() - before) + " " + printed;
 }
 
 // ---- The channel -----------------------------------------------------------------------
 
-static appdist_handle channel = {0, 0, {AF_NETLINK, 0, 1, 0}, {AF_NETLINK, 0, 0, 0}};
+appdist_handle channel = {0, 0, {AF_NETLINK, 0, 1, 0}, {AF_NETLINK, 0, 0, 0}};
 
-static int create()
+// Opens and closes a channel. Returns its protocol, or -1.
+template <uint32_t family> int create()
 {
-    appdist_handle *handle = appdist_create_handle(0, 2);
-    if (handle == nullptr && appdist_errno == 0) {
-        free(record); // the library does not, on purpose
+    appdist_handle *handle = appdist_create_handle(0, family);
+    if (handle == nullptr) {
+        return -1;
     }
-    const int opened = handle != nullptr;
-    return opened + appdist_destroy_handle(handle);
+    const auto port = static_cast<uint32_t>(getpid());
+    const sockaddr_nl addresses[] = {{AF_NETLINK, 0, port, 0}, {AF_NETLINK, 0, 0, 0}};
+    EXPECT_EQ(memcmp(&handle->local, addresses, sizeof addresses), 0);
+    EXPECT_EQ(memcmp(&kernel.bound, addresses, sizeof kernel.bound), 0);
+    EXPECT_EQ(appdist_configure(handle, "anything"), 1);
+    EXPECT_EQ(appdist_destroy_handle(handle), 0);
+    return kernel.protocol;
 }
 
-static int send()
+int send()
 {
-    return appdist_send_params(&channel, 1, 2, 3, 4);
+    const appdist_message expected = {{64, 22, 1, 0, 1}, 0, 0, 1, 4, {2, 3}, {}};
+    const int sent = appdist_send_params(&channel, 1, 2, 3, 4);
+    EXPECT_EQ(memcmp(kernel.message.data(), &expected, sizeof expected), 0);
+    return sent;
 }
 
-static int sendScattered()
+int sendScattered()
 {
     iovec part = {&channel, 5};
     const msghdr message = {nullptr, 0, &part, 1, nullptr, 0, 0};
     return appdist_netlink_sendmsg(&channel, &message, MSG_DONTWAIT);
 }
 
-template <int32_t timeout, uint32_t length = 20> static int receive()
+// Receives to an unaligned place, and says how long nothing came.
+template <int32_t timeout, uint32_t length = 20, int fd = 0> int receive()
 {
-    unsigned char buffer[20];
-    return appdist_receive(&channel, buffer, length, timeout);
+    alignas(8) unsigned char buffer[21];
+    memset(buffer, 0xff, sizeof buffer); // with the error, which the kernel leaves as it is
+    channel.fd = fd;
+    const int result = appdist_receive(&channel, buffer + 1, length, timeout);
+    if (result == 20) {
+        EXPECT_EQ(appdist_message_type(buffer + 1), 2);
+        EXPECT_EQ(appdist_message_error(buffer + 1), 1);
+    } else if (appdist_errno == APPDIST_ERR_TIMEOUT) {
+        printf("%ld.%06ld", static_cast<long>(kernel.wait.tv_sec),
+               static_cast<long>(kernel.wait.tv_usec));
+    }
+    return result;
 }
 
-TEST(SystemCalls, ofTheChannel)
+TEST(SystemCalls, OfTheChannel)
 {
     appmngr_rule rule = {};
     appmngr_dnsRule keyword = {};
@@ -87,6 +107,11 @@ TEST(SystemCalls, ofTheChannel)
     apppri_db.appSortList = _apppri_startList(&sorts);
 
     const auto upload = _appmngr_sendMsgToKernel, sendMap = apppri_sendMsgToKernel;
+    const auto sendNothing = [] { return appdist_send_buffer(&channel, "", -1); };
+    const auto sendTooMany = [] {
+        g_appmngr_appDb.ruleCount = 7206372; // 2^32 bytes and some: no length for the header
+        return appdist_send_app_rules(&channel);
+    };
     const std::string noSocket = "create socket failed: Protocol not supported\n";
     const std::string refused = "app netlink sendto fail, ret:-1\nConnection refused\n";
     const std::string nothing = "app netlink sendto fail, ret:0\n", noBind = "Here?\n";
@@ -95,25 +120,30 @@ TEST(SystemCalls, ofTheChannel)
     const std::string noHandle = ": appdist Failed to initialize handle\n";
     const std::string notSent = ": send db to kernel failed";
     const std::tuple<int (*)(), Fault, std::string> rows[] = {
-        {create, {}, "1/0/0 "},
-        {create, {"socket", EPROTONOSUPPORT}, "0/3/0 " + noSocket},
-        {create, {"setsockopt", EPERM}, "0/0/0 "},
-        {create, {"getsockopt", EPERM}, "0/0/0 "},
-        {create, {"bind", EADDRINUSE}, "0/4/0 " + noBind},
-        {create, {"close", EINTR}, "1/0/0 "},
+        {create<2>, {}, "22/0/0 "},
+        {create<10>, {}, "13/0/0 "},
+        {create<3>, {}, "-1/16/0 "},
+        {create<2>, {"socket", EPROTONOSUPPORT}, "-1/3/0 " + noSocket},
+        {create<2>, {"setsockopt", EPERM}, "-1/0/1 "}, // the record is kept, on purpose
+        {create<2>, {"getsockopt", EPERM}, "-1/0/1 "}, // the same
+        {create<2>, {"bind", EADDRINUSE}, "-1/4/0 " + noBind},
+        {create<2>, {"close", EINTR}, "22/0/0 "},
         {send, {}, "64/0/0 "},
         {send, {"sendto", ECONNREFUSED}, "-1/12/0 " + refused},
         {send, {"sendto", 0, 0}, "0/0/0 " + nothing},
         {send, {"sendto", 0, 10}, "10/0/0 "},
+        {sendNothing, {}, "0/0/0 "},
         {sendScattered, {}, "5/0/0 "},
         {sendScattered, {"sendmsg", ENOBUFS}, "-1/12/0 "},
-        {sendScattered, {"sendmsg", 0, 3}, "3/0/0 "},
         {receive<0, 19>, {}, "-1/14/0 "},
         {receive<0>, {"select"}, "20/0/0 "}, // waits in the receive itself
         {receive<1>, {}, "20/0/0 "},
+        {receive<1, 20, -1>, {}, "-1/6/0 "}, // outside of the set that select takes
+        {receive<1, 20, FD_SETSIZE>, {}, "-1/6/0 "},
         {receive<1>, {"select", EINTR}, "0/0/0 "},
         {receive<1>, {"select", EBADF}, "-1/6/0 "},
-        {receive<1>, {"select", 0, 0}, "0/15/0 "},
+        {receive<2000001>, {"select", 0, 0}, "0/15/0 2.000001"},
+        {receive<-2500000>, {"select", 0, 0}, "0/15/0 0.000000"},
         {receive<1>, {"recvfrom", ENOBUFS}, "-1/6/0 "},
         {receive<1>, {"recvfrom", 0, 0}, "-1/7/0 "},
         {receive<1>, {"recvfrom", 0, 19}, "-1/10/0 "},
@@ -122,92 +152,102 @@ TEST(SystemCalls, ofTheChannel)
         {receive<1>, {"length", 0, 21}, "-1/10/0 "},
         {receive<1>, {"flags", 0, 0x20}, "-1/10/0 "},
         {upload, {"sendto", 0, 1}, "0/0/0 "},
-        {upload, {"socket", EPROTONOSUPPORT}, "-1/3/0 " + noSocket + at + "2532" + noHandle},
         {upload, {"bind", EADDRINUSE}, "-1/4/0 " + noBind + at + "2532" + noHandle},
         {upload, {"sendto", ECONNREFUSED}, "-1/12/0 " + refused + at + "2540" + notSent + "\n"},
         {upload, {"sendto", 0, 0, 2}, "-1/0/0 " + nothing + at + "2547" + notSent + "\n"},
         {sendMap, {"sendto", 0, 1}, "0/0/0 "},
         {sendMap, {"bind", EPERM}, "-1/4/0 " + noBind + mapAt + "1452" + noHandle + "\r\n"},
         {sendMap, {"sendto", 0, 0}, "-1/0/0 " + nothing + mapAt + "1459" + notSent + "\r\n\r\n"},
+        {sendTooMany, {}, "0/0/0  malloc mem eroor"},
     };
     for (const auto &[operation, fault, expected] : rows) {
-        SCOPED_TRACE(fault.where);
         kernel.fault = fault;
-        EXPECT_EQ(outcome(operation), expected);
+        EXPECT_EQ(outcome(operation), expected) << fault.where;
     }
     g_appmngr_appDb = {};
     g_appmngr_appDns = {};
     apppri_db.appSortList = nullptr;
 }
 
+TEST(SystemCalls, ErrorTexts)
+{
+    const std::tuple<const char *, int32_t, int, std::string> rows[] = {
+        {nullptr, 0, 0, "ERROR\n"},
+        {"load", APPDIST_ERR_TIMEOUT, 0, "load: Timeout\n"},
+        {"load", APPDIST_ERR_PROTOCOL, 0, "load: Invalid protocol specified\n"},
+        {"load", APPDIST_ERR_PROTOCOL + 1, 0, "load: Implementation error\n"},
+        {"", APPDIST_ERR_BIND, EPERM, ": Unable to bind netlink socket: Operation not permitted\n"},
+        {"", -1, 0, ": Implementation error\n"},
+    };
+    for (const auto &[prefix, code, systemError, line] : rows) {
+        appdist_errno = code;
+        testing::internal::CaptureStderr();
+        errno = systemError;
+        EXPECT_EQ(appdist_print_error(prefix), '\n');
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), line);
+    }
+    EXPECT_STREQ(appdist_strerror(0), "Unknown error");
+}
+
 // ---- Files -----------------------------------------------------------------------------
 
-TEST(SystemCalls, ofLoads)
+TEST(SystemCalls, OfLoads)
 {
     int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_EQ(pipe(ends), 0);
     close(ends[1]);
-    const std::string emptyPipe = "/proc/self/fd/" + std::to_string(ends[0]);
+    const auto loads = [](const std::string &path) {
+        std::string outcomes = outcome(appmngr_checkDbPath, path.c_str());
+        outcomes += outcome(appmngr_load_database);
+        return outcomes + outcome(apppri_database_init);
+    };
     const std::string failed =
         "[Error](_appmngr_readFromDatabase) 2569: _appmngr_readAppDb failed\n";
-    const std::string tooSmall =
-        "[Error](_appmngr_readAppDb) 2167: Size of buffer \"204800\" is too small.\n" + failed;
-    const std::string flash = "-1/0/0 [Error](apppri_readDBFromFlash) ";
-    const std::string priorityFailed =
+    const std::string sortsFailed =
         "[apppri_db_error](apppri_readAppSortFromDB) 1870: apppri_readDBFromFlash error.\r\n"
         "[apppri_db_error](apppri_database_init) 2044: apppri_readAppSortFromDB failed.\r\n";
-    const auto loads = [](const char *path) {
-        std::string outcomes = outcome([path] { return appmngr_checkDbPath(path); });
-        outcomes += outcome(appmngr_load_database);
-        return outcomes += outcome(apppri_database_init);
-    };
-    EXPECT_EQ(loads("/nonexistent"), "-1/0/0 -1/0/0 " + failed +
-                                         "read db flash fail\n: No such file or directory\n" +
-                                         flash + "1023: read db flash fail\n" + priorityFailed);
-    // No reading of a directory, no offset in a pipe, no bytes: an image of length 0.
-    for (const char *path : {"/", emptyPipe.c_str(), "/dev/null"}) {
-        EXPECT_EQ(loads(path), "0/0/0 -1/0/0 " + tooSmall + flash +
-                                   "1045: Size of buffer \"65536\" is too small.\n" +
-                                   priorityFailed);
-    }
+    const std::string noFile =
+        "-1/0/0 -1/0/0 " + failed + "read db flash fail\n: No such file or directory\n" +
+        "-1/0/0 [Error](apppri_readDBFromFlash) 1023: read db flash fail\n" + sortsFailed;
+    const std::string noText =
+        "0/0/0 -1/0/0 [Error](_appmngr_readAppDb) 2167: Size of buffer \"204800\" is too small.\n" +
+        failed +
+        "-1/0/0 [Error](apppri_readDBFromFlash) 1045: Size of buffer \"65536\" is too small.\n" +
+        sortsFailed;
+    EXPECT_EQ(loads("/nonexistent"), noFile);
+    EXPECT_EQ(loads("/"), noText); // a directory cannot be read
+    EXPECT_EQ(loads("/proc/self/fd/" + std::to_string(ends[0])), noText); // no offsets in a pipe
+    EXPECT_EQ(loads("/dev/null"), noText);
     close(ends[0]);
 }
 
-TEST(SystemCalls, ofSealing)
+TEST(SystemCalls, OfSealing)
 {
-    const std::string folder = testing::TempDir() + "system_calls", in = folder + "/in";
+    const std::filesystem::path folder = testing::TempDir() + "system_calls.folder";
+    std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
-    std::ofstream(in) << "short";
-    std::ofstream(folder + "/large") << std::string(16383, 't');
+    std::filesystem::current_path(folder);
+    const std::string text(16382, 't');
+    std::ofstream("in") << text;
+    std::ofstream("large") << text << "t";
     // Three of the failures leave the input open, on purpose.
-    const std::array<std::string, 3> rows[] = {
-        {folder + "/none", in, "-1/0/0 open input file: No such file or directory\n"},
-        {folder, in, "-1/0/1 read: Is a directory\n"},
-        {folder + "/large", in, "-1/0/1 "},
-        {in, folder, "-1/0/1 open output file: Is a directory\n"},
-        {in, "/dev/full", "0/0/0 write: No space left on device\n"},
-        {in, "/dev/null", "0/0/0 "},
+    const std::tuple<const char *, const char *, std::string> rows[] = {
+        {"none", "out", "-1/0/0 open input file: No such file or directory\n"},
+        {".", "out", "-1/0/1 read: Is a directory\n"},
+        {"large", "out", "-1/0/1 "},
+        {"in", ".", "-1/0/1 open output file: Is a directory\n"},
+        {"in", "/dev/full", "0/0/0 write: No space left on device\n"},
+        {"in", "out", "0/0/0 "},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(outcome([&] { return md5_des_sealFile(row[0].c_str(), row[1].c_str(), 1); }),
-                  row[2]);
+    for (const auto &[from, to, expected] : rows) {
+        EXPECT_EQ(outcome(md5_des_sealFile, from, to, 1), expected);
     }
-}
+    EXPECT_EQ(contents("out"), digestOf(text) + des(text, 1));
 
-// Neither the export nor a listing looks whether there is room.
-TEST(SystemCalls, onAFullDisk)
-{
-    std::filesystem::create_directories(testing::TempDir() + "system_calls");
-    std::filesystem::current_path(testing::TempDir() + "system_calls");
-    std::filesystem::remove("database.json");
+    // The export does not look whether there is room.
     std::filesystem::create_symlink("/dev/full", "database.json");
     EXPECT_EQ(outcome([] { return appmngr_exportJson(), 0; }),
               "0/0/0 Create JSON-Format database success!\n");
-    EXPECT_EQ(outcome([] {
-                  FILE *const kept = std::exchange(stdout, fopen("/dev/full", "w"));
-                  const int result = appmngr_showDb();
-                  EXPECT_EQ(fclose(std::exchange(stdout, kept)), EOF);
-                  return result;
-              }),
-              "0/0/0 ");
 }
+
+} // namespace

@@ -13,12 +13,10 @@ DATAGRAM = struct.Struct("<III")
 TUPLE = struct.Struct("<I4s4sHHB3x")
 # enable, start, end, minlength, dpiType, dpiCode
 FEATURES = struct.Struct("<iiii16s256s")
-RULE_SIZE = TUPLE.size + 2 * FEATURES.size
 # appId, keyword
 KEYWORD = struct.Struct("<I16s")
 
 RULES_TYPE, MAP_TYPE, KEYWORDS_TYPE = 19, 20, 21
-MAP_SIZE = 4096
 PROTOCOL_NUMBERS = {"tcp": 6, "udp": 17, "icmp": 1}
 
 
@@ -27,12 +25,11 @@ def cut(element, path, size):
     return (element.findtext(path) or "").encode()[: size - 1]
 
 
-def features(signature):
-    if signature is None:
-        return bytes(FEATURES.size)
+def features(rule, direction):
     names = ("enable", "segment/start", "segment/end", "minlength")
-    numbers = [int(signature.findtext(name) or 0) for name in names]
-    return FEATURES.pack(*numbers, cut(signature, "dpiType", 16), cut(signature, "dpiCode", 256))
+    numbers = [int(rule.findtext(f"{direction}/{name}") or 0) for name in names]
+    return FEATURES.pack(*numbers, cut(rule, f"{direction}/dpiType", 16),
+                         cut(rule, f"{direction}/dpiCode", 256))
 
 
 def endpoint(text):
@@ -42,7 +39,7 @@ def endpoint(text):
 
 def rule_records(app):
     for rule in app.iterfind("ruleList/rule"):
-        signatures = features(rule.find("ori")) + features(rule.find("rep"))
+        signatures = features(rule, "ori") + features(rule, "rep")
         for element in rule.iterfind("tupleList/tuple"):
             protocol, source, destination = element.text.split()
             (sip, sport), (dip, dport) = endpoint(source), endpoint(destination)
@@ -55,32 +52,26 @@ def keyword_records(app):
         yield KEYWORD.pack(int(app.findtext("id")), cut(element, ".", 16))
 
 
-def map_bytes(sorts):
+def map_records(sorts):
     """One byte for each application id: the priority of the last sort that lists it."""
-    priorities = [b"\0"] * MAP_SIZE
+    priorities = [b"\0"] * 4096
     for sort in sorts:
         for app in sort.iterfind("appList/app"):
             priorities[int(app.findtext("appId"))] = bytes([int(sort.findtext("prio")) & 0xFF])
     return priorities
 
 
-def message(kind, records, record_size, port_id):
-    size = HEAD.size + len(records) * record_size
-    head = HEAD.pack(size, kind, 1, 0, port_id, 0, len(records), record_size)
-    return head + b"".join(records)
-
-
 def messages(xml, priority_xml, port_id):
-    """The message of each type, whether or not it can be sent."""
+    """The message of each type that there are records for, whether or not it can be sent."""
     apps = ElementTree.fromstring(xml).findall("appList/app")
-    rules = [record for app in apps for record in rule_records(app)]
-    keywords = [record for app in apps for record in keyword_records(app)]
-    sorts = ElementTree.fromstring(priority_xml or "<AppSortDB/>").findall("sortList/sort")
-    return {
-        RULES_TYPE: message(RULES_TYPE, rules, RULE_SIZE, port_id),
-        MAP_TYPE: message(MAP_TYPE, map_bytes(sorts), 1, port_id),
-        KEYWORDS_TYPE: message(KEYWORDS_TYPE, keywords, KEYWORD.size, port_id),
+    records_of = {
+        RULES_TYPE: [record for app in apps for record in rule_records(app)],
+        MAP_TYPE: map_records(ElementTree.fromstring(priority_xml).findall("sortList/sort")),
+        KEYWORDS_TYPE: [record for app in apps for record in keyword_records(app)],
     }
+    return {kind: HEAD.pack(HEAD.size + len(b"".join(records)), kind, 1, 0, port_id, 0,
+                            len(records), len(records[0])) + b"".join(records)
+            for kind, records in records_of.items() if records}
 
 
 def received_datagrams(path):

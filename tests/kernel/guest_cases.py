@@ -7,18 +7,15 @@ import os
 import pathlib
 import shlex
 import shutil
-import struct
 import subprocess
 import sys
 from dataclasses import dataclass
-from typing import Optional
 
 from expected_messages import messages, received_datagrams
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
-EXAMPLES = PROJECT / "examples"
 GUEST = PROJECT / "guest"
-EXAMPLE = (EXAMPLES / "appdb.xml").read_text()
+EXAMPLE, SORTS = ((PROJECT / "examples" / name).read_text() for name in ("appdb.xml", "sortdb.xml"))
 SKIPPED = 77
 
 
@@ -40,10 +37,8 @@ class Case:
     stdout: str = ""
     stderr: str = ""
     status: int = 0
-    database: Optional[str] = None  # the XML text packed into the image
-    priority: Optional[pathlib.Path] = None  # and the file with that of its priority database
-    image: Optional[bytes] = None  # or the image itself
-    received: Optional[tuple] = ()  # types of the messages the kernel got; None: not compared
+    image: str | bytes | None = EXAMPLE  # or the text of the application database in it
+    received: tuple | None = ()  # types of the messages the kernel got; None: not compared
     module: str = "receives"
     meanwhile: str = ""  # commands that are run again and again while the case runs
 
@@ -60,27 +55,26 @@ LOADER = "bin/tarn-db-loader"
 REPEAT = "env GLIBC_TUNABLES=glibc.malloc.tcache_count=0 bin/repeat_load"
 USAGE = "usage: tarn-db-loader <DB_FILE>\n"
 # Its LZMA properties are not valid, so that nothing can be decoded from it.
-DAMAGED_IMAGE = struct.pack(">I", 22) + b"\0\xff" + bytes(20)
+DAMAGED_IMAGE = b"\0\0\0\x16\0\xff" + bytes(20)
 
-
-def failed(text, line, stage):
-    return f"{text}[Error](_appmngr_readFromDatabase) {line}: {stage} failed\n"
-
-
-def send_failed(text, line=2540, what="send db to kernel failed"):
-    return failed(f"{text}[Error](_appmngr_sendMsgToKernel) {line}: {what}\n", 2601,
-                  "send msg to kernel")
-
-
-DAMAGED = failed("[ERROR][_checkXml():452]: no xml tag found.\r\n"
-                 "[ERROR][_initLock():78]: doc is null.\r\n", 2585, "Analyze database")
-EMPTY = failed('[Error](_appmngr_readAppDb) 2167: Size of buffer "204800" is too small.\n',
-               2569, "_appmngr_readAppDb")
-GONE = failed("read db flash fail\n: No such file or directory\n", 2569, "_appmngr_readAppDb")
-ABSENT = send_failed("create socket failed: Protocol not supported\n", 2532,
-                     "appdist Failed to initialize handle")
-REFUSED = send_failed("app netlink sendto fail, ret:-1\nConnection refused\n")
-TOO_LONG = send_failed("app netlink sendto fail, ret:-1\nMessage too long\n")
+# What a load prints when it fails.
+LOAD, UPLOAD = "[Error](_appmngr_readFromDatabase) ", "[Error](_appmngr_sendMsgToKernel) "
+SEND_FAILED = f"{LOAD}2601: send msg to kernel failed\n"
+READ_FAILED = f"{LOAD}2569: _appmngr_readAppDb failed\n"
+EMPTY = f'[Error](_appmngr_readAppDb) 2167: Size of buffer "204800" is too small.\n{READ_FAILED}'
+GONE = f"read db flash fail\n: No such file or directory\n{READ_FAILED}"
+DAMAGED = ("[ERROR][_checkXml():452]: no xml tag found.\r\n"
+           f"[ERROR][_initLock():78]: doc is null.\r\n{LOAD}2585: Analyze database failed\n")
+ABSENT = ("create socket failed: Protocol not supported\n"
+          f"{UPLOAD}2532: appdist Failed to initialize handle\n{SEND_FAILED}")
+NO_KEYWORD = f"{UPLOAD}2547: send db to kernel failed\n{SEND_FAILED}"
+REFUSED, TOO_LONG = (f"app netlink sendto fail, ret:-1\n{reason}\n"
+                     f"{UPLOAD}2540: send db to kernel failed\n{SEND_FAILED}"
+                     for reason in ("Connection refused", "Message too long"))
+# Results and errors of the steps of receive_check. A second handle finds its port id taken.
+RECEIVING = ("Here?\nsecond handle 0/4; answer in time 20/0; blocking answer 20/0; "
+             "polled answer 20/0; refused header -1/10; silence in time 0/15; "
+             "polled silence 0/15; other sender -1/6\n")
 
 
 def all_of(*outputs):
@@ -89,53 +83,41 @@ def all_of(*outputs):
 
 
 CASES = [
-    Case("usage_without_argument", LOADER, USAGE, status=255),
-    Case("usage_with_two_arguments", f"{LOADER} one two", USAGE, status=255),
+    Case("usage_without_argument", LOADER, USAGE, status=255, image=None),
+    Case("usage_with_two_arguments", f"{LOADER} one two", USAGE, status=255, image=None),
     Case("path_that_does_not_open", f"{LOADER} no/such/file",
-         stderr="invalid database path: no/such/file\n", status=255),
+         stderr="invalid database path: no/such/file\n", status=255, image=None),
     Case("damaged_image", LOADER, DAMAGED, image=DAMAGED_IMAGE),
-    Case("load", LOADER, database=EXAMPLE, received=(19, 21)),
-    Case("load_answered", LOADER, database=EXAMPLE, received=(19, 21), module="answers"),
-    Case("no_dns_keywords", LOADER, send_failed("", 2547), database=database(3, 0),
-         received=(19,)),
+    Case("load", LOADER, received=(19, 21)),
+    Case("load_answered", LOADER, received=(19, 21), module="answers"),
+    Case("no_dns_keywords", LOADER, NO_KEYWORD, image=database(3, 0), received=(19,)),
     # The socket takes datagrams of up to 425,952 bytes; 714 rules make 425,608.
-    Case("largest_rule_table", LOADER, database=database(714, 2), received=(19, 21)),
-    Case("rule_table_beyond_a_datagram", LOADER, TOO_LONG, database=database(715, 2)),
-    Case("no_module", LOADER, ABSENT, database=EXAMPLE, module="absent"),
-    Case("refused", LOADER, REFUSED, database=EXAMPLE, module="refuses"),
-    Case("priority", f"{REPEAT} priority 1 1", all_of(""), database=EXAMPLE,
-         priority=EXAMPLES / "sortdb.xml", received=(20,)),
-    # A second handle of the process finds its port id taken, once for each protocol.
-    Case("receive_check", "bin/receive_check", "Here?\nHere?\n", received=None),
+    Case("largest_rule_table", LOADER, image=database(714, 2), received=(19, 21)),
+    Case("rule_table_beyond_a_datagram", LOADER, TOO_LONG, image=database(715, 2)),
+    Case("no_module", LOADER, ABSENT, received=None, module="absent"),
+    Case("refused", LOADER, REFUSED, module="refuses"),
+    Case("priority", f"{REPEAT} priority 1 1", all_of(""), received=(20,)),
+    Case("receive_check", "bin/receive_check", RECEIVING * 2, image=None, received=None),
     Case("processes_in_a_row",
          f"sh -c 'for load in $(seq 50); do {LOADER} $0; echo $?; done | sort | uniq -c'",
-         "     50 0\n", database=EXAMPLE, received=None),
-    Case("loads_in_a_row", f"{REPEAT} application 1000 1", all_of(""), database=EXAMPLE,
-         received=None),
-    Case("refused_loads_in_a_row", f"{REPEAT} application 100 1", all_of(REFUSED),
-         database=EXAMPLE, received=None, module="refuses"),
+         "     50 0\n", received=None),
+    Case("loads_in_a_row", f"{REPEAT} application 1000 1", all_of(""), received=None),
+    Case("refused_loads_in_a_row", f"{REPEAT} application 100 1", all_of(REFUSED), received=None,
+         module="refuses"),
     Case("changing_file", f"{REPEAT} application 300 4", all_of("", DAMAGED, EMPTY, GONE),
-         database=EXAMPLE, received=None,
+         received=None,
          meanwhile="f=changing_file.img; echo tail >>$f; truncate -s 18 $f; cat load.img >$f;"
                    ": >$f; cat damaged_image.img >$f; rm $f; cp load.img new; mv new $f"),
     Case("module_comes_and_goes", f"{REPEAT} application 300 3", all_of("", ABSENT, REFUSED),
-         database=EXAMPLE, received=None,
+         received=None,
          meanwhile="insmod /tarn_sink.ko refuse=1; rmmod tarn_sink; insmod /tarn_sink.ko;"
                    "rmmod tarn_sink"),
 ]
 
 
-def write_image(case, path, packer):
-    if case.image is not None:
-        path.write_bytes(case.image)
-    else:
-        priority = ["--priority", case.priority] if case.priority else []
-        subprocess.run([packer, "pack", "-", "-o", path, *priority], input=case.database, text=True,
-                       check=True)
-
-
 def write_payload(payload, packer, programs):
     (payload / "bin").mkdir(parents=True)
+    (payload / "sorts").write_text(SORTS)
     for program in programs:
         shutil.copy(program, payload / "bin")
     run = {module: [command] for module, command in MODULE.items()}
@@ -143,33 +125,32 @@ def write_payload(payload, packer, programs):
         words = ["run_case", case.name, *shlex.split(case.command)]
         if case.meanwhile:
             words = ["meanwhile", case.meanwhile, *words]
-        if case.database is not None or case.image is not None:
+        if case.image:
             words.append(f"{case.name}.img")
-            write_image(case, payload / words[-1], packer)
+            image = payload / words[-1]
+            if isinstance(case.image, bytes):
+                image.write_bytes(case.image)
+            else:
+                subprocess.run([packer, "pack", "-", "-o", image, "--priority", payload / "sorts"],
+                               input=case.image, text=True, check=True)
         run[case.module].append(shlex.join(words))
     (payload / "run").write_text("\n".join(sum(run.values(), [])) + "\n")
 
 
-def received_differences(case, results):
-    port_id = int((results / "pid").read_text())
-    priority_xml = case.priority and case.priority.read_text()
-    expected = messages(case.database, priority_xml, port_id) if case.received else {}
-    wanted = [(22, port_id, expected[kind]) for kind in case.received]
-    found = received_datagrams(results / "received") if case.module != "absent" else []
-    if found != wanted:
-        sizes = [[(*row[:2], len(row[2])) for row in rows] for rows in (found, wanted)]
-        yield "received, as (protocol, port id, length), {} instead of {}, or with other " \
-              "bytes".format(*sizes)
-
-
 def differences(case, results):
-    for name in "stdout", "stderr", "status":
-        want = f"{case.status}\n" if name == "status" else getattr(case, name)
+    wanted = {"stdout": case.stdout, "stderr": case.stderr, "status": f"{case.status}\n"}
+    for name, want in wanted.items():
         got = (results / name).read_bytes().decode(errors="backslashreplace")
         if got != want:
             yield f"{name}: {got!r} instead of {want!r}"
     if case.received is not None:
-        yield from received_differences(case, results)
+        port_id = int((results / "pid").read_text())
+        want = [(22, port_id, messages(case.image, SORTS, port_id)[kind]) for kind in case.received]
+        got = received_datagrams(results / "received")
+        if got != want:
+            # Protocol, port id and length of each.
+            sizes = [[(*row[:2], len(row[2])) for row in rows] for rows in (got, want)]
+            yield "received: {} instead of {}, or with other bytes".format(*sizes)
 
 
 def main(work, kernel, packer, *programs):
