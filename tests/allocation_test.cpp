@@ -1,6 +1,11 @@
 /*
  * One allocation after the other fails: in every operation that allocates, but for those on paths
  * (xmlp_path_test.cpp). Each must report it, keep its word on its arguments, and lose nothing.
+ *
+ * What stays allocated on purpose, and who uses or releases it next:
+ * - the buffers of a load that failed for lack of another one: the next load;
+ * - the document of a priority database that could not be analysed: the next analysis;
+ * - the record of a channel whose buffer size cannot be set: nobody (system_calls_test.cpp).
  */
 #include "appdist/appdist.h"
 #include "appmngr/appmngr.h"
@@ -15,10 +20,7 @@
 #include "tests/lzma_image.h"
 #include "tests/update_file.h"
 
-namespace
-{
-
-int loadAndDump()
+static int loadAndDump()
 {
     uint32_t length = 0; /* given also when there is no text */
     const Document doc = loaded(R"(<?x?><a b="c" d="e"><f>1&lt;2</f></a>)", 0);
@@ -28,13 +30,13 @@ int loadAndDump()
     return static_cast<int>(length);
 }
 
-int allocDescriptions()
+static int allocDescriptions()
 {
     g_appmngr_count.descApp = g_appmngr_count.descType = 1;
     return appmngr_appdesc_alloc();
 }
 
-int sendParameters()
+static int sendParameters()
 {
     appdist_handle *channel = appdist_create_handle(0, 2);
     const int sent = channel != nullptr ? appdist_send_params(channel, 1, 2, 3, 4) : -appdist_errno;
@@ -42,7 +44,7 @@ int sendParameters()
     return sent;
 }
 
-int writeContainer()
+static int writeContainer()
 {
     const std::string files = entry(0, databaseFile("", 0x010207)) + entry(3, databaseFile("", 0));
     const std::string bytes = container(2, files);
@@ -50,7 +52,7 @@ int writeContainer()
 }
 
 /* Releases what an operation left in the tables, also when it failed. */
-std::string release()
+static std::string release()
 {
     appmngr_dbReInit();
     apppri_DBReInit();
@@ -58,7 +60,7 @@ std::string release()
 }
 
 /* Releases what the product keeps for its next use. */
-void releaseKept()
+static void releaseKept()
 {
     appmngr_file_free();
     apppri_DBResFree();
@@ -95,7 +97,7 @@ const Operation operations[] = {
      "; _readFromDatabase:2601 send msg to kernel failed"
      " | -1;  malloc mem eroor; _sendMsgToKernel:2540 send db to kernel failed ~"
      " | -1;  malloc mem eroor; _sendMsgToKernel:2547 send db to kernel failed ~",
-     "0", 2}, /* of three buffers, those it got: for the next load */
+     "0", 2}, /* of three buffers */
     {"priority load", apppri_database_init,
      "-1; DBResAlloc:1171 apppri file reinit failed.; readAppSortFromDB:1858 DBResInit error."
      "; database_init:2044 apppri_readAppSortFromDB failed."
@@ -113,7 +115,7 @@ const Operation operations[] = {
      "; database_init:2050 apppri_sendMsgToKernel failed."
      " | -1; malloc error!; sendMsgToKernel:1452 appdist Failed to initialize handle ~"
      " | -1;  malloc mem eroor; sendMsgToKernel:1459 send db to kernel failed ~",
-     "0", 3}, /* the document: up to the next analysis */
+     "0", 3}, /* of the document */
     {"container", writeContainer,
      "-1; file index:0; db_writeAppDbFromDatabase:2753 alloc memory fail | -1; file index:0"
      "; file index:1; DBResAlloc:1171 apppri file reinit failed."
@@ -133,8 +135,8 @@ TEST(Allocation, EachFailsInItsTurn)
     const std::string sorts =
         "<AppSortDB><sortNum>1</sortNum><appNum>1</appNum><sortList><sort><type/><appList><app>"
         "<appName/></app></appList></sort></sortList></AppSortDB>";
-    std::ofstream(path) << image(encode(apps, 4096));
-    std::fstream(path).seekp(163840) << image(encode(sorts, 4096));
+    std::ofstream(path) << image(apps);
+    std::fstream(path).seekp(163840) << image(sorts);
     appmngr_checkDbPath(path.c_str());
 
     for (const Operation &operation : operations) {
@@ -145,5 +147,3 @@ TEST(Allocation, EachFailsInItsTurn)
         EXPECT_EQ(outcomes.kept, operation.kept) << operation.name;
     }
 }
-
-} // namespace

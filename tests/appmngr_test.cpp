@@ -11,9 +11,7 @@
 #include <cstring>
 #include <vector>
 
-namespace
-{
-std::string element(const std::string &name, const std::string &content)
+static std::string element(const std::string &name, const std::string &content)
 {
     return "<" + name + ">" + content + "</" + name + ">";
 }
@@ -22,24 +20,24 @@ const std::string types = "<appTypeList><appType><id>1</id><name>chat</name></ap
                           "<appType><id>40</id><name>video</name></appType></appTypeList>";
 const std::string tooLong(512, '1'); // for a value
 
-std::string rule(const std::string &tuple = "tcp 0:0 0:0", const std::string &more = "")
+static std::string rule(const std::string &tuple = "tcp 0:0 0:0", const std::string &more = "")
 {
     return element("rule", element("tupleList", element("tuple", tuple)) + more);
 }
 
 // An application: what is given, and one rule that loads.
-std::string application(const std::string &content, const std::string &rules = "")
+static std::string application(const std::string &content, const std::string &rules = "")
 {
     return element("app", content + element("ruleList", rules + rule()));
 }
 
-std::string database(const std::string &applications)
+static std::string database(const std::string &applications)
 {
     return element("AppDB", element("appList", applications) + types);
 }
 
 // Loads a text into cleared tables: the result, and the lines that it prints.
-std::string load(const std::string &text)
+static std::string load(const std::string &text)
 {
     int status = -1;
     captured(appmngr_dbReInit);
@@ -53,7 +51,7 @@ std::string load(const std::string &text)
 }
 
 template <typename Record, size_t size>
-void expectRecords(const Record *records, uint32_t count, const Record (&expected)[size])
+static void expectRecords(const Record *records, uint32_t count, const Record (&expected)[size])
 {
     ASSERT_EQ(count, size);
     EXPECT_EQ(memcmp(records, expected, sizeof expected), 0) << typeid(Record).name();
@@ -255,4 +253,3 @@ TEST(AppMngr, TextAndNumbers)
               "Too many substrings to string provided \r\n"
               "Unknown protocol!\r\n");
 }
-} // namespace

@@ -8,13 +8,10 @@
 #include "tests/fake_kernel.h"
 #include "tests/lzma_image.h"
 
-namespace
-{
-
 // ---- Texts -----------------------------------------------------------------------------
 
 // The elements of path, separated by slashes, inside one another.
-std::string in(const std::string &path, const std::string &content)
+static std::string in(const std::string &path, const std::string &content)
 {
     const size_t slash = path.find('/');
     const std::string name = path.substr(0, slash);
@@ -22,18 +19,18 @@ std::string in(const std::string &path, const std::string &content)
     return "<" + name + ">" + inside + "</" + name + ">";
 }
 
-std::string app(int id, const std::string &name)
+static std::string app(int id, const std::string &name)
 {
     return in("app", in("appId", std::to_string(id)) + in("appName", name) + in("appType", "6"));
 }
 
-std::string sort(int id, const std::string &name, int prio, const std::string &apps)
+static std::string sort(int id, const std::string &name, int prio, const std::string &apps)
 {
     return in("sort", in("id", std::to_string(id)) + in("name", name) + in("type", "8") +
                           in("prio", std::to_string(prio)) + in("appList", apps));
 }
 
-std::string db(int sortNum, int appNum, const std::string &sorts)
+static std::string db(int sortNum, int appNum, const std::string &sorts)
 {
     return in("AppSortDB", "<x/>" + in("sortNum", std::to_string(sortNum)) +
                                in("appNum", std::to_string(appNum)) + in("sortList", sorts));
@@ -45,7 +42,7 @@ const std::string huge(512, '1'); // more than any value may have
 
 // The result; the names in the listing, as "sort[app,app,]sort[]"; what is printed, with
 // "[apppri_db_error](apppri_function) line: " as "function:line ".
-std::string outcome(int (*call)())
+static std::string outcome(int (*call)())
 {
     const char *const shorter[][2] = {
         {"sortId.*sortName: (\\S*).*\r\n.*\r\n", "$1["},
@@ -64,10 +61,10 @@ std::string outcome(int (*call)())
 }
 
 // The outcome of reading a file with the image of text where the priority database lies.
-std::string loaded(const std::string &text, int (*load)() = apppri_readAppSortFromDB)
+static std::string loaded(const std::string &text, int (*load)() = apppri_readAppSortFromDB)
 {
     static const std::string path = testing::TempDir() + "apppri_test.img";
-    std::ofstream(path, std::ios::binary).seekp(163840) << image(encode(text, 1 << 16));
+    std::ofstream(path, std::ios::binary).seekp(163840) << image(text);
     appmngr_checkDbPath(path.c_str());
     return outcome(load);
 }
@@ -223,5 +220,3 @@ TEST(Apppri, LoadsAndLookups)
               "sendMsgToKernel:1445  apppri_initPrimapFromDB\r\n"
               "database_init:2050 apppri_sendMsgToKernel failed.\r\n");
 }
-
-} // namespace

@@ -11,15 +11,12 @@
 
 using Bytes = std::string;
 
-namespace
-{
-
 /* The key of sealed.bin, the example one. */
 const unsigned char key[] = {0x3c, 0x91, 0x5e, 0x07, 0xa2, 0xd4, 0x68, 0x1b};
 
 /* The result of the call, then what is printed. */
 template <typename Call, typename... Arguments>
-std::string outcome(Call call, Arguments... arguments)
+static std::string outcome(Call call, Arguments... arguments)
 {
     int result = 0;
     const std::string printed = captured([&] { result = call(arguments...); });
@@ -176,5 +173,3 @@ TEST(Container, Faults)
         EXPECT_EQ(_appmngr_updateBuf, nullptr);
     }
 }
-
-} // namespace

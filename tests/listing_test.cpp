@@ -10,17 +10,15 @@
 
 #include <filesystem>
 
-namespace
-{
-appmngr_app apps[] = {{7, 1, "Bird Call"}, {0xFFFFFFFF, -1, ""}};
-appmngr_appType types[] = {{3, "Voice", {0x80000080, 0x04030304}}, {0xFFFFFFFE, "", {}}};
-appmngr_rule rules[2];
+static appmngr_app apps[] = {{7, 1, "Bird Call"}, {0xFFFFFFFF, -1, ""}};
+static appmngr_appType types[] = {{3, "Voice", {0x80000080, 0x04030304}}, {0xFFFFFFFE, "", {}}};
+static appmngr_rule rules[2];
 
 /*
  * Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application.
  * Addresses and bitmaps read the same in both byte orders, since they are shown as they lie.
  */
-void fillTables()
+static void fillTables()
 {
     memset(apps[1].name, 'n', sizeof apps[1].name);
     types[1].appBitmap[127] = 0x01000001;
@@ -40,7 +38,7 @@ void fillTables()
 }
 
 /* What action prints, with a word for what is long or is there several times. */
-template <typename Action> std::string listing(Action action)
+template <typename Action> static std::string listing(Action action)
 {
     const char *const shorter[][2] = {
         {"(n){128}|(t){16}|(c){256}", "<$1$2$3>"},
@@ -162,4 +160,3 @@ TEST(Stamp, asText)
     EXPECT_EQ(appmngr_getDbVersionString(nullptr), -1);
     EXPECT_EQ(appmngr_getDbBuild(), 0xFFFFFFFF);
 }
-} // namespace

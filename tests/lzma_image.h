@@ -6,40 +6,26 @@
 
 #include <arpa/inet.h>
 #include <lzma.h>
+#include <string.h>
 
 #include <string>
 
-/* The 5 property bytes and a raw LZMA1 stream. */
-struct Stream {
-    std::string properties, data;
-};
-
-inline Stream encode(const std::string &text, uint32_t dictionary)
+/* Length, a byte, 5 bytes of properties, 8 bytes, a raw LZMA1 stream; what does not count is 0. */
+inline std::string image(const std::string &text)
 {
     lzma_options_lzma options;
     lzma_lzma_preset(&options, 6);
-    options.dict_size = dictionary;
-    lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
-    Stream stream = {std::string(5, '\0'), std::string(text.size() + 4096, '\0')};
-    lzma_properties_encode(filters, reinterpret_cast<uint8_t *>(stream.properties.data()));
-    size_t written = 0;
-    const auto *in = reinterpret_cast<const uint8_t *>(text.data());
-    auto *out = reinterpret_cast<uint8_t *>(stream.data.data());
-    lzma_raw_buffer_encode(filters, nullptr, in, text.size(), out, &written, stream.data.size());
-    stream.data.resize(written);
-    return stream;
-}
-
-inline std::string image(uint32_t length, const Stream &stream)
-{
-    length = htonl(length);
-    return std::string(reinterpret_cast<const char *>(&length), 4) + "?" + stream.properties +
-           "ignored!" + stream.data;
-}
-
-inline std::string image(const Stream &stream)
-{
-    return image(static_cast<uint32_t>(stream.data.size()) + 14, stream);
+    options.dict_size = 65536;
+    const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
+    std::string file(text.size() + 4096, '\0');
+    auto *bytes = reinterpret_cast<uint8_t *>(file.data());
+    size_t end = 18;
+    lzma_properties_encode(filters, bytes + 5);
+    lzma_raw_buffer_encode(filters, nullptr, reinterpret_cast<const uint8_t *>(text.data()),
+                           text.size(), bytes, &end, file.size());
+    const uint32_t length = htonl(static_cast<uint32_t>(end - 4));
+    memcpy(bytes, &length, sizeof length);
+    return file.substr(0, end);
 }
 
 #endif

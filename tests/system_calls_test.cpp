@@ -16,11 +16,8 @@
 
 #include <filesystem>
 
-namespace
-{
-
 // The open descriptors and allocated blocks.
-long held()
+static long held()
 {
     const std::filesystem::directory_iterator descriptors("/proc/self/fd");
     return std::distance(descriptors, {}) + static_cast<long>(faults::live.size());
@@ -28,7 +25,7 @@ long held()
 
 // The result, the code of the channel, what is held that was not before; then all that is printed.
 template <typename Call, typename... Arguments>
-std::string outcome(Call call, Arguments... arguments)
+static std::string outcome(Call call, Arguments... arguments)
 {
     const long before = held();
     int result = 0;
@@ -46,10 +43,10 @@ std::string outcome(Call call, Arguments... arguments)
 
 // ---- The channel -----------------------------------------------------------------------
 
-appdist_handle channel = {0, 0, {AF_NETLINK, 0, 1, 0}, {AF_NETLINK, 0, 0, 0}};
+static appdist_handle channel = {0, 0, {AF_NETLINK, 0, 1, 0}, {AF_NETLINK, 0, 0, 0}};
 
 // Opens and closes a channel. Returns its protocol, or -1.
-template <uint32_t family> int create()
+template <uint32_t family> static int create()
 {
     appdist_handle *handle = appdist_create_handle(0, family);
     if (handle == nullptr) {
@@ -64,7 +61,7 @@ template <uint32_t family> int create()
     return kernel.protocol;
 }
 
-int send()
+static int send()
 {
     const appdist_message expected = {{64, 22, 1, 0, 1}, 0, 0, 1, 4, {2, 3}, {}};
     const int sent = appdist_send_params(&channel, 1, 2, 3, 4);
@@ -72,7 +69,7 @@ int send()
     return sent;
 }
 
-int sendScattered()
+static int sendScattered()
 {
     iovec part = {&channel, 5};
     const msghdr message = {nullptr, 0, &part, 1, nullptr, 0, 0};
@@ -80,7 +77,7 @@ int sendScattered()
 }
 
 // Receives to an unaligned place, and says how long nothing came.
-template <int32_t timeout, uint32_t length = 20, int fd = 0> int receive()
+template <int32_t timeout, uint32_t length = 20, int fd = 0> static int receive()
 {
     alignas(8) unsigned char buffer[21];
     memset(buffer, 0xff, sizeof buffer); // with the error, which the kernel leaves as it is
@@ -249,5 +246,3 @@ TEST(SystemCalls, OfSealing)
     EXPECT_EQ(outcome([] { return appmngr_exportJson(), 0; }),
               "0/0/0 Create JSON-Format database success!\n");
 }
-
-} // namespace

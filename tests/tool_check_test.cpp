@@ -8,9 +8,6 @@
 
 #include <deque>
 
-namespace
-{
-
 const std::string app =
     "<AppDB><ver>1.2.0</ver><proModel>m</proModel><expired>2999-12-31</expired><appList><app>"
     "<id>7</id><name>n</name><visible>1</visible><typeIdList><typeId>3</typeId></typeIdList>"
@@ -26,7 +23,7 @@ const std::string sorts =
     "<appList><app><appId>7</appId><appType>3</appType><appName>n</appName></app></appList>"
     "</sort></sortList></AppSortDB>";
 
-std::string repeated(int count, const std::string &text)
+static std::string repeated(int count, const std::string &text)
 {
     std::string all;
     for (int i = 0; i < count; i++) {
@@ -35,7 +32,7 @@ std::string repeated(int count, const std::string &text)
     return all;
 }
 
-std::string image(const std::string &text, const std::string &priorities = "")
+static std::string image(const std::string &text, const std::string &priorities = "")
 {
     std::string file = tool::packDatabase({"", text}, tool::applicationDatabase);
     if (!priorities.empty()) {
@@ -45,13 +42,14 @@ std::string image(const std::string &text, const std::string &priorities = "")
     return file;
 }
 
-std::string patched(std::string bytes, size_t offset, const std::string &to)
+static std::string patched(std::string bytes, size_t offset, const std::string &to)
 {
     return bytes.replace(offset, to.size(), to);
 }
 
 // An update file with the application database.
-std::string update(uint32_t version = 0x010200, uint32_t magic = 0x04000001, uint32_t reserved = 0)
+static std::string update(uint32_t version = 0x010200, uint32_t magic = 0x04000001,
+                          uint32_t reserved = 0)
 {
     return entry(0, databaseFile(image(app).substr(4), version, magic, reserved));
 }
@@ -122,14 +120,14 @@ const EditCase unheard[] = {
     {"unused-type", "<typeId>.*</typeId>", ""},        {"unknown-app", "<appId>7", "<appId>8"},
     {"priority-range", "<prio>7", "<prio>256"},        {"json-unsafe", "<dpiCode>", "$&\""}};
 
-std::string check(const std::string &file)
+static std::string check(const std::string &file)
 {
     std::deque<tool::Source> sources;
     tool::checkFile({"db", file}, sources);
     return tool::reportAsText(sources, false, false).text;
 }
 
-std::string brokenRules(const std::string &file)
+static std::string brokenRules(const std::string &file)
 {
     const std::string report = check(file);
     std::string list;
@@ -200,5 +198,3 @@ TEST(ToolCheck, ShowsThePlace)
         EXPECT_EQ(printed.substr(0, expected.size()), expected) << printed;
     }
 }
-
-} // namespace

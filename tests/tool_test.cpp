@@ -8,9 +8,6 @@
 #include <algorithm>
 #include <random>
 
-namespace
-{
-
 const std::string app =
     "<AppDB><ver>1.2.3</ver><appList><app><id>7</id><name>Bird \"Call\"</name><typeIdList>"
     "<typeId>3</typeId></typeIdList><ruleList><rule><tupleList><tuple>tcp 0:9 10.1.1.10:443"
@@ -25,7 +22,7 @@ const std::string sorts =
     "</sort></sortList></AppSortDB>";
 
 // Cannot be compressed to less than its bits.
-std::string noise(size_t size, uint32_t alphabet)
+static std::string noise(size_t size, uint32_t alphabet)
 {
     std::mt19937 random;
     std::string bytes(size, '\0');
@@ -35,7 +32,7 @@ std::string noise(size_t size, uint32_t alphabet)
 }
 
 // What the device finds in the image.
-std::string loaded(std::string image)
+static std::string loaded(std::string image)
 {
     image.resize(APPMNGR_IMAGE_SIZE);
     std::string text(tool::applicationDatabase.textLimit + 1, '#');
@@ -185,5 +182,3 @@ TEST(Tool, Subcommands)
     expectRuns("compact() { sed 's/^ *//; s/\": /\":/' | tr -d '\\n'; }; tarn-db-tool ", cases);
     EXPECT_FALSE(std::filesystem::exists("no.img"));
 }
-
-} // namespace

@@ -5,15 +5,13 @@
 
 #include <functional>
 
-namespace
-{
 // A line, the call that it refuses, as text, and what makes the call.
 using Refusal = std::tuple<int, std::string, std::function<int()>>;
 
 #define OF(line, call) Refusal(line, #call, [&] { return (call) ? -1 : 0; })
 
 // Each call must give the result (0 may be null) and report the text; nothing, when that is empty.
-void expect(int result, const std::string &text, const std::vector<Refusal> &refusals)
+static void expect(int result, const std::string &text, const std::vector<Refusal> &refusals)
 {
     for (const auto &[line, call, make] : refusals) {
         int given = 1;
@@ -24,7 +22,6 @@ void expect(int result, const std::string &text, const std::vector<Refusal> &ref
         EXPECT_EQ(lines(printed), text.empty() ? "" : report) << call;
     }
 }
-} // namespace
 
 TEST(XmlpChars, Rules)
 {

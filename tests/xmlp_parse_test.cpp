@@ -5,10 +5,8 @@
 
 #include <random>
 
-namespace
-{
 // name:type attr=value attr'value'[child][child]
-std::string dump(const XmlpNode *node)
+static std::string dump(const XmlpNode *node)
 {
     std::string out = node->name != nullptr ? node->name : "";
     out += ":" + std::to_string(node->type);
@@ -27,7 +25,7 @@ std::string dump(const XmlpNode *node)
 
 // The dump of the text's tree, or the refused offset and the lines that are printed, without their
 // "error xml tag."; the same for a static and a dynamic tree.
-std::string outcome(const std::string &text)
+static std::string outcome(const std::string &text)
 {
     std::string outcomes[2];
     for (uint32_t isStatic : {0u, 1u}) {
@@ -43,7 +41,6 @@ std::string outcome(const std::string &text)
 }
 
 const std::string null = "; _initLock:78 doc is null."; // the last line of all that are refused
-} // namespace
 
 TEST(XmlpParse, Texts)
 {

@@ -5,25 +5,23 @@
 #include "tests/faults.h"
 #include "xmlp/xmlp_internal.h"
 
-namespace
-{
 const uint32_t isDynamic = 0;
 const uint32_t isStatic = 1;
 
 /* ---- A call, and all that comes of it as one text ------------------------------------------ */
 
 /* What getters fill in beside their result. */
-char unset[] = "unset";
-XmlpAttrPair got[2];
-uint32_t filled;
+static char unset[] = "unset";
+static XmlpAttrPair got[2];
+static uint32_t filled;
 uint32_t *const out = &filled;
 
-std::string shown(int64_t number)
+static std::string shown(int64_t number)
 {
     return std::to_string(number);
 }
 
-std::string shown(XmlpValue *values)
+static std::string shown(XmlpValue *values)
 {
     std::string text = shown(filled);
     for (uint32_t i = 0; values != nullptr && i < filled; i++) {
@@ -41,7 +39,7 @@ std::string shown(XmlpValue *values)
  * fails.
  */
 template <typename Call>
-faults::Outcomes outcomesOf(const std::string &xml, uint32_t kind, Call call)
+static faults::Outcomes outcomesOf(const std::string &xml, uint32_t kind, Call call)
 {
     Document doc(nullptr, xmlp_releaseDoc);
     const auto before = [&] {
@@ -84,13 +82,13 @@ struct FrameCase {
     int lines[6]; /* of the refusals below; 0 for none */
 };
 
-const char *p; /* where the calls go */
-uint32_t mode;
+static const char *p; /* where the calls go */
+static uint32_t mode;
 const uint32_t first[] = {0};
 const uint32_t at[] = {1};
 const XmlpValue empty = {0, nullptr};
 const XmlpItem bare = {0, nullptr, 0, nullptr};
-uint32_t ignored;
+static uint32_t ignored;
 
 const FrameCase frameCases[] = {
     {NAMED(isExist, p), "0", {388, 0, silent}},
@@ -152,9 +150,9 @@ struct Case {
 const uint32_t last[] = {XMLP_LAST};
 const uint32_t some[] = {1, 3, 4};
 const uint32_t twice[] = {2, 2};
-char one[] = "1";
-unsigned char letter[] = "P";
-unsigned char mark[] = "<";
+static char one[] = "1";
+static unsigned char letter[] = "P";
+static unsigned char mark[] = "<";
 const XmlpAttrPair attrs[] = {{"a", one}, {"b", nullptr}, {"a", nullptr}};
 const XmlpValue values[] = {{1, letter}, {1, mark}, {0, nullptr}};
 const XmlpItem items[] = {{1, attrs, 1, letter}, bare};
@@ -271,5 +269,3 @@ TEST(XmlpPath, operationsDoWhatWasAskedFor)
         }
     }
 }
-
-} // namespace

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 
-namespace
-{
 const int formatted = 0;
 const int compact = 1;
 
@@ -83,4 +81,3 @@ TEST(XmlpSerialize, anyDepthOnASmallStack)
     const std::string refused = capturedOnSmallStack([&] { EXPECT_EQ(loaded(start, 1), nullptr); });
     EXPECT_EQ(std::count(refused.begin(), refused.end(), '\n'), depth + 2);
 }
-} // namespace

@@ -8,9 +8,6 @@
 #include <cstring>
 #include <unistd.h>
 
-namespace
-{
-
 struct Message {
     nlmsghdr header;
     int32_t content;
@@ -35,7 +32,8 @@ constexpr struct {
              {"silence in time", {silencing, {}}, 1100000},
              {"polled silence", {silencing, {}}, -1}};
 
-void receive(appdist_handle *handle, const char *name, const Message &expected, int32_t timeout)
+static void receive(appdist_handle *handle, const char *name, const Message &expected,
+                    int32_t timeout)
 {
     Message got = {};
     appdist_errno = 0;
@@ -47,7 +45,7 @@ void receive(appdist_handle *handle, const char *name, const Message &expected, 
     std::printf("; %s %d/%d%s", name, result, appdist_errno, good ? "" : " wrong");
 }
 
-void check(uint32_t family, int protocol)
+static void check(uint32_t family, int protocol)
 {
     appdist_handle *const handle = appdist_create_handle(0, family);
     const bool again = appdist_create_handle(0, family) != nullptr;
@@ -65,8 +63,6 @@ void check(uint32_t family, int protocol)
     std::puts("");
     appdist_destroy_handle(handle);
 }
-
-} // namespace
 
 int main()
 {
