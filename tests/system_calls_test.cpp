@@ -12,6 +12,7 @@
 #include "tests/faults.h"
 #include "tests/update_file.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -224,6 +225,7 @@ TEST(SystemCalls, OfSealing)
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     std::filesystem::current_path(folder);
+    umask(0);
     const std::string text(16382, 't');
     std::ofstream("in") << text;
     std::ofstream("large") << text << "t";
@@ -240,6 +242,7 @@ TEST(SystemCalls, OfSealing)
         EXPECT_EQ(outcome(md5_des_sealFile, from, to, 1), expected);
     }
     EXPECT_EQ(contents("out"), digestOf(text) + des(text, 1));
+    EXPECT_EQ(std::filesystem::status("out").permissions(), std::filesystem::perms{0644});
 
     // The export does not look whether there is room.
     std::filesystem::create_symlink("/dev/full", "database.json");
