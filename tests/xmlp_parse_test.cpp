@@ -191,6 +191,7 @@ TEST(XmlpParse, NamePool)
         const std::string name = std::to_string(100000 + i % 200000);
         EXPECT_EQ(_nameAt(&pool, _saveName(&pool, name.data(), 6)), name);
     }
+    EXPECT_EQ(_saveName(&pool, "abc", 3), 1u);
     EXPECT_EQ(pool.used, 48 + 200000u * 8);
     _freeNamePool(&pool);
 }
