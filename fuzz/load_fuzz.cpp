@@ -8,6 +8,7 @@
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    kernel.look = fuzz::expectWhole;
     fuzz::Input input(data, size);
     if (input.byte() % 2 == 0) {
         appmngr_checkDbPath(fuzz::asFile(input.rest));
@@ -20,7 +21,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         }
         appmngr_file_free();
     }
-    fuzz::expectWholeMessage();
     appmngr_showDb();
     appmngr_showApps();
     appmngr_writeJson(stdout);

@@ -10,21 +10,21 @@
 namespace fuzz
 {
 
-/* Looks at the last message, if there is one, and forgets it. */
-inline void expectWholeMessage()
+/* Looks at a message for the fake kernel. */
+inline void expectWhole(const Bytes &message)
 {
-    const Bytes bytes = std::exchange(kernel.message, {});
     appdist_message head;
-    if (!bytes.empty()) {
-        memcpy(&head, bytes.data(), std::min(sizeof head, bytes.size()));
-        const uint32_t sizeOfType[] = {596, 1, 20};
-        EXPECT_EQ(sizeOfType[head.header.nlmsg_type - 19], head.record_size);
-        EXPECT_EQ(head.header.nlmsg_len, bytes.size());
-        EXPECT_EQ(sizeof head + uint64_t{head.count} * head.record_size, bytes.size());
-        for (size_t end = sizeof head + head.record_size;
-             head.record_size > 1 && end <= bytes.size(); end += head.record_size) {
-            EXPECT_EQ(bytes[end - 1], '\0'); // the text that a record ends with is terminated
-        }
+    EXPECT_GT(message.size(), sizeof head);
+    memcpy(&head, message.data(), sizeof head);
+    static const uint32_t recordSizes[] = {596, 1, 20};
+    EXPECT_EQ(recordSizes[head.header.nlmsg_type - 19], head.record_size);
+    EXPECT_EQ(kernel.protocol, 22);
+    EXPECT_EQ(head.header.nlmsg_len, message.size());
+    EXPECT_EQ(sizeof head + uint64_t{head.count} * head.record_size, message.size());
+    size_t end = sizeof head;
+    for (uint32_t i = 0; i < head.count && head.record_size > 1; i++) {
+        end += head.record_size;
+        EXPECT_EQ(message[end - 1], '\0'); // the text that a record ends with is terminated
     }
 }
 

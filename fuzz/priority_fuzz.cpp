@@ -7,6 +7,7 @@
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    kernel.look = fuzz::expectWhole;
     fuzz::Input input(data, size);
     if (input.byte() % 2 == 0) {
         appmngr_checkDbPath(fuzz::asFile(input.rest, APPPRI_IMAGE_OFFSET));
@@ -18,7 +19,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         apppri_sendMsgToKernel();
         apppri_DBResFree();
     }
-    fuzz::expectWholeMessage();
     char name[APPPRI_NAME_SIZE];
     const int32_t first = apppri_getAppIdByName("");
     const auto *sort = apppri_getAppNameById(static_cast<uint32_t>(first), name, sizeof name);

@@ -1,3 +1,5 @@
+// The update image: sealing, database files and their writers, the container around them.
+
 #include "dbimage/dbimage_internal.h"
 
 #include "apppri/apppri.h"

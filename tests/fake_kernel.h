@@ -32,6 +32,7 @@ static struct FakeKernel {
     sockaddr_nl bound;
     Bytes message;
     timeval wait;
+    void (*look)(const Bytes &message); /* at each one, if it is set */
 } kernel;
 
 template <typename Result> static Result answer(const char *where, Result result)
@@ -86,6 +87,9 @@ ssize_t __wrap_sendto(int, const void *buffer, size_t length, int flags, const s
     EXPECT_TRUE(flags == 0 && to->sa_family == AF_NETLINK);
     const auto *bytes = static_cast<const unsigned char *>(buffer);
     kernel.message.assign(bytes, bytes + length);
+    if (kernel.look != nullptr) {
+        kernel.look(kernel.message);
+    }
     return answer("sendto", static_cast<ssize_t>(length));
 }
 

@@ -1,3 +1,6 @@
+// The check of tarn-db-tool: each rule alone, what the loader says of the same file, and the places
+// that are shown.
+
 #include "tests/capture.h"
 #include "tests/update_file.h"
 #include "tool/check_file.h"

@@ -19,10 +19,9 @@ constexpr int wrongCommandLine = 2;
 
 /* ---- What the subcommands take ----------------------------------------------------------- */
 
-CLI::Option *declareInput(CLI::App &parser, Arguments &arguments, const char *name,
-                          const std::string &what)
+void declareInput(CLI::App &parser, Arguments &arguments, const char *name, const std::string &what)
 {
-    return parser.add_option(name, arguments.input, what + ", - for standard input")->required();
+    parser.add_option(name, arguments.input, what + ", - for standard input")->required();
 }
 
 void declareJson(CLI::App &parser, Arguments &arguments)
