@@ -53,8 +53,11 @@ static std::string load(const std::string &text)
 template <typename Record, size_t size>
 static void expectRecords(const Record *records, uint32_t count, const Record (&expected)[size])
 {
-    ASSERT_EQ(count, size);
-    EXPECT_EQ(memcmp(records, expected, sizeof expected), 0) << typeid(Record).name();
+    ASSERT_EQ(count, size) << typeid(Record).name();
+    for (size_t i = 0; i < size; i++) {
+        EXPECT_EQ(memcmp(&records[i], &expected[i], sizeof(Record)), 0)
+            << typeid(Record).name() << " " << i;
+    }
 }
 
 TEST(AppMngr, FillsTheTables)
@@ -113,16 +116,17 @@ TEST(AppMngr, ReportsWhatItLeavesOut)
     }
     const std::string content = "<id>7</id>" + element("id", tooLong) + "<typeId>2</typeId>";
     EXPECT_EQ(load("\xFE\xFF" + database(application(content, faulty))),
-              "0; _xmlnode_handler_typeid:1102 _appmngr_getAppTypeBydId FAILED"
-              "; string_makeSubStrByChar:453 Too many substrings to string provided "
-              "; _xmlnode_handler_tuple:1268 Not match [proto ip:port ip:port] format!"
-              "; Unknown protocol!; _xmlnode_handler_tuple:1280 appmngr_utils_str2proto failed!"
-              "; _xmlnode_handler_tuple:1295 ucm_string_makeSubStrByChar failed!"
-              "; _xmlnode_handler_tuple:1318 inet_pton failed! str = [00]"
-              "; string_makeSubStrByChar:453 Too many substrings to string provided "
-              "; _xmlnode_handler_tuple:1343 Analyze the dest pair ip failed!"
-              "; _xmlnode_handler_tuple:1362 inet_pton failed, str = [host]!"
-              "; _xmlnode_handler_tuple:1247 Not tuple string found!");
+              "0; _appmngr_xmlnode_handler_typeid:1102 _appmngr_getAppTypeBydId FAILED"
+              "; appmngr_string_makeSubStrByChar:453 Too many substrings to string provided \r"
+              "; _appmngr_xmlnode_handler_tuple:1268 Not match [proto ip:port ip:port] format!"
+              "; Unknown protocol!\r\n; _appmngr_xmlnode_handler_tuple:1280 "
+              "appmngr_utils_str2proto failed!"
+              "; _appmngr_xmlnode_handler_tuple:1295 ucm_string_makeSubStrByChar failed!"
+              "; _appmngr_xmlnode_handler_tuple:1318 inet_pton failed! str = [00]"
+              "; appmngr_string_makeSubStrByChar:453 Too many substrings to string provided \r"
+              "; _appmngr_xmlnode_handler_tuple:1343 Analyze the dest pair ip failed!"
+              "; _appmngr_xmlnode_handler_tuple:1362 inet_pton failed, str = [host]!"
+              "; _appmngr_xmlnode_handler_tuple:1247 Not tuple string found!");
     const appmngr_rule left[] = {{7, 0, 0, 0, 0, 6, {}, {5, 0, 0, 0, "", ""}, {}}};
     expectRecords(g_appmngr_appDb.rule, g_appmngr_appDb.ruleCount, left);
     EXPECT_EQ(g_appmngr_appDns.rule, nullptr); // no keyword, no table
@@ -136,7 +140,7 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
     node.name = name;
     node.type = XMLP_NODE_VALUE;
     const auto dispatch = [&] { EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0); };
-    EXPECT_EQ(lines(captured(dispatch)), "; childnode_handler:1894 Null pHandlerInfo");
+    EXPECT_EQ(lines(captured(dispatch)), "; appmngr_childnode_handler:1894 Null pHandlerInfo");
     EXPECT_EQ(appmngr_childnode_handler(nullptr, 0), 0);
 
     static int handled;
@@ -159,7 +163,7 @@ TEST(AppMngr, RefusedDatabases)
     const std::string unread = element("appType", element("id", tooLong) + "<id>1</id>");
     const std::string list = element("appList", application(""));
     EXPECT_EQ(load(element("AppDB", list + element("appTypeList", unread))),
-              "-1; analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
+              "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     EXPECT_EQ(appmngr_getAppById(1), nullptr);
     EXPECT_EQ(appmngr_analyzeDbFile(), -1); // without a text
 }

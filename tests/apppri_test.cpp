@@ -176,6 +176,7 @@ TEST(Apppri, WithoutArgumentsOrDatabase)
     };
     apppri_DBReInit();
     for (const auto &[call, expected] : cases) {
+        SCOPED_TRACE(expected);
         EXPECT_EQ(outcome(call), expected);
     }
 }

@@ -1,7 +1,6 @@
 #include "tests/capture.h"
 
 #include <regex>
-#include <sstream>
 
 std::string edit(const std::string &text, const std::string &pattern, const std::string &to)
 {
@@ -10,14 +9,17 @@ std::string edit(const std::string &text, const std::string &pattern, const std:
 
 std::string lines(const std::string &printed)
 {
-    static const std::regex diagnostic("\\[(?:ERROR|Error|apppri_db_error)\\][\\[(](_?)(?:xmlp_|"
-                                       "appmngr_|apppri_)?(\\w+)(?:\\(\\):|\\) )(\\d+)\\]?: ");
-    static const std::regex outOfMemory(" malloc failed\\.");
-    std::istringstream stream(std::regex_replace(printed, diagnostic, "\n$1$2:$3 "));
+    static const std::regex diagnostic(
+        "\\[ERROR\\]\\[(?!_?app)(\\w+)\\(\\):(\\d+)\\]: ([^\n]*)\r\n|"
+        "\\[Error\\]\\((_?appmngr_\\w+)\\) (\\d+): ([^\n]*)\n|"
+        "\\[apppri_db_error\\]\\((_?apppri_\\w+)\\) (\\d+): ([^\n]*(?:\r\n)?)\r\n");
     std::string text;
-    for (std::string line; std::getline(stream, line);) {
-        line = line.substr(0, line.find('\r'));
-        text += line.empty() ? "" : "; " + line;
+    bool isDiagnostic = false; // every other piece
+    std::sregex_token_iterator piece(printed.begin(), printed.end(), diagnostic, {-1, 0});
+    for (; piece != std::sregex_token_iterator(); ++piece, isDiagnostic = !isDiagnostic) {
+        const std::string any = piece->str();
+        text += any.empty() ? "" : "; ";
+        text += isDiagnostic ? std::regex_replace(any, diagnostic, "$1$4$7:$2$5$8 $3$6$9") : any;
     }
-    return std::regex_replace(text, outOfMemory, "!");
+    return edit(text, " malloc failed\\.", "!");
 }

@@ -42,8 +42,9 @@ template <typename Action> std::string capturedOnSmallStack(Action action)
 }
 
 /*
- * What is printed: each diagnostic as "; function:line text", without the module's name; any other
- * line as "; line"; "!" for "malloc failed.".
+ * What is printed, to the character: a diagnostic in the form and with the line end of its module,
+ * which the function's name tells, as "; function:line text"; what stands between them as it is,
+ * behind "; ". "!" is short for " malloc failed.".
  */
 std::string lines(const std::string &printed);
 

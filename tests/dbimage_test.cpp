@@ -51,6 +51,7 @@ TEST(Seal, Buffers)
         {1, "", 24, digestOf("")},  {0, sealed.substr(0, 15), 24, ""},
     };
     for (const auto &[seal, input, room, expected] : rows) {
+        SCOPED_TRACE(testing::Message() << input << " in " << room);
         const std::vector<char> exact(input.begin(), input.end()); /* nothing to read behind it */
         std::vector<unsigned char> output(static_cast<size_t>(room));
         const int length = md5_des_seal(exact.data(), static_cast<int32_t>(input.size()),
@@ -81,6 +82,7 @@ TEST(Decrypt, ArgumentsAndLengths)
         {encrypted(word(0xffffffef)), 24, 64, "-4 4294967295"}, /* a sum past 32 bits */
     };
     for (const auto &[input, size, room, expected] : rows) {
+        SCOPED_TRACE(expected);
         std::vector<char> out(room);
         uint32_t length = room;
         const std::string result =
@@ -122,6 +124,7 @@ TEST(Writers, OfBothDatabases)
     };
     for (const auto &[write, file, result, line] : rows) {
         const bool isApp = write == app;
+        SCOPED_TRACE(testing::Message() << isApp << " " << result << " " << line);
         const std::string always = std::to_string(result) + " " + (isApp ? "" : sizes);
         const std::string at = isApp ? "[Error](appmngr_db_writeAppDbFromDatabase) "
                                      : "[apppri_db_error](apppri_writeApppriDbFromDatabase) ";
@@ -171,6 +174,7 @@ TEST(Container, Faults)
     };
     for (const auto &[input, expected] : rows) {
         const auto length = static_cast<int32_t>(input.size());
+        SCOPED_TRACE(testing::Message() << length << " bytes");
         EXPECT_EQ(outcome(appmngr_db_writeFromDatabase, input.data(), length), expected);
         EXPECT_EQ(_appmngr_updateBuf, nullptr);
     }

@@ -24,7 +24,8 @@ static std::string readBack(const std::string &file)
 
 TEST(Image, IsRead)
 {
-    const std::string tooSmall = "; _readAppDb:2167 Size of buffer \"204800\" is too small.";
+    const std::string tooSmall =
+        "; _appmngr_readAppDb:2167 Size of buffer \"204800\" is too small.";
     std::string text;
     for (int i = 0; i < 2000; i++) {
         text += std::to_string(i * 7919) + "<a>text</a>";
@@ -47,8 +48,9 @@ TEST(Image, IsRead)
         {image(most), most},
         {image(most + "x"), tooSmall},
     };
+    int row = 0;
     for (const auto &[file, expected] : rows) {
-        EXPECT_EQ(readBack(file), expected);
+        EXPECT_EQ(readBack(file), expected) << row++;
     }
     EXPECT_EQ(appmngr_checkDbPath("/dev/null"), 0);
     EXPECT_EQ(appmngr_readFile(0, 1, nullptr), -1);

@@ -158,7 +158,9 @@ TEST(SystemCalls, OfTheChannel)
         {sendMap, {"sendto", 0, 0}, "-1/0/0 " + nothing + mapAt + "1459" + notSent + "\r\n\r\n"},
         {sendTooMany, {}, "0/0/0  malloc mem eroor"},
     };
+    int row = 0;
     for (const auto &[operation, fault, expected] : rows) {
+        SCOPED_TRACE(row++);
         kernel.fault = fault;
         EXPECT_EQ(outcome(operation), expected) << fault.where;
     }
@@ -178,6 +180,7 @@ TEST(SystemCalls, ErrorTexts)
         {"", -1, 0, ": Implementation error\n"},
     };
     for (const auto &[prefix, code, systemError, line] : rows) {
+        SCOPED_TRACE(line);
         appdist_errno = code;
         testing::internal::CaptureStderr();
         errno = systemError;
@@ -239,7 +242,7 @@ TEST(SystemCalls, OfSealing)
         {"in", "out", "0/0/0 "},
     };
     for (const auto &[from, to, expected] : rows) {
-        EXPECT_EQ(outcome(md5_des_sealFile, from, to, 1), expected);
+        EXPECT_EQ(outcome(md5_des_sealFile, from, to, 1), expected) << from << " " << to;
     }
     EXPECT_EQ(contents("out"), digestOf(text) + des(text, 1));
     EXPECT_EQ(std::filesystem::status("out").permissions(), std::filesystem::perms{0644});

@@ -151,11 +151,12 @@ TEST(ToolCheck, EachRuleAlone)
         tested += rules + " ";
     };
     const auto expectEdit = [&](const EditCase &c, bool isHeard) {
+        SCOPED_TRACE(c.rules);
         const std::string first = edit(app, c.pattern, c.to);
         const std::string second = first != app ? sorts : edit(sorts, c.pattern, c.to);
         expectRules(c.rules, image(first, second));
         const tool::LoaderRun run = tool::loadApplicationText(first);
-        EXPECT_EQ(!(run.lines + tool::loadPriorityText(second).lines).empty(), isHeard) << c.rules;
+        EXPECT_EQ(!(run.lines + tool::loadPriorityText(second).lines).empty(), isHeard);
     };
     for (const FileCase &c : files) {
         expectRules(c.rules, c.file);

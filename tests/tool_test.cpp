@@ -44,7 +44,8 @@ static std::string loaded(std::string image)
 TEST(Tool, PacksWhatTheDeviceFinds)
 {
     for (const std::string &text : {std::string(), noise(64500, 256), noise(204799, 4)}) {
-        EXPECT_EQ(loaded(tool::packDatabase({"text", text}, tool::applicationDatabase)), text);
+        EXPECT_EQ(loaded(tool::packDatabase({"text", text}, tool::applicationDatabase)), text)
+            << text.size();
     }
 }
 

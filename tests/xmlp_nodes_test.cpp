@@ -26,7 +26,7 @@ static void expect(int result, const std::string &text, const std::vector<Refusa
     for (const auto &[line, call, make] : refusals) {
         int given = 1;
         const std::string printed = captured([&given, &make = make] { given = make(); });
-        const std::string name = edit(call, "^\\(*(xmlp_)?(\\w+).*", "$2");
+        const std::string name = edit(call, "^\\(*(\\w+).*", "$1");
         const std::string report = "; " + name + ":" + std::to_string(line) + " " + text;
         EXPECT_EQ(given, result) << call;
         EXPECT_EQ(lines(printed), text.empty() ? "" : report) << call;

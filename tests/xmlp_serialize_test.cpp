@@ -23,6 +23,7 @@ TEST(XmlpSerialize, writesTheSameTree)
     };
     for (const auto &[text, inOneLine, indented] : cases) {
         for (uint32_t isStatic : {0u, 1u}) {
+            SCOPED_TRACE(text + std::to_string(isStatic));
             const Document doc = loaded(text, isStatic);
             EXPECT_EQ(xmlp_copyDoc(doc.get()), doc.get());
             xmlp_releaseDoc(doc.get()); // the second owner's
@@ -77,7 +78,7 @@ TEST(XmlpSerialize, anyDepthOnASmallStack)
             EXPECT_EQ(length, UINT32_MAX);
         }
     });
-    EXPECT_EQ(lines(tooLong), "; tree2Xml:1789!; tree2Xml:1789!");
+    EXPECT_EQ(lines(tooLong), "; xmlp_tree2Xml:1789!; xmlp_tree2Xml:1789!");
     const std::string refused = capturedOnSmallStack([&] { EXPECT_EQ(loaded(start, 1), nullptr); });
     EXPECT_EQ(std::count(refused.begin(), refused.end(), '\n'), depth + 2);
 }
