@@ -83,7 +83,7 @@ const Operation operations[] = {
      "_getNameAttr:672! ~"
      " | 0; _getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; _getNameAttr:771! ~"
      " | 0; _getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; xmlp_initNode:827! ~"
-     " | 0; _getNameAttr:645! ~ | 0 ~ | 37; xmlp_tree2Xml:1789!",
+     " | 0; _getNameAttr:645! ~ | 0 ~ | -1; xmlp_tree2Xml:1789! | 37 ~",
      "37"},
     {"descriptions", allocDescriptions, "-1", "0"},
     {"parameters", sendParameters, "-2; malloc error!\n | 0;  malloc mem eroor", "64"},

@@ -253,7 +253,8 @@ const Case cases[] = {
      "-1; xmlp_delNode:1624 invalid params.; <l><item><x/></item><item>C</item></l>"},
     {two, DO(deleteItem, "/l", 1, last, 0), "-1"},
     {two, DO(deleteItem, "/l", 1, first, 0), "-1; xmlp_deleteItem:1351 invalid params."},
-    {"<l/>", DO(deleteItem, "/l", 0, first, 0), "0"},
+    {"<l/>", DO(deleteItem, "/l", 0, first, 0), "-1; xmlp_deleteItem:1411 pos over range."},
+    {two, DO(deleteItem, "/l", 0, first, 0), "0"},
     {five, DO(deleteItem, "/l", 0, &some[2], 0), "0"},
 
     {five, DO(getAttr, "/l/item", got), "0; a=0", "-1; xmlp_getNodeAttr:1549!"},

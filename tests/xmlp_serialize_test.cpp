@@ -48,7 +48,7 @@ TEST(XmlpSerialize, treesThatNoTextGives)
     xmlp_delete(doc.get(), "/b");
     EXPECT_EQ(dumped(doc, compact) + dumped(doc, formatted), "<?x?><?x?>\n");
 
-    alignas(512) char name[] = "a"; // its length is remembered where that of no name would be
+    char name[] = "a";
     char text[] = "__________";
     XmlpNode named = {}, nameless = {}, sibling = {};
     named.name = name;
@@ -58,6 +58,58 @@ TEST(XmlpSerialize, treesThatNoTextGives)
     EXPECT_STREQ(text, "<a></></a>");
     EXPECT_EQ(_tree2FormatXml(&nameless, text, 0), text + _formatLen(&nameless, 0));
     EXPECT_EQ(std::string(text, 4), "</>\n");
+}
+
+// Links once more in a list of a, b, c below p. The list must end, and is written as it leads.
+TEST(XmlpSerialize, nodesThatAreLinkedASecondTime)
+{
+    enum { P, A, B, C };
+    const std::tuple<const char *, int (*)(XmlpNode *), int, const char *> rows[] = {
+        {"last again", [](XmlpNode *n) { return xmlp_insNodeLast(&n[C], &n[P]); }, 0,
+         "<a/><b/><c/>"},
+        {"first last", [](XmlpNode *n) { return xmlp_insNodeLast(&n[A], &n[P]); }, 0, "<a/>"},
+        {"first again", [](XmlpNode *n) { return xmlp_insNodeFirst(&n[A], &n[P]); }, -1,
+         "<a/><b/><c/>"},
+        {"last first", [](XmlpNode *n) { return xmlp_insNodeFirst(&n[C], &n[P]); }, -1,
+         "<a/><b/><c/>"},
+        {"after itself", [](XmlpNode *n) { return xmlp_insNodeAfter(&n[B], &n[B]); }, -1,
+         "<a/><b/><c/>"},
+        {"c after a", [](XmlpNode *n) { return xmlp_insNodeAfter(&n[C], &n[A]); }, -1,
+         "<a/><b/><c/>"},
+        {"a after c", [](XmlpNode *n) { return xmlp_insNodeAfter(&n[A], &n[C]); }, 0, "<a/>"},
+        {"before itself", [](XmlpNode *n) { return xmlp_insNodeBefore(&n[B], &n[B]); }, -1,
+         "<a/><b/><c/>"},
+        {"c before a", [](XmlpNode *n) { return xmlp_insNodeBefore(&n[C], &n[A]); }, -1,
+         "<a/><b/><c/>"},
+        {"a before c", [](XmlpNode *n) { return xmlp_insNodeBefore(&n[A], &n[C]); }, 0, "<a/><c/>"},
+        {"below itself", [](XmlpNode *n) { return xmlp_insNodeLast(&n[B], &n[B]); }, -1,
+         "<a/><b/><c/>"},
+        {"top below c", [](XmlpNode *n) { return xmlp_insNodeLast(&n[P], &n[C]); }, -1,
+         "<a/><b/><c/>"},
+        {"c below a", [](XmlpNode *n) { return xmlp_insNodeLast(&n[C], &n[A]); }, 0,
+         "<a><c/></a><b/><c/>"},
+    };
+    for (const auto &[what, relink, status, children] : rows) {
+        SCOPED_TRACE(what);
+        char names[][2] = {"p", "a", "b", "c"}, text[64] = "";
+        XmlpNode nodes[4] = {};
+        for (int i : {P, A, B, C}) {
+            nodes[i].name = names[i];
+            EXPECT_EQ(i == P || xmlp_insNodeLast(&nodes[i], &nodes[P]) == 0, true);
+        }
+        EXPECT_EQ(relink(nodes), status);
+        *_tree2Xml(&nodes[P], text) = '\0';
+        EXPECT_EQ(text, "<p>" + std::string(children) + "</p>");
+        EXPECT_EQ(strlen(text), _treeLen(&nodes[P]));
+    }
+
+    const Document doc = loaded("<p><a/><b/><c><d/></c></p>", 0);
+    XmlpNode *top = doc->tree->root->firstChild;
+    xmlp_insNodeLast(top->lastChild, top);
+    xmlp_insNodeLast(top->lastChild->firstChild, top->firstChild); // which leaves it in both
+    EXPECT_EQ(xmlp_getChildNodeCount(top), 3u);
+    xmlp_delDtree(top->lastChild);
+    EXPECT_EQ(dumped(doc, compact), "<p><a><d/></a><b/></p>");
 }
 
 // A million nested elements; indented, their text passes 4 GiB by far.

@@ -123,7 +123,7 @@ int _setType(XmlpNode *node, uint32_t isStatic)
         XMLP_ERROR(840, "tag name is not item.");
         return -1;
     }
-    if (parent->parent != nullptr) { // the document node stays untyped
+    if (parent->name != nullptr) { // the document node stays untyped
         parent->type = isItem ? XMLP_NODE_LIST : XMLP_NODE_STRUCT;
     }
     if (isItem) {

@@ -43,10 +43,11 @@ static constexpr XmlpByteTable makeSteps()
 extern constexpr XmlpByteTable _xmlp_classes = makeClasses();
 extern constexpr XmlpByteTable _xmlp_steps = makeSteps();
 
-static int allOf(const char *buf, uint32_t length, unsigned byteClass)
+static int allOf(const void *buf, uint32_t length, unsigned byteClass)
 {
+    const auto *bytes = static_cast<const char *>(buf);
     for (uint32_t i = 0; i < length; i++) {
-        if (!_isByte(buf[i], byteClass)) {
+        if (!_isByte(bytes[i], byteClass)) {
             return 0;
         }
     }
@@ -65,7 +66,7 @@ int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
                : -1;
 }
 
-int xmlp_isValidChar(const char *buf, uint32_t length)
+int xmlp_isValidChar(const void *buf, uint32_t length)
 {
     if (buf == nullptr) {
         XMLP_ERROR(421, "buf is null.");
@@ -74,7 +75,7 @@ int xmlp_isValidChar(const char *buf, uint32_t length)
     return allOf(buf, length, XMLP_TEXT);
 }
 
-int xmlp_isValidName(const char *buf, uint32_t length)
+int xmlp_isValidName(const void *buf, uint32_t length)
 {
     if (buf == nullptr) {
         XMLP_ERROR(458, "buf is null.");
@@ -83,7 +84,7 @@ int xmlp_isValidName(const char *buf, uint32_t length)
     return allOf(buf, length, XMLP_NAME);
 }
 
-int xmlp_isValidAttrValue(const char *buf, uint32_t length)
+int xmlp_isValidAttrValue(const void *buf, uint32_t length)
 {
     if (buf == nullptr) {
         XMLP_ERROR(502, "buf is null.");
@@ -161,29 +162,32 @@ static char *putEscaped(char *dst, const char *bytes, uint32_t length)
     return dst;
 }
 
-uint32_t xmlp_transStrLen(const char *str, uint32_t length)
+uint32_t xmlp_transStrLen(const void *str, uint32_t length)
 {
     if (str == nullptr) {
         XMLP_ERROR(541, "str is null.");
         return 0;
     }
+    const auto *bytes = static_cast<const char *>(str);
     uint32_t total = 0;
-    for (; length >= 8; str += 8, length -= 8) {
-        total += _anyEntity(str, 8) ? escapedLen(str, 8) : 8;
+    for (; length >= 8; bytes += 8, length -= 8) {
+        total += _anyEntity(bytes, 8) ? escapedLen(bytes, 8) : 8;
     }
-    return total + escapedLen(str, length);
+    return total + escapedLen(bytes, length);
 }
 
-char *xmlp_transStr(char *dst, const char *src, uint32_t length)
+char *xmlp_transStr(void *dst, const void *src, uint32_t length)
 {
     if (dst == nullptr || src == nullptr) {
         XMLP_ERROR(584, "invalid params.");
         return nullptr;
     }
-    for (; length >= 8; src += 8, length -= 8) {
-        dst = _anyEntity(src, 8) ? putEscaped(dst, src, 8) : _copyBytes(dst, src, 8);
+    auto *to = static_cast<char *>(dst);
+    const auto *bytes = static_cast<const char *>(src);
+    for (; length >= 8; bytes += 8, length -= 8) {
+        to = _anyEntity(bytes, 8) ? putEscaped(to, bytes, 8) : _copyBytes(to, bytes, 8);
     }
-    return putEscaped(dst, src, length);
+    return putEscaped(to, bytes, length);
 }
 
 // The next "&" of the text, or its end.
@@ -193,15 +197,16 @@ static const char *nextAmpersand(const char *text, const char *end)
     return found != nullptr ? static_cast<const char *>(found) : end;
 }
 
-uint32_t xmlp_unTransStrLen(const char *str, uint32_t length)
+uint32_t xmlp_unTransStrLen(const void *str, uint32_t length)
 {
     if (str == nullptr) {
         XMLP_ERROR(641, "str is null.");
         return 0;
     }
-    const char *end = str + length;
+    const auto *text = static_cast<const char *>(str);
+    const char *end = text + length;
     uint32_t total = length;
-    for (const char *p = nextAmpersand(str, end); p < end; p = nextAmpersand(p, end)) {
+    for (const char *p = nextAmpersand(text, end); p < end; p = nextAmpersand(p, end)) {
         const Entity *entity = entityAt(p, end);
         if (entity == nullptr) {
             return 0;
@@ -225,26 +230,28 @@ const char *_badEntity(const char *str, uint32_t length)
     return p;
 }
 
-char *xmlp_unTransStr(char *dst, const char *src, uint32_t length)
+char *xmlp_unTransStr(void *dst, const void *src, uint32_t length)
 {
     if (dst == nullptr || src == nullptr) {
         XMLP_ERROR(705, "invalid params.");
         return nullptr;
     }
-    const char *end = src + length;
-    while (src < end) {
-        const char *stop = nextAmpersand(src, end);
-        memcpy(dst, src, static_cast<size_t>(stop - src));
-        dst += stop - src;
-        src = stop;
-        if (src < end) {
-            const Entity *entity = entityAt(src, end);
+    auto *to = static_cast<char *>(dst);
+    const auto *text = static_cast<const char *>(src);
+    const char *end = text + length;
+    while (text < end) {
+        const char *stop = nextAmpersand(text, end);
+        memcpy(to, text, static_cast<size_t>(stop - text));
+        to += stop - text;
+        text = stop;
+        if (text < end) {
+            const Entity *entity = entityAt(text, end);
             if (entity == nullptr) {
                 return nullptr;
             }
-            *dst++ = entity->character;
-            src += entity->length;
+            *to++ = entity->character;
+            text += entity->length;
         }
     }
-    return dst;
+    return to;
 }

@@ -30,22 +30,23 @@ XmlpNode *xmlp_initNode(void)
 
 /* ---- Linking ------------------------------------------------------------------------------- */
 
-// Puts node between two neighbours below parent; a missing neighbour makes it first or last.
-static void linkBetween(XmlpNode *node, XmlpNode *parent, XmlpNode *prev, XmlpNode *next)
+// Whether the list from sibling on, or the way down, would go round in circles with node below
+// parent. A new node, which has neither parent nor children, is not looked for.
+static bool wouldLoop(const XmlpNode *node, const XmlpNode *parent, const XmlpNode *sibling)
 {
-    node->parent = parent;
-    node->prev = prev;
-    node->next = next;
-    if (prev != nullptr) {
-        prev->next = node;
-    } else if (parent != nullptr) {
-        parent->firstChild = node;
+    if (node->parent != nullptr && node->parent == parent) {
+        while (sibling != nullptr && sibling != node) {
+            sibling = sibling->next;
+        }
+        return sibling != nullptr;
     }
-    if (next != nullptr) {
-        next->prev = node;
-    } else if (parent != nullptr) {
-        parent->lastChild = node;
+    if (node == parent || node->firstChild != nullptr) {
+        while (parent != nullptr && parent != node) {
+            parent = parent->parent;
+        }
+        return parent != nullptr;
     }
+    return false;
 }
 
 int xmlp_insNodeFirst(XmlpNode *node, XmlpNode *parent)
@@ -54,7 +55,18 @@ int xmlp_insNodeFirst(XmlpNode *node, XmlpNode *parent)
         XMLP_ERROR(849, "invalid params.");
         return -1;
     }
-    linkBetween(node, parent, nullptr, parent->firstChild);
+    if (wouldLoop(node, parent, parent->firstChild)) {
+        return -1;
+    }
+    node->next = parent->firstChild;
+    if (node->next != nullptr) {
+        node->next->prev = node;
+    } else {
+        parent->lastChild = node;
+    }
+    parent->firstChild = node;
+    node->prev = nullptr;
+    node->parent = parent;
     return 0;
 }
 
@@ -64,7 +76,18 @@ int xmlp_insNodeLast(XmlpNode *node, XmlpNode *parent)
         XMLP_ERROR(884, "invalid params.");
         return -1;
     }
-    linkBetween(node, parent, parent->lastChild, nullptr);
+    if (wouldLoop(node, parent, nullptr)) {
+        return -1;
+    }
+    node->prev = parent->lastChild;
+    if (node->prev != nullptr) {
+        node->prev->next = node;
+    } else {
+        parent->firstChild = node;
+    }
+    parent->lastChild = node;
+    node->next = nullptr;
+    node->parent = parent;
     return 0;
 }
 
@@ -74,7 +97,20 @@ int xmlp_insNodeAfter(XmlpNode *node, XmlpNode *ref)
         XMLP_ERROR(918, "invalid params.");
         return -1;
     }
-    linkBetween(node, ref->parent, ref, ref->next);
+    XmlpNode *parent = ref->parent;
+    if (node == ref || wouldLoop(node, parent, ref)) {
+        return -1;
+    }
+    node->parent = parent;
+    node->next = ref->next;
+    ref->next = node;
+    node->prev = ref;
+    if (node->next != nullptr) {
+        node->next->prev = node;
+    }
+    if (parent != nullptr && parent->lastChild == ref) {
+        parent->lastChild = node;
+    }
     return 0;
 }
 
@@ -84,7 +120,20 @@ int xmlp_insNodeBefore(XmlpNode *node, XmlpNode *ref)
         XMLP_ERROR(950, "invalid params.");
         return -1;
     }
-    linkBetween(node, ref->parent, ref->prev, ref);
+    XmlpNode *parent = ref->parent;
+    if (node == ref || wouldLoop(node, parent, ref)) {
+        return -1;
+    }
+    node->parent = parent;
+    node->prev = ref->prev;
+    ref->prev = node;
+    node->next = ref;
+    if (node->prev != nullptr) {
+        node->prev->next = node;
+    }
+    if (parent != nullptr && parent->firstChild == ref) {
+        parent->firstChild = node;
+    }
     return 0;
 }
 
@@ -237,26 +286,51 @@ void _freeNodeName(XmlpNode *node)
     }
 }
 
+// The sibling whose next is node. A node that was appended a second time names itself.
+static XmlpNode *siblingBefore(const XmlpNode *node)
+{
+    XmlpNode *sibling = node->prev;
+    if (sibling == node) {
+        sibling = node->parent->firstChild;
+        while (sibling != nullptr && sibling->next != node) {
+            sibling = sibling->next;
+        }
+    }
+    return sibling;
+}
+
+static void unlink(const XmlpNode *node)
+{
+    XmlpNode *prev = siblingBefore(node);
+    if (prev != nullptr) {
+        prev->next = node->next;
+    }
+    if (node->next != nullptr) {
+        node->next->prev = prev;
+    }
+    XmlpNode *parent = node->parent;
+    if (parent != nullptr && parent->firstChild == node) {
+        parent->firstChild = node->next;
+    }
+    if (parent != nullptr && parent->lastChild == node) {
+        parent->lastChild = prev;
+    }
+}
+
 int xmlp_delNode(XmlpNode *node)
 {
     if (node == nullptr || node->firstChild != nullptr) {
         XMLP_ERROR(1624, "invalid params.");
         return -1;
     }
-    XmlpNode *parent = node->parent;
-    if (node->prev != nullptr) {
-        node->prev->next = node->next;
-    } else if (parent != nullptr) {
-        parent->firstChild = node->next;
-    }
-    if (node->next != nullptr) {
-        node->next->prev = node->prev;
-    } else if (parent != nullptr) {
-        parent->lastChild = node->prev;
-    }
+    unlink(node);
     _freeAttrList(node->attrs);
-    free(node->value);
-    _freeNodeName(node);
+    if (node->valueSize != 0) {
+        free(node->value);
+    }
+    if (node->type != XMLP_NODE_ITEM) {
+        _freeNodeName(node);
+    }
     free(node);
     return 0;
 }
@@ -267,12 +341,14 @@ int xmlp_delDtree(XmlpNode *node)
         XMLP_ERROR(1673, "node is null.");
         return -1;
     }
-    // Depth first without recursion, so that no depth of tree can exhaust the stack.
+    // Depth first without recursion, so that no depth of tree can exhaust the stack. Children that
+    // were linked a second time belong to the parent that they name.
     XmlpNode *leaf = node;
     for (;;) {
-        while (leaf->firstChild != nullptr) {
+        while (leaf->firstChild != nullptr && leaf->firstChild->parent == leaf) {
             leaf = leaf->firstChild;
         }
+        leaf->firstChild = nullptr;
         if (leaf == node) {
             return xmlp_delNode(node);
         }

@@ -68,7 +68,8 @@ static XmlpNode *lastItem(const XmlpFrame &frame, const XmlpNode *list, const Se
     } else {
         position = items.pos[items.count - 1];
     }
-    XmlpNode *last = itemAt(list, position);
+    // A run of none at 0 ends before the first item, at the number that stands for the last one.
+    XmlpNode *last = position == UINT64_MAX ? list->lastChild : itemAt(list, position);
     if (last == nullptr && frame.posOverRange != 0) {
         _xmlp_report(frame.name, frame.posOverRange, "pos over range.");
     }
@@ -360,9 +361,6 @@ static int deleteAllItems(const XmlpNode *list)
 // Backwards, so that the positions of the items still to go stay valid.
 static int deleteItems(const XmlpNode *list, const Selection &items)
 {
-    if (items.mode == XMLP_POS_RUN && items.count == 0 && items.pos[0] == 0) {
-        return 0;
-    }
     XmlpNode *item = lastItem(deleteItem, list, items);
     if (item == nullptr) {
         return -1;

@@ -9,34 +9,43 @@
 
 /* ---- Walk ---------------------------------------------------------------------------------- */
 
-namespace
+// Enters an element and all below it, in the order in which the lists lead, and leaves again each
+// that has children. visit(node, level, leaving) returns whether to go on. A node that was linked
+// a second time names one parent only, so the way back is kept here. Returns 0, or -1 when it was
+// stopped or memory is short.
+template <typename Visit> static int walk(const XmlpNode *top, uint32_t level, Visit visit)
 {
-// A walk over an element and all below it: each is entered, and left again if it has children.
-struct Walk {
-    const XmlpNode *top;
-    const XmlpNode *node;
-    uint32_t level;
-    bool leaving;
-};
-} // namespace
-
-static bool advance(Walk *walk)
-{
-    const XmlpNode *node = walk->node;
-    if (!walk->leaving && node->firstChild != nullptr) {
-        walk->node = node->firstChild;
-        walk->level++;
-    } else if (node == walk->top) {
-        return false;
-    } else if (node->next != nullptr) {
-        walk->node = node->next;
-        walk->leaving = false;
-    } else {
-        walk->node = node->parent;
-        walk->level--;
-        walk->leaving = true;
+    const XmlpNode **open = nullptr;
+    size_t depth = 0;
+    size_t capacity = 0;
+    const XmlpNode *node = top;
+    bool leaving = false;
+    bool going = visit(node, level, leaving);
+    while (going && !(depth == 0 && (leaving || node->firstChild == nullptr))) {
+        if (!leaving && node->firstChild != nullptr) {
+            if (depth == capacity) {
+                capacity = capacity == 0 ? 64 : 2 * capacity;
+                auto *grown =
+                    static_cast<const XmlpNode **>(realloc(open, capacity * sizeof(*open)));
+                if (grown == nullptr) {
+                    going = false;
+                    break;
+                }
+                open = grown;
+            }
+            open[depth++] = node;
+            node = node->firstChild;
+        } else if (node->next != nullptr) {
+            node = node->next;
+            leaving = false;
+        } else {
+            node = open[--depth];
+            leaving = true;
+        }
+        going = visit(node, level + static_cast<uint32_t>(depth), leaving);
     }
-    return walk->node != nullptr;
+    free(open);
+    return going ? 0 : -1;
 }
 
 /* ---- Lengths ------------------------------------------------------------------------------- */
@@ -44,28 +53,6 @@ static bool advance(Walk *walk)
 static size_t textLen(const char *text)
 {
     return text != nullptr ? strlen(text) : 0;
-}
-
-namespace
-{
-enum : unsigned { KNOWN_NAMES = 128 };
-
-// The lengths of names met before, by address: the elements of a static tree share their names,
-// and there are few of them. All zero, it is empty.
-struct NameLengths {
-    const char *names[KNOWN_NAMES];
-    size_t lengths[KNOWN_NAMES];
-};
-} // namespace
-
-static size_t nameLen(const char *name, NameLengths *known)
-{
-    size_t slot = reinterpret_cast<uintptr_t>(name) / XMLP_POOL_WORD % KNOWN_NAMES;
-    if (known->names[slot] != name) {
-        known->names[slot] = name;
-        known->lengths[slot] = textLen(name);
-    }
-    return known->lengths[slot];
 }
 
 static const char *valueText(const XmlpNode *node)
@@ -115,9 +102,12 @@ uint64_t _attrsLen(const XmlpAttr *attr)
     return total;
 }
 
-static uint64_t nodeLen(const XmlpNode *node, NameLengths *known)
+uint64_t _nodeLen(const XmlpNode *node)
 {
-    uint64_t name = nameLen(node->name, known);
+    if (node == nullptr) {
+        return 0;
+    }
+    uint64_t name = textLen(node->name);
     uint64_t attrs = _attrsLen(node->attrs);
     if (isEmpty(node)) {
         return name + attrs + strlen("</>");
@@ -125,24 +115,26 @@ static uint64_t nodeLen(const XmlpNode *node, NameLengths *known)
     return 2 * name + attrs + strlen("<></>") + (hasValue(node) ? escapedLen(node) : 0);
 }
 
-uint64_t _nodeLen(const XmlpNode *node)
+// Stops adding where the sum no longer fits a length, and gives UINT64_MAX when it had to stop.
+template <typename NodeLen>
+static uint64_t sumOf(const XmlpNode *node, uint32_t level, NodeLen nodeLen)
 {
-    NameLengths known = {};
-    return node != nullptr ? nodeLen(node, &known) : 0;
+    uint64_t total = 0;
+    if (node == nullptr) {
+        return total;
+    }
+    int status = walk(node, level, [&](const XmlpNode *at, uint32_t atLevel, bool leaving) {
+        total += nodeLen(at, atLevel, leaving);
+        return total < UINT32_MAX;
+    });
+    return status == 0 ? total : UINT64_MAX;
 }
 
 uint64_t _treeLen(const XmlpNode *node)
 {
-    if (node == nullptr) {
-        return 0;
-    }
-    uint64_t total = 0;
-    NameLengths known = {};
-    Walk walk = {node, node, 0, false};
-    do {
-        total += walk.leaving ? 0 : nodeLen(walk.node, &known);
-    } while (advance(&walk));
-    return total;
+    return sumOf(node, 0, [](const XmlpNode *at, uint32_t, bool leaving) {
+        return leaving ? 0 : _nodeLen(at);
+    });
 }
 
 static uint64_t indentLen(uint32_t level)
@@ -152,17 +144,10 @@ static uint64_t indentLen(uint32_t level)
 
 uint64_t _formatLen(const XmlpNode *node, uint32_t level)
 {
-    if (node == nullptr) {
-        return 0;
-    }
-    uint64_t total = 0;
-    NameLengths known = {};
-    Walk walk = {node, node, level, false};
-    do {
-        // A line for entering, another one for leaving.
-        total += indentLen(walk.level) + 1 + (walk.leaving ? 0 : nodeLen(walk.node, &known));
-    } while (advance(&walk));
-    return total;
+    // A line for entering, another one for leaving.
+    return sumOf(node, level, [](const XmlpNode *at, uint32_t atLevel, bool leaving) {
+        return indentLen(atLevel) + 1 + (leaving ? 0 : _nodeLen(at));
+    });
 }
 
 /* ---- Writing ------------------------------------------------------------------------------- */
@@ -172,9 +157,9 @@ static char *putText(char *dst, const char *text)
     return _copyBytes(dst, text, textLen(text));
 }
 
-template <size_t size> static char *putMark(char *dst, const char (&mark)[size])
+template <size_t size> static char *putLiteral(char *dst, const char (&literal)[size])
 {
-    memcpy(dst, mark, size - 1);
+    memcpy(dst, literal, size - 1);
     return dst + size - 1;
 }
 
@@ -188,11 +173,11 @@ static char *putIndent(char *dst, uint32_t level)
 static char *putAttrs(char *dst, const XmlpAttr *attr)
 {
     for (; attr != nullptr; attr = attr->next) {
-        dst = putMark(dst, " ");
+        dst = putLiteral(dst, " ");
         dst = putText(dst, attr->name);
-        dst = putMark(dst, "=\"");
+        dst = putLiteral(dst, "=\"");
         dst = putText(dst, attr->value);
-        dst = putMark(dst, "\"");
+        dst = putLiteral(dst, "\"");
     }
     return dst;
 }
@@ -205,22 +190,22 @@ static char *putValue(char *dst, const XmlpNode *node)
 
 static char *putEndTag(char *dst, const char *name, size_t length)
 {
-    dst = putMark(dst, "</");
+    dst = putLiteral(dst, "</");
     dst = _copyBytes(dst, name, length);
-    return putMark(dst, ">");
+    return putLiteral(dst, ">");
 }
 
 // The start tag and, of an element without children, all the rest.
-static char *putStart(char *dst, const XmlpNode *node, NameLengths *known)
+static char *putStart(char *dst, const XmlpNode *node)
 {
-    size_t nameLength = nameLen(node->name, known);
-    dst = putMark(dst, "<");
+    size_t nameLength = textLen(node->name);
+    dst = putLiteral(dst, "<");
     dst = _copyBytes(dst, node->name, nameLength);
     dst = putAttrs(dst, node->attrs);
     if (isEmpty(node)) {
-        return putMark(dst, "/>");
+        return putLiteral(dst, "/>");
     }
-    dst = putMark(dst, ">");
+    dst = putLiteral(dst, ">");
     if (!hasValue(node)) {
         return dst;
     }
@@ -228,9 +213,9 @@ static char *putStart(char *dst, const XmlpNode *node, NameLengths *known)
     return putEndTag(dst, node->name, nameLength);
 }
 
-static char *putEnd(char *dst, const XmlpNode *node, NameLengths *known)
+static char *putTag(char *dst, const XmlpNode *node, bool leaving)
 {
-    return putEndTag(dst, node->name, nameLen(node->name, known));
+    return leaving ? putEndTag(dst, node->name, textLen(node->name)) : putStart(dst, node);
 }
 
 char *_tree2Xml(const XmlpNode *node, char *dst)
@@ -242,12 +227,11 @@ char *_tree2Xml(const XmlpNode *node, char *dst)
     if (node == nullptr) {
         return dst;
     }
-    NameLengths known = {};
-    Walk walk = {node, node, 0, false};
-    do {
-        dst = walk.leaving ? putEnd(dst, walk.node, &known) : putStart(dst, walk.node, &known);
-    } while (advance(&walk));
-    return dst;
+    int status = walk(node, 0, [&dst](const XmlpNode *at, uint32_t, bool leaving) {
+        dst = putTag(dst, at, leaving);
+        return true;
+    });
+    return status == 0 ? dst : nullptr;
 }
 
 char *_tree2FormatXml(const XmlpNode *node, char *dst, uint32_t level)
@@ -259,14 +243,13 @@ char *_tree2FormatXml(const XmlpNode *node, char *dst, uint32_t level)
     if (node == nullptr) {
         return dst;
     }
-    NameLengths known = {};
-    Walk walk = {node, node, level, false};
-    do {
-        dst = putIndent(dst, walk.level);
-        dst = walk.leaving ? putEnd(dst, walk.node, &known) : putStart(dst, walk.node, &known);
-        dst = putMark(dst, "\n");
-    } while (advance(&walk));
-    return dst;
+    int status = walk(node, level, [&dst](const XmlpNode *at, uint32_t atLevel, bool leaving) {
+        dst = putIndent(dst, atLevel);
+        dst = putTag(dst, at, leaving);
+        dst = putLiteral(dst, "\n");
+        return true;
+    });
+    return status == 0 ? dst : nullptr;
 }
 
 /* ---- Documents ----------------------------------------------------------------------------- */
@@ -276,25 +259,30 @@ static const XmlpNode *firstElement(const XmlpTree *tree)
     return tree->root != nullptr ? tree->root->firstChild : nullptr;
 }
 
+// UINT32_MAX or more when it does not fit or memory is short.
 static uint64_t documentLen(const XmlpTree *tree, bool compact)
 {
     uint64_t total = tree->headerLen;
     if (!compact && tree->headerLen != 0) {
         total++;
     }
-    for (const XmlpNode *node = firstElement(tree); node != nullptr; node = node->next) {
-        total += compact ? _treeLen(node) : _formatLen(node, 0);
+    for (const XmlpNode *node = firstElement(tree); node != nullptr && total < UINT32_MAX;
+         node = node->next) {
+        uint64_t length = compact ? _treeLen(node) : _formatLen(node, 0);
+        total = length < UINT32_MAX ? total + length : UINT32_MAX;
     }
     return total;
 }
 
+// Null without memory.
 static char *putDocument(char *dst, const XmlpTree *tree, bool compact)
 {
     if (tree->headerLen != 0) {
         memcpy(dst, tree->header, tree->headerLen);
         dst = putText(dst + tree->headerLen, compact ? "" : "\n");
     }
-    for (const XmlpNode *node = firstElement(tree); node != nullptr; node = node->next) {
+    for (const XmlpNode *node = firstElement(tree); node != nullptr && dst != nullptr;
+         node = node->next) {
         dst = compact ? _tree2Xml(node, dst) : _tree2FormatXml(node, dst, 0);
     }
     return dst;
@@ -310,11 +298,13 @@ char *xmlp_tree2Xml(const XmlpDoc *doc, int compact, uint32_t *pLen)
     bool fits = length < UINT32_MAX;
     *pLen = fits ? static_cast<uint32_t>(length) : UINT32_MAX;
     char *text = fits ? static_cast<char *>(malloc(static_cast<size_t>(length) + 1)) : nullptr;
-    if (text == nullptr) {
+    char *end = text != nullptr ? putDocument(text, doc->tree, compact != 0) : nullptr;
+    if (end == nullptr) {
+        free(text);
         XMLP_ERROR(1789, "malloc failed.");
         return nullptr;
     }
-    *putDocument(text, doc->tree, compact != 0) = '\0';
+    *end = '\0';
     return text;
 }
 

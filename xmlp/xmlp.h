@@ -114,7 +114,10 @@ void xmlp_destroyXmlTree(XmlpDoc *doc);
 /* Returns a new node with all fields zero, or null. Linked into a tree, the tree owns it. */
 XmlpNode *xmlp_initNode(void);
 
-/* Link node as first or last child of parent. Neither names, types nor older links are checked. */
+/*
+ * Link node as first or last child of parent. Names, types and existing links are not checked; only
+ * a link that would close a circle is rejected, without a line.
+ */
 int xmlp_insNodeFirst(XmlpNode *node, XmlpNode *parent);
 int xmlp_insNodeLast(XmlpNode *node, XmlpNode *parent);
 
@@ -182,31 +185,31 @@ int xmlp_isNodeAttr(const XmlpNode *node, const char *name, const char *value);
 int xmlp_nameCmp(const char *slice, uint32_t length, const char *name);
 
 /* 1 when none of the bytes is & / < or >. */
-int xmlp_isValidChar(const char *buf, uint32_t length);
+int xmlp_isValidChar(const void *buf, uint32_t length);
 
 /* 1 when none of the bytes is NUL, blank, tab, LF, CR or one of " & / < = >. */
-int xmlp_isValidName(const char *buf, uint32_t length);
+int xmlp_isValidName(const void *buf, uint32_t length);
 
 /* 1 when none of the bytes is NUL or one of & " < >. */
-int xmlp_isValidAttrValue(const char *buf, uint32_t length);
+int xmlp_isValidAttrValue(const void *buf, uint32_t length);
 
 /* Returns the length of the text with < > & written as entities. */
-uint32_t xmlp_transStrLen(const char *str, uint32_t length);
+uint32_t xmlp_transStrLen(const void *str, uint32_t length);
 
 /*
  * Writes the text with < > & as entities, without terminator. dst holds xmlp_transStrLen bytes.
  * Returns the position behind the last byte written, or null.
  */
-char *xmlp_transStr(char *dst, const char *src, uint32_t length);
+char *xmlp_transStr(void *dst, const void *src, uint32_t length);
 
 /* Returns the length of the text with its entities replaced; 0 when one of them is unknown. */
-uint32_t xmlp_unTransStrLen(const char *str, uint32_t length);
+uint32_t xmlp_unTransStrLen(const void *str, uint32_t length);
 
 /*
  * Writes the text with its entities replaced, without terminator. dst holds xmlp_unTransStrLen
  * bytes. Returns the position behind the last byte written, or null for an unknown entity.
  */
-char *xmlp_unTransStr(char *dst, const char *src, uint32_t length);
+char *xmlp_unTransStr(void *dst, const void *src, uint32_t length);
 
 /* ---- Path-addressed interface ---------------------------------------------------------- */
 
@@ -342,7 +345,8 @@ uint32_t xmlp_deleteItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, cons
  * tag per line and indented by two blanks a level. The text is NUL-terminated, of *pLen bytes
  * without the terminator, and the caller's to free. A text of more than 0xFFFFFFFE bytes counts as
  * memory that is short; then, and whenever else memory is short, the result is null and *pLen the
- * length, 0xFFFFFFFF for one that does not fit. xmlp_dumpDoc locks the document.
+ * length, 0xFFFFFFFF for one that does not fit or could not be added up. xmlp_dumpDoc locks the
+ * document.
  */
 char *xmlp_dumpDoc(XmlpDoc *doc, int compact, uint32_t *pLen);
 char *xmlp_tree2Xml(const XmlpDoc *doc, int compact, uint32_t *pLen);
