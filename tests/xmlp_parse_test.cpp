@@ -1,7 +1,7 @@
 // The parser: what it accepts, what it refuses and says, and what it keeps of names.
 
 #include "tests/document.h"
-#include "xmlp/xmlp_internal.h"
+#include "xmlp/name_pool.h"
 
 #include <random>
 
@@ -23,18 +23,36 @@ static std::string dump(const XmlpNode *node)
     return out;
 }
 
-// The dump of the text's tree, or the refused offset and the lines that are printed, without their
+// The dump of the text's tree, or the rejected offset and the lines that are printed, without their
 // "error xml tag."; the same for a static and a dynamic tree.
 static std::string outcome(const std::string &text)
 {
     std::string outcomes[2];
     for (uint32_t isStatic : {0u, 1u}) {
+        XmlpLocationList locations = {};
+        XmlpFault fault = {};
         std::string tree;
-        const std::string printed = captured([&] {
-            const Document doc = loaded(text, isStatic);
-            tree = doc != nullptr ? dump(nodesOf(doc)[0]) : std::to_string(xmlp_getRefusedOffset());
+        const std::string quiet = captured([&] {
+            const auto size = static_cast<uint32_t>(text.size());
+            const Document doc(xmlp_readDoc(text.data(), size, isStatic, &fault, &locations),
+                               xmlp_releaseDoc);
+            tree = doc != nullptr ? dump(nodesOf(doc)[0]) : std::to_string(fault.offset);
         });
-        outcomes[isStatic] = tree + edit(lines(printed), " error xml tag\\.", "");
+        EXPECT_EQ(quiet, "");
+        const std::string printed = lines(captured([&] { loaded(text, isStatic); }));
+        if (fault.line != 0) {
+            EXPECT_EQ(printed.rfind("; " + std::string(fault.function) + ":" +
+                                        std::to_string(fault.line) + " " + fault.message,
+                                    0),
+                      0u)
+                << printed;
+        }
+        outcomes[isStatic] = tree + edit(printed, " error xml tag\\.", "");
+        for (uint32_t i = 0; i < locations.count; i++) {
+            const auto [tag, content, end] = locations.items[i];
+            EXPECT_TRUE(text[tag] == '<' && text[content - 1] == '>' && text[end - 1] == '>');
+        }
+        free(locations.items);
     }
     EXPECT_EQ(edit(outcomes[0], "_makeDtree:1180", "_makeStree:904"), outcomes[1]) << text;
     return outcomes[1];
@@ -107,8 +125,6 @@ TEST(XmlpParse, Texts)
             EXPECT_EQ(outcome(text + std::string(64, ' ')), expected) << text;
         }
     }
-    outcome("<a/>");
-    EXPECT_EQ(xmlp_getRefusedOffset(), UINT32_MAX);
 }
 
 // An element with random attributes, text and children, at most some levels of them.
@@ -171,28 +187,53 @@ TEST(XmlpParse, ManyNames)
     }
 }
 
-TEST(XmlpParse, NamePool)
+// From the tag, behind the start tag, behind the end: of each element in document order.
+TEST(XmlpParse, locationsOfElements)
+{
+    const std::string text = "\xEF\xBB\xBF<?x?> <a>1<b c=\"/\">\xC3<</b>2<b\n>3<d/></b></a>x";
+    for (uint32_t isStatic : {0u, 1u}) {
+        XmlpFault fault = {};
+        XmlpLocationList locations = {};
+        const auto size = static_cast<uint32_t>(text.size());
+        const Document doc(xmlp_readDoc(text.data(), size, isStatic, &fault, &locations),
+                           xmlp_releaseDoc);
+        std::string found;
+        for (uint32_t i = 0; i < locations.count; i++) {
+            const auto [tag, content, end] = locations.items[i];
+            found +=
+                text.substr(tag, content - tag) + " " + text.substr(content, end - content) + "|";
+        }
+        EXPECT_EQ(found, "<a> 1<b c=\"/\">\xC3<</b>2<b\n>3<d/></b></a>|<b c=\"/\"> \xC3<</b>|"
+                         "<b\n> 3<d/></b>|<d/> |");
+        free(locations.items);
+    }
+}
+
+// A string is where its bytes and a NUL stand, from a word on.
+TEST(XmlpParse, namesShareTheTailsOfLongerOnes)
 {
     const std::tuple<std::string, uint32_t, size_t> rows[] = {
         {"abc", 0, 4},        {"efghabcd", 4, 16}, {"abcd", 8, 16},          {"", 12, 16},
         {"abcdefgh", 16, 28}, {"abcd", 8, 28},     {"xxxxefghabcd", 28, 44}, {"efgh", 20, 44},
         {"abc", 0, 44},       {"bcd", 44, 48},
     };
+    const uint32_t many = 200000;
+    std::string base(48 + many * 8, 'x');
     XmlpNamePool pool;
-    ASSERT_EQ(_initNamePool(&pool), 0);
+    ASSERT_EQ(_initNamePool(&pool, 0), 0);
+    pool.base = base.data();
     pool.seed = 0; // so that the same strings share a hash in every run
-    for (const auto &[name, place, used] : rows) {
+    for (const auto &[name, offset, used] : rows) {
         SCOPED_TRACE(name + "/" + std::to_string(used));
-        const auto length = static_cast<uint32_t>(name.size());
-        EXPECT_EQ(_saveName(&pool, name.data(), length), place / 4 + 1);
-        EXPECT_EQ(pool.base + place, name);
+        EXPECT_EQ(_saveName(&pool, name.data(), name.size()), &base[offset]);
+        EXPECT_EQ(&base[offset], name);
         EXPECT_EQ(pool.used, used);
     }
-    for (int i = 0; i < 400000; i++) {
-        const std::string name = std::to_string(100000 + i % 200000);
-        EXPECT_EQ(_nameAt(&pool, _saveName(&pool, name.data(), 6)), name);
+    for (uint32_t i = 0; i < 2 * many; i++) {
+        const std::string name = std::to_string(100000 + i % many);
+        EXPECT_EQ(_saveName(&pool, name.data(), 6), name);
     }
-    EXPECT_EQ(_saveName(&pool, "abc", 3), 1u);
-    EXPECT_EQ(pool.used, 48 + 200000u * 8);
-    _freeNamePool(&pool);
+    EXPECT_EQ(_saveName(&pool, "abc", 3), base.data());
+    EXPECT_EQ(pool.used, base.size());
+    _freeNameIndex(&pool);
 }

@@ -1,16 +1,12 @@
 // The document of a text, with the places of its elements.
-//
-// A tree has no places in the text. But the start tags of an accepted text come in the order in
-// which a walk down the tree meets its nodes, so that a scan of the text gives each node its own.
 
 #include "tool/check_document.h"
 
 #include "appmngr/appmngr.h"
-#include "tool/check_loader.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace tool
@@ -22,11 +18,12 @@ namespace
 // Longest value that a loader reads.
 constexpr size_t longestValue = 511;
 
-// What the parser means, by the line that its first message carries.
+// What the parser means, by the line of its fault.
 constexpr struct {
     int line;
     const char *meaning;
 } refusals[] = {
+    {0, "the tag ends within an attribute"},
     {155, "a tag without a name"},
     {169, "this cannot stand in a name"},
     {188, "an attribute name or the end of the tag belongs here"},
@@ -55,74 +52,21 @@ constexpr struct {
     {1459, "the declaration does not end"},
 };
 
-std::string meaningOf(const std::string &diagnostic)
+std::string meaningOf(const XmlpFault &fault)
 {
-    int line = 0;
-    if (sscanf(diagnostic.c_str(), "[ERROR][%*[^(]():%d]", &line) == 1) {
-        for (const auto &refusal : refusals) {
-            if (refusal.line == line) {
-                return refusal.meaning;
-            }
+    for (const auto &refusal : refusals) {
+        if (refusal.line == fault.line) {
+            return refusal.meaning;
         }
     }
-    return diagnostic.empty() ? "the text is refused" : diagnostic;
+    return fault.message;
 }
 
-bool isBlank(char byte)
+// The first byte from at on, up to the next tag, that is not blank.
+size_t textFrom(std::string_view text, size_t at)
 {
-    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
-}
-
-// Bytes of the character that a byte begins, as the parser steps.
-size_t stepOf(char byte)
-{
-    const auto lead = static_cast<unsigned char>(byte);
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 1;
-    }
-    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
-// At the end of the text, or behind it, when the tag does not end.
-size_t endOfTag(std::string_view text, size_t at)
-{
-    while (at < text.size() && text[at] != '>') {
-        at += stepOf(text[at]);
-    }
-    return at;
-}
-
-// The elements of an accepted text in the order of their start tags. The text outside of them
-// goes to outside.
-std::vector<Position> scanElements(std::string_view text, size_t at, Position &outside)
-{
-    std::vector<Position> elements;
-    std::vector<size_t> open;
-    while (at < text.size()) {
-        if (text[at] != '<') {
-            Position &owner = open.empty() ? outside : elements[open.back()];
-            if (owner.text == nowhere && !isBlank(text[at])) {
-                owner.text = at;
-            }
-            at += stepOf(text[at]);
-            continue;
-        }
-        const size_t end = endOfTag(text, at);
-        if (end >= text.size()) {
-            break;
-        }
-        const bool isEndTag = text.substr(at + 1, 1) == "/";
-        if (!isEndTag) {
-            elements.push_back({at, end + 1, nowhere});
-        }
-        if (isEndTag && !open.empty()) {
-            open.pop_back();
-        } else if (!isEndTag && text[end - 1] != '/') {
-            open.push_back(elements.size() - 1);
-        }
-        at = end + 1;
-    }
-    return elements;
+    at = text.find_first_not_of(" \t\n\r", at);
+    return at < text.size() && text[at] != '<' ? at : nowhere;
 }
 
 // The node behind node on a walk down the tree; null behind the last.
@@ -150,36 +94,41 @@ Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_re
     // A loader takes the text as a string, and does not see what a NUL hides.
     const size_t length = strnlen(source.text.data(), source.text.size());
     const size_t skip = std::min(markSize(source.text), length);
-    const LoaderRun run = captureRun([&] {
-        document_.reset(
-            xmlp_loadDoc(source.text.data() + skip, static_cast<uint32_t>(length - skip), 1));
-        return 0;
-    });
+    XmlpFault fault = {};
+    XmlpLocationList locations = {};
+    document_.reset(xmlp_readDoc(source.text.data() + skip, static_cast<uint32_t>(length - skip), 1,
+                                 &fault, &locations));
     if (document_ != nullptr) {
-        locateElements(skip + document_->tree->headerLen);
+        locateElements({source.text.data(), length}, skip, locations.items);
+        free(locations.items);
         if (top() == nullptr) { // a tag that does not end is no element, and not refused either
             source.add(Rule::RefusedText, length, "the text ends within a tag");
         }
         return;
     }
-    const uint32_t refused = xmlp_getRefusedOffset();
-    const size_t at = refused != UINT32_MAX ? skip + refused : 0;
-    std::string meaning = meaningOf(firstDiagnostic(run));
+    const size_t at = fault.offset != XMLP_NOWHERE ? skip + fault.offset : 0;
+    std::string meaning = meaningOf(fault);
     if (source.text.find("<!") < at) {
         meaning += "; comments, CDATA and document types are not known";
     }
     source.add(Rule::RefusedText, at, meaning);
 }
 
-void Document::locateElements(size_t begin)
+// The locations are those of the nodes on a walk down the tree, and count from origin.
+void Document::locateElements(std::string_view text, size_t origin, const XmlpLocation *locations)
 {
-    const std::string_view text(source_.text.data(),
-                                strnlen(source_.text.data(), source_.text.size()));
-    const std::vector<Position> found = scanElements(text, begin, outside_);
-    const XmlpNode *node = document_->tree->root->firstChild;
-    for (size_t i = 0; i < found.size() && node != nullptr; i++) {
-        positions_[node] = found[i];
-        node = following(node);
+    outside_.text = textFrom(text, origin + document_->tree->headerLen);
+    for (const XmlpNode *node = top(); node != nullptr; node = following(node), locations++) {
+        Position &position = positions_[node];
+        position.tag = origin + locations->tag;
+        position.content = origin + locations->content;
+        if (locations->content < locations->end) {
+            position.text = textFrom(text, position.content);
+        }
+        Position &around = node == top() ? outside_ : positions_[node->parent];
+        if (around.text == nowhere) {
+            around.text = textFrom(text, origin + locations->end);
+        }
     }
 }
 

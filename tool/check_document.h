@@ -44,7 +44,7 @@ public:
     size_t outerText() const;
 
 private:
-    void locateElements(size_t begin);
+    void locateElements(std::string_view text, size_t origin, const XmlpLocation *locations);
 
     Source &source_;
     std::unique_ptr<XmlpDoc, void (*)(XmlpDoc *)> document_;

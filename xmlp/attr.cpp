@@ -21,7 +21,8 @@ void _freeAttrList(XmlpAttr *attrs)
 int _hasAttrName(const XmlpAttr *attrs, const char *name, uint32_t length)
 {
     for (; attrs != nullptr; attrs = attrs->next) {
-        if (attrs->name != nullptr && strncmp(attrs->name, name, length) == 0) {
+        if (attrs->name != nullptr && (length == 0 || attrs->name[0] == name[0]) &&
+            strncmp(attrs->name, name, length) == 0) {
             return 1;
         }
     }

@@ -12,7 +12,7 @@
 
 enum : uint32_t { LISTED = 16, NAME = 1 }; // a link is twice an entry's number, plus NAME or not
 
-static unsigned char byteAt(XmlpSlice name, uint32_t at)
+static unsigned char byteAt(XmlpSlice name, size_t at)
 {
     return at < name.length ? static_cast<unsigned char>(name.bytes[at]) : 0;
 }
@@ -23,7 +23,7 @@ static unsigned sideOf(const XmlpAttrEntry *fork, XmlpSlice name)
 }
 
 // The link at the end of the name's way through the forks that come before the bit of the byte.
-static uint32_t *follow(XmlpAttrNames *names, XmlpSlice name, uint32_t byte, unsigned bit)
+static uint32_t *follow(XmlpAttrNames *names, XmlpSlice name, size_t byte, unsigned bit)
 {
     uint32_t *link = &names->top;
     while ((*link & NAME) == 0) {
@@ -63,7 +63,7 @@ static int addToTree(XmlpAttrNames *names, XmlpSlice name)
     uint32_t *link = &names->top;
     if (names->used > 0) {
         // No name agrees with the new one further than the one at the end of its way.
-        XmlpSlice nearest = names->entries[*follow(names, name, UINT32_MAX, 0) / 2].name;
+        XmlpSlice nearest = names->entries[*follow(names, name, SIZE_MAX, 0) / 2].name;
         while (entry.byte < name.length &&
                byteAt(nearest, entry.byte) == byteAt(name, entry.byte)) {
             entry.byte++;
@@ -83,18 +83,18 @@ static int addToTree(XmlpAttrNames *names, XmlpSlice name)
     return 0;
 }
 
-int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, const char *name, uint32_t length)
+int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, XmlpSlice name)
 {
     if (++names->count <= LISTED) {
-        return _hasAttrName(attrs, name, length);
+        return _hasAttrName(attrs, name.bytes, static_cast<uint32_t>(name.length));
     }
     if (names->count == LISTED + 1) {
         for (; attrs != nullptr; attrs = attrs->next) {
-            XmlpSlice earlier = {attrs->name, static_cast<uint32_t>(strlen(attrs->name))};
+            XmlpSlice earlier = {attrs->name, strlen(attrs->name)};
             if (addToTree(names, earlier) < 0) {
                 return -1;
             }
         }
     }
-    return addToTree(names, {name, length});
+    return addToTree(names, name);
 }

@@ -1,55 +1,216 @@
-// The tree builders: a static tree in the areas of its block, a dynamic one out of allocations.
+// From text to tree in one pass.
+//
+// The pass goes from bracket to bracket. It checks each tag where it stands and builds its node at
+// once. But faults are reported in an order of their own: first what is wrong with the text at all,
+// and of that the attributes of a start tag only when its end tag is met; then what keeps a tree
+// from being built. So when something is wrong with a start tag, or with the tree, the pass stops
+// building, keeps the fault of the tree in mind, and goes on to check the rest.
+//
+// A static tree is one block, with room left free between its parts:
+//
+//     +-----------+----------------+-------------------+---------------+--------------------+
+//     | name pool | values, back   | attribute records | document node | a node record for  |
+//     |           | to back        |                   |               | each element       |
+//     +-----------+----------------+-------------------+---------------+--------------------+
+//
+// It begins with the name of the top element, and freeing that name frees it. How much each part
+// takes at most is known from the number of brackets and equal signs of the text.
 
-#include "xmlp/xmlp_internal.h"
+#include "xmlp/brackets.h"
+#include "xmlp/name_pool.h"
+#include "xmlp/tag.h"
 
 #include <stdlib.h>
 #include <string.h>
 
-/* ---- Names and attributes ------------------------------------------------------------------ */
-
-// A string of the tag as the tree keeps it: the pool's, or a copy.
-static char *keep(XmlpSlice slice, XmlpNamePool *pool)
+namespace
 {
-    return pool != nullptr ? _nextAttrString(pool) : _copyString(slice.bytes, slice.length);
-}
+// An element that is open.
+struct Open {
+    const char *tag;     // its name in the text
+    const char *content; // behind its start tag
+    XmlpNode *node;
+    uint32_t nameLength; // 0 when its end tag needs a closer look
+    uint32_t number;     // of the element in document order
+};
 
-// Takes the next record of the attribute area, or allocates one.
-static XmlpAttr *newAttr(XmlpAttr **area, bool isStatic)
-{
-    if (!isStatic) {
-        return static_cast<XmlpAttr *>(calloc(1, sizeof(XmlpAttr)));
-    }
-    XmlpAttr *attr = (*area)++;
-    *attr = {};
-    return attr;
-}
+// A name that was met before, up to 16 bytes long.
+enum : size_t { SHORT_NAME = 16, SHORT_NAMES = 256 };
+struct ShortName {
+    char bytes[SHORT_NAME];
+    char *pooled;    // null in a dynamic tree
+    uint32_t length; // 0 for none
+    bool isItem;
+};
 
-static int fault(int line, const char *text)
+struct Builder {
+    const char *text;
+    const char *end;
+    bool isStatic;
+    bool isBuilding;
+    XmlpFinding treeFault; // why not, when it is the tree's fault; no function for none
+    XmlpRejection *rejection;
+
+    Open *open; // the document, and the elements around the one at hand
+    size_t depth;
+    size_t capacity;
+
+    XmlpNode *root;
+    XmlpNamePool pool; // of a static tree, like the next three
+    char *values;
+    XmlpAttr *attrs;
+    XmlpNode *nodes;
+
+    uint32_t count; // of elements
+    const char *origin;
+    XmlpLocation *locations; // null when nobody asks for them
+    ShortName shortNames[SHORT_NAMES];
+};
+} // namespace
+
+/* ---- Faults -------------------------------------------------------------------------------- */
+
+static int textFault(Builder *builder, const char *function, int line, const char *message,
+                     const char *at)
 {
-    _xmlp_report("_getNameAttr", line, "%s", text);
+    builder->rejection->fault = {function, line, message, at};
     return -1;
 }
 
-// Appends the tag's attributes to the node's empty list.
-static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area, XmlpNamePool *pool,
-                      XmlpAttrNames *names)
+static int tagFault(Builder *builder, int line, const char *at)
 {
+    return textFault(builder, "_subXml", line, "error xml tag.", at);
+}
+
+// Ends the building of the tree. Only the first fault counts.
+static int treeFault(Builder *builder, const char *function, int line, const char *message,
+                     const char *at)
+{
+    if (builder->isBuilding) {
+        builder->isBuilding = false;
+        builder->treeFault = {function, line, message, at};
+    }
+    return -1;
+}
+
+static int outOfMemory(Builder *builder, const char *function, int line)
+{
+    return treeFault(builder, function, line, "malloc failed.", nullptr);
+}
+
+/* ---- Names and attributes ------------------------------------------------------------------ */
+
+// A string of a tag as the tree keeps it; line reports a copy for which there is no memory.
+static char *keep(Builder *builder, XmlpSlice slice, int line)
+{
+    char *kept = builder->isStatic ? _saveName(&builder->pool, slice.bytes, slice.length)
+                                   : _copyString(slice.bytes, slice.length);
+    if (kept == nullptr) {
+        outOfMemory(builder, builder->isStatic ? "xmlp_parse" : "_getNameAttr",
+                    builder->isStatic ? 1509 : line);
+    }
+    return kept;
+}
+
+// Whether two runs of length bytes, at most SHORT_NAME, are equal; SHORT_NAME bytes are there.
+static inline bool areSame(const char *a, const char *b, size_t length)
+{
+    unsigned same = 0;
+    for (size_t i = 0; i < SHORT_NAME; i += XMLP_CHUNK) {
+        same |= _bitsOf(_areEqual(_loadChunk(a + i), _loadChunk(b + i))) << i;
+    }
+    return (~same & ((1u << length) - 1)) == 0;
+}
+
+// Where a name of length bytes in the text is remembered. Told apart by its first two and its last
+// two bytes; of a name of one byte, a bracket is one of these.
+static inline ShortName *shortNameAt(Builder *builder, const char *name, size_t length)
+{
+    uint16_t first;
+    uint16_t last;
+    memcpy(&first, name, sizeof(first));
+    memcpy(&last, name + length - sizeof(last), sizeof(last));
+    const uint32_t key = first + (uint32_t{last} << 16) + static_cast<uint32_t>(length);
+    return &builder->shortNames[key * 0x9E3779B1u >> 24];
+}
+
+// What is remembered of the name, or null.
+static inline const ShortName *recall(Builder *builder, const char *name, size_t length)
+{
+    if (length - 1 >= SHORT_NAME || builder->end - name < static_cast<ptrdiff_t>(SHORT_NAME)) {
+        return nullptr;
+    }
+    const ShortName *known = shortNameAt(builder, name, length);
+    return known->length == length && areSame(known->bytes, name, length) ? known : nullptr;
+}
+
+static bool isItemName(XmlpSlice name)
+{
+    return name.length == strlen(_xmlp_itemName) &&
+           memcmp(name.bytes, _xmlp_itemName, name.length) == 0;
+}
+
+// Whether each byte of the name may stand in one; bytes inside of its characters were not looked at
+// when it was read.
+static bool isValidName(XmlpSlice name)
+{
+    return xmlp_isValidName(name.bytes, static_cast<uint32_t>(name.length)) != 0;
+}
+
+// Remembers the name, if it is one to be remembered.
+static void remember(Builder *builder, XmlpSlice name, char *pooled)
+{
+    if (name.length - 1 < SHORT_NAME && isValidName(name)) {
+        ShortName *known = shortNameAt(builder, name.bytes, name.length);
+        *known = {{}, pooled, static_cast<uint32_t>(name.length), isItemName(name)};
+        memcpy(known->bytes, name.bytes, name.length);
+    }
+}
+
+// The name of an element or attribute as a static tree keeps it.
+static char *keepName(Builder *builder, XmlpSlice name)
+{
+    const ShortName *known = recall(builder, name.bytes, name.length);
+    if (known != nullptr) {
+        return known->pooled;
+    }
+    char *kept = keep(builder, name, 0);
+    remember(builder, name, kept);
+    return kept;
+}
+
+static XmlpAttr *newAttr(Builder *builder)
+{
+    XmlpAttr *attr =
+        builder->isStatic ? builder->attrs++ : static_cast<XmlpAttr *>(malloc(sizeof(XmlpAttr)));
+    if (attr != nullptr) {
+        *attr = {};
+    }
+    return attr;
+}
+
+// Appends the rest of the tag to the node's empty list of attributes. 0, or -1 with either the tree
+// at fault or, without a word, the tag.
+static int buildAttrs(Builder *builder, XmlpTag *tag, XmlpNode *node, XmlpAttrNames *names)
+{
+    const char *const function = "_getNameAttr";
     XmlpAttr *last = nullptr;
     XmlpSlice name;
     XmlpSlice value;
-    int more;
-    while ((more = _readTagAttr(reader, &name, &value)) > 0) {
-        int existed = _addAttrName(names, node->attrs, name.bytes, name.length);
-        if (existed > 0) {
-            _refuseAt(name.bytes);
-            return fault(690, "attr name existed.");
-        }
-        if (existed < 0) {
+    while (_hasMore(tag)) {
+        if (_readAttr(tag, &name, &value) != 0) {
             return -1;
         }
-        XmlpAttr *attr = newAttr(area, pool != nullptr);
+        const int existed = _addAttrName(names, node->attrs, name);
+        if (existed > 0) {
+            return treeFault(builder, function, 690, "attr name existed.", name.bytes);
+        }
+        if (existed < 0) {
+            return treeFault(builder, function, 0, "", nullptr);
+        }
+        XmlpAttr *attr = newAttr(builder);
         if (attr == nullptr) {
-            return fault(last == nullptr ? 672 : 771, "malloc failed.");
+            return outOfMemory(builder, function, last == nullptr ? 672 : 771);
         }
         // The list owns it now; -fanalyzer loses sight of it and takes it for leaked.
         if (last == nullptr) {
@@ -58,230 +219,425 @@ static int buildAttrs(XmlpTagReader *reader, XmlpNode *node, XmlpAttr **area, Xm
             last->next = attr;
         }
         last = attr;
-        attr->name = keep(name, pool);
-        if (attr->name == nullptr) {
-            return fault(708, "malloc failed.");
-        }
-        if (value.length > 0) {
-            attr->value = keep(value, pool);
-            if (attr->value == nullptr) {
-                return fault(744, "malloc failed.");
-            }
-        }
-    }
-    if (more < 0) {
-        _refuseAt(reader->p);
-    }
-    return more;
-}
-
-int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, XmlpAttr **attrsOut,
-                 uint32_t isStatic, XmlpNamePool *pool)
-{
-    if (text == nullptr || element == nullptr || node == nullptr ||
-        (isStatic != 0 && attrsOut == nullptr)) {
-        return fault(621, "invalid params.");
-    }
-    if (isStatic != 0 && pool == nullptr) {
-        return fault(626, "invalid params.");
-    }
-    node->name = isStatic != 0 ? _nameAt(pool, element->place)
-                               : _copyString(text + element->name, element->nameLength);
-    if (node->name == nullptr) {
-        return fault(645, "malloc failed.");
-    }
-    if (element->isBare) {
-        return 0;
-    }
-    XmlpTagReader reader = _readerOf(text, element);
-    XmlpAttrNames names = {};
-    int status = buildAttrs(&reader, node, attrsOut, isStatic != 0 ? pool : nullptr, &names);
-    free(names.entries);
-    if (status != 0 && isStatic == 0) {
-        _freeAttrList(node->attrs);
-        node->attrs = nullptr;
-    }
-    return status;
-}
-
-/* ---- Types --------------------------------------------------------------------------------- */
-
-int _setType(XmlpNode *node, uint32_t isStatic)
-{
-    if (node == nullptr || node->parent == nullptr) {
-        XMLP_ERROR(811, "invalid params.");
-        return -1;
-    }
-    bool isItem = node->name != nullptr && node->name[0] == _xmlp_itemName[0] &&
-                  strcmp(node->name, _xmlp_itemName) == 0;
-    XmlpNode *parent = node->parent;
-    if (isItem && parent->type == XMLP_NODE_STRUCT) {
-        XMLP_ERROR(822, "single element is named item.");
-        return -1;
-    }
-    if (!isItem && parent->type == XMLP_NODE_LIST) {
-        XMLP_ERROR(840, "tag name is not item.");
-        return -1;
-    }
-    if (parent->name != nullptr) { // the document node stays untyped
-        parent->type = isItem ? XMLP_NODE_LIST : XMLP_NODE_STRUCT;
-    }
-    if (isItem) {
-        node->type = XMLP_NODE_ITEM;
-        if (isStatic == 0) {
-            _freeNodeName(node);
-            node->name = _xmlp_itemName;
+        attr->name = builder->isStatic ? keepName(builder, name) : keep(builder, name, 708);
+        attr->value = value.length > 0 ? keep(builder, value, 744) : nullptr;
+        if (!builder->isBuilding) {
+            return -1;
         }
     }
     return 0;
 }
 
-/* ---- Trees --------------------------------------------------------------------------------- */
-
-namespace
+// Gives the element's node its name and the attributes of its tag. 0, or -1 as buildAttrs.
+__attribute__((noinline)) static int readTag(Builder *builder, Open *element, char terminator)
 {
-// Where the parts of a tree come from, and how its builder reports faults.
-struct Builder {
-    const char *name;
-    int parentLine; // an element whose parent is not open
-    int endLine;    // an end before its beginning
-    int valueLine;
-    const char *text;
-    XmlpNamePool *pool; // null for a dynamic tree
-    char *values;
-    XmlpAttr *attrs;
-};
-} // namespace
-
-// The text between the tags of a leaf; none elsewhere.
-static XmlpSlice textOf(const char *text, const XmlpElement *element)
-{
-    if (!element->isLeaf || element->end == 0) {
-        return {text, 0};
-    }
-    uint32_t from = element->close + 1;
-    return {text + from, element->end - from};
-}
-
-uint32_t _valueLength(const char *text, const XmlpElement *element)
-{
-    XmlpSlice slice = textOf(text, element);
-    return element->hasEntity ? xmlp_unTransStrLen(slice.bytes, slice.length) : slice.length;
-}
-
-// Gives a leaf the text between its tags.
-static int takeValue(Builder *builder, const XmlpElement *element, XmlpNode *node)
-{
-    XmlpSlice slice = textOf(builder->text, element);
-    if (slice.length == 0) {
-        return 0;
-    }
-    uint32_t size = _valueLength(builder->text, element);
-    if (size == 0) {
-        _refuseAt(_badEntity(slice.bytes, slice.length));
-        _xmlp_report(builder->name, builder->valueLine, "invalid value.");
+    XmlpTag tag = {element->tag, builder->end, terminator, {}};
+    XmlpSlice name;
+    if (_readName(&tag, &name) != 0) {
         return -1;
     }
-    char *value = builder->values;
-    if (builder->pool != nullptr) {
-        builder->values += size;
+    XmlpNode *node = element->node;
+    const bool isItem = isItemName(name);
+    node->type = isItem ? XMLP_NODE_ITEM : XMLP_NODE_NONE;
+    if (builder->isStatic) {
+        node->name = keepName(builder, name);
     } else {
-        value = static_cast<char *>(malloc(size));
-        if (value == nullptr) {
+        node->name = isItem ? _xmlp_itemName : keep(builder, name, 645);
+        remember(builder, name, nullptr);
+    }
+    if (node->name == nullptr) {
+        return -1;
+    }
+    element->nameLength = isValidName(name) ? static_cast<uint32_t>(name.length) : 0;
+    XmlpAttrNames names = {};
+    int status = buildAttrs(builder, &tag, node, &names);
+    free(names.entries);
+    if (status == 0 && tag.displaced.length != 0) {
+        status = treeFault(builder, "_getNameAttr", 0, "", name.bytes);
+    }
+    return status;
+}
+
+/* ---- Elements ------------------------------------------------------------------------------ */
+
+// Makes a node below parent. Returns null, with the tree at fault, without memory.
+static inline XmlpNode *newNode(Builder *builder, XmlpNode *parent)
+{
+    XmlpNode *node =
+        builder->isStatic ? builder->nodes++ : static_cast<XmlpNode *>(malloc(sizeof(XmlpNode)));
+    if (node == nullptr) {
+        outOfMemory(builder, "xmlp_initNode", 827);
+        return nullptr;
+    }
+    XmlpNode *prev = parent != nullptr ? parent->lastChild : nullptr;
+    *node = {nullptr, nullptr, 0, XMLP_NODE_NONE, nullptr, parent, prev, nullptr, nullptr, nullptr};
+    if (prev != nullptr) {
+        prev->next = node;
+    } else if (parent != nullptr) {
+        parent->firstChild = node;
+    }
+    if (parent != nullptr) {
+        parent->lastChild = node;
+    }
+    return node;
+}
+
+// Types the parent of a new node, unless that is the document node. 0 or -1.
+static inline int setType(Builder *builder, const XmlpNode *node, const char *name)
+{
+    const bool isItem = node->type == XMLP_NODE_ITEM;
+    XmlpNode *parent = node->parent;
+    if (parent == builder->root) {
+        return 0;
+    }
+    if (isItem && parent->type == XMLP_NODE_STRUCT) {
+        return treeFault(builder, "_setType", 822, "single element is named item.", name);
+    }
+    if (!isItem && parent->type == XMLP_NODE_LIST) {
+        return treeFault(builder, "_setType", 840, "tag name is not item.", name);
+    }
+    parent->type = isItem ? XMLP_NODE_LIST : XMLP_NODE_STRUCT;
+    return 0;
+}
+
+// Builds the node of the element whose tag's name begins at name and ends, with all else of the
+// tag, at stop. 0, or -1 with either the tree at fault or, without a word, the tag.
+static inline int buildNode(Builder *builder, const char *name, const char *stop, Open *element)
+{
+    XmlpNode *node = newNode(builder, builder->open[builder->depth - 1].node);
+    if (node == nullptr) {
+        return -1;
+    }
+    element->node = node;
+    const auto length = static_cast<size_t>(stop - name);
+    const ShortName *known = recall(builder, name, length);
+    if (known == nullptr) {
+        return readTag(builder, element, *stop) == 0 ? setType(builder, node, name) : -1;
+    }
+    element->nameLength = known->length;
+    node->type = known->isItem ? XMLP_NODE_ITEM : XMLP_NODE_NONE;
+    node->name = known->pooled;
+    if (!builder->isStatic) {
+        node->name = known->isItem ? _xmlp_itemName : keep(builder, {name, length}, 645);
+        if (node->name == nullptr) {
             return -1;
         }
     }
-    if (element->hasEntity) {
-        xmlp_unTransStr(value, slice.bytes, slice.length);
-    } else {
-        memcpy(value, slice.bytes, size);
+    return setType(builder, node, name);
+}
+
+__attribute__((noinline)) static int growOpen(Builder *builder)
+{
+    const size_t capacity = builder->capacity == 0 ? 64 : 2 * builder->capacity;
+    auto *open = static_cast<Open *>(realloc(builder->open, capacity * sizeof(Open)));
+    if (open == nullptr) {
+        return textFault(builder, "xmlp_parse", 1509, "malloc failed.", nullptr);
+    }
+    builder->open = open;
+    builder->capacity = capacity;
+    return 0;
+}
+
+static uint32_t offsetOf(const Builder *builder, const char *p)
+{
+    return static_cast<uint32_t>(p - builder->origin);
+}
+
+// Takes the start tag or empty-element tag whose name lies before its ">" at close. 0, or -1 with
+// the fault of the tag's own text, if it is the tag's.
+static inline int startElement(Builder *builder, const char *name, const char *close)
+{
+    if (builder->depth == builder->capacity && growOpen(builder) != 0) {
+        return -1;
+    }
+    const bool isEmpty = close[-1] == '/';
+    Open *element = &builder->open[builder->depth];
+    element->tag = name;
+    element->content = close + 1;
+    element->nameLength = 0;
+    element->number = builder->count++;
+    if (builder->isBuilding &&
+        buildNode(builder, name, isEmpty ? close - 1 : close, element) != 0) {
+        builder->isBuilding = false;
+        element->nameLength = 0;
+    }
+    if (builder->locations != nullptr) {
+        const uint32_t content = offsetOf(builder, close + 1);
+        builder->locations[element->number] = {offsetOf(builder, name - 1), content, content};
+    }
+    if (!isEmpty) {
+        builder->depth++;
+        return 0;
+    }
+    return builder->isBuilding ? 0 : _checkNameAttr(name, '/', &builder->rejection->fault);
+}
+
+// Copies length bytes with whole chunks, and past them. Returns whether an "&" may be among them.
+static inline bool copyChunks(char *to, const char *from, size_t length)
+{
+    XmlpChunk ampersands = {};
+    for (size_t i = 0; i < length; i += XMLP_CHUNK) {
+        const XmlpChunk chunk = _loadChunk(from + i);
+        memcpy(to + i, &chunk, sizeof(chunk));
+        ampersands |= _areEqual(chunk, _fill('&'));
+    }
+    return _anyHigh(ampersands);
+}
+
+// The value's bytes in the area of the static tree, un-escaped. Sets *size; 0, with null, for a bad
+// entity.
+static inline char *placeValue(Builder *builder, XmlpSlice text, size_t *size)
+{
+    char *value = builder->values;
+    bool mayHaveEntity = true;
+    *size = text.length;
+    if (builder->end - (text.bytes + text.length) >= static_cast<ptrdiff_t>(XMLP_CHUNK)) {
+        mayHaveEntity = copyChunks(value, text.bytes, text.length);
+    }
+    if (mayHaveEntity) {
+        const char *end = xmlp_unTransStr(value, text.bytes, static_cast<uint32_t>(text.length));
+        *size = end != nullptr ? static_cast<size_t>(end - value) : 0;
+    }
+    if (*size == 0) {
+        return nullptr;
+    }
+    builder->values += *size;
+    return value;
+}
+
+// A copy of the value, un-escaped. Sets *size, 0 for a bad entity; null then and without memory.
+static char *copyValue(XmlpSlice text, size_t *size)
+{
+    const auto length = static_cast<uint32_t>(text.length);
+    *size = xmlp_unTransStrLen(text.bytes, length);
+    char *value = *size != 0 ? static_cast<char *>(malloc(*size)) : nullptr;
+    if (value != nullptr) {
+        xmlp_unTransStr(value, text.bytes, length);
+    }
+    return value;
+}
+
+// Gives a leaf the text up to stop. 0 or -1.
+static inline int buildValue(Builder *builder, const Open *element, const char *stop)
+{
+    XmlpNode *node = element->node;
+    const XmlpSlice text = {element->content, static_cast<size_t>(stop - element->content)};
+    if (text.length == 0 || node->firstChild != nullptr) {
+        return 0;
+    }
+    size_t size = 0;
+    char *value = builder->isStatic ? placeValue(builder, text, &size) : copyValue(text, &size);
+    if (value == nullptr && size != 0) {
+        return treeFault(builder, "_makeDtree", 0, "", nullptr);
+    }
+    if (value == nullptr) {
+        return treeFault(builder, builder->isStatic ? "_makeStree" : "_makeDtree",
+                         builder->isStatic ? 904 : 1180, "invalid value.",
+                         _badEntity(text.bytes, static_cast<uint32_t>(text.length)));
     }
     node->value = reinterpret_cast<unsigned char *>(value);
-    node->valueSize = size;
+    node->valueSize = static_cast<uint32_t>(size);
     if (node->type == XMLP_NODE_NONE) {
         node->type = XMLP_NODE_VALUE;
     }
     return 0;
 }
 
-// Makes the node of an element that was linked complete.
-static int fillNode(Builder *builder, const XmlpElement *element, XmlpNode *node)
+// Takes the end tag whose name lies before its ">" at close. 0, or -1 with the fault.
+static inline int endElement(Builder *builder, const char *name, const char *close)
 {
-    uint32_t isStatic = builder->pool != nullptr ? 1 : 0;
-    if (_getNameAttr(builder->text, element, node, &builder->attrs, isStatic, builder->pool) != 0) {
+    Open *element = &builder->open[builder->depth - 1];
+    const auto length = static_cast<size_t>(close - name);
+    const bool isShort =
+        length <= SHORT_NAME && builder->end - name >= static_cast<ptrdiff_t>(SHORT_NAME);
+    const bool isSame =
+        element->nameLength == length &&
+        (isShort ? areSame(element->tag, name, length) : memcmp(element->tag, name, length) == 0);
+    if (!isSame && _checkEndTag(element->tag, name, close, &builder->rejection->fault) != 0) {
         return -1;
     }
-    if (_setType(node, isStatic) != 0) {
-        _refuseAt(builder->text + element->name);
-        return -1;
+    if (builder->isBuilding) {
+        buildValue(builder, element, name - 2);
     }
-    return takeValue(builder, element, node);
-}
-
-static int fault(const Builder *builder, int line)
-{
-    _xmlp_report(builder->name, line, "error xml tag.");
-    return -1;
-}
-
-// Builds the nodes of all elements below root. nodes holds the records of a static tree.
-static int buildTree(Builder *builder, const XmlpElementList *list, XmlpNode *root, XmlpNode *nodes)
-{
-    XmlpNode *open = root; // the innermost node that the next element may lie in
-    uint32_t number = 0;   // of its element
-    for (uint32_t i = 0; i < list->count; i++) {
-        const XmlpElement *element = &list->items[i];
-        while (number != element->parent && number != 0) {
-            number = list->items[number - 1].parent;
-            open = open->parent;
-        }
-        if (number != element->parent) {
-            return fault(builder, builder->parentLine);
-        }
-        if (element->end != 0 && element->end <= element->close) {
-            return fault(builder, builder->endLine);
-        }
-        XmlpNode *node = nodes != nullptr ? &nodes[i] : xmlp_initNode();
-        if (node == nullptr) {
-            return -1;
-        }
-        if (nodes != nullptr) {
-            *node = {};
-        }
-        xmlp_insNodeLast(node, open);
-        if (fillNode(builder, element, node) != 0) {
-            return -1;
-        }
-        open = node;
-        number = i + 1;
+    if (builder->locations != nullptr) {
+        builder->locations[element->number].end = offsetOf(builder, close + 1);
     }
+    builder->depth--;
     return 0;
 }
 
-XmlpNode *_makeStree(const char *text, const XmlpElementList *list, XmlpNamePool *pool,
-                     char *values, XmlpAttr *attrs, XmlpNode *nodes)
+/* ---- The document -------------------------------------------------------------------------- */
+
+// The content of the top element, which is open, up to its end tag. 0 or -1.
+static int readContent(Builder *builder, XmlpBracketCursor *cursor)
 {
-    if (text == nullptr || list == nullptr || pool == nullptr || values == nullptr ||
-        attrs == nullptr || nodes == nullptr) {
-        XMLP_ERROR(877, "invalid params.");
-        return nullptr;
+    XmlpBracketCursor brackets = *cursor;
+    const size_t outermost = builder->depth - 1;
+    while (builder->depth > outermost) {
+        const char *p = _nextBracket(&brackets);
+        if (p == nullptr) {
+            return tagFault(builder, 374, builder->end);
+        }
+        if (*p == '>') {
+            return tagFault(builder, p[-1] == '/' ? 305 : 367, p);
+        }
+        const char *close = _nextBracket(&brackets);
+        if (close == nullptr) {
+            const bool isEmptyEnd = builder->end - p == 2 && p[1] == '/';
+            return isEmptyEnd ? textFault(builder, "_subXml", 0, "", p)
+                              : tagFault(builder, 374, builder->end);
+        }
+        if (*close == '<') {
+            return tagFault(builder, 272, close);
+        }
+        if (p[1] != '/') {
+            if (startElement(builder, p + 1, close) != 0) {
+                builder->rejection->tagLine = 298;
+                return -1;
+            }
+        } else if (close[-1] == '/') {
+            return tagFault(builder, 305, close);
+        } else if (endElement(builder, p + 2, close) != 0) {
+            return -1;
+        }
     }
-    Builder builder = {__func__, 893, 975, 904, text, pool, values, attrs};
-    nodes[0] = {};
-    return buildTree(&builder, list, &nodes[0], &nodes[1]) == 0 ? &nodes[0] : nullptr;
+    *cursor = brackets;
+    return 0;
 }
 
-XmlpNode *_makeDtree(const char *text, const XmlpElementList *list)
+static int topFault(Builder *builder, int line, const char *at)
 {
-    if (text == nullptr || list == nullptr) {
-        XMLP_ERROR(1144, "invalid params.");
+    return textFault(builder, "_checkXml", line, "error xml tag.", at);
+}
+
+static int readDocument(Builder *builder, XmlpBracketCursor brackets)
+{
+    const char *p = _nextBracket(&brackets);
+    if (p == nullptr) {
+        return textFault(builder, "_checkXml", 452, "no xml tag found.", builder->end);
+    }
+    if (*p == '>') {
+        return topFault(builder, 424, p);
+    }
+    if (builder->end - p > 1 && p[1] == '/') {
+        return topFault(builder, 411, p);
+    }
+    const char *close = _nextBracket(&brackets);
+    if (close == nullptr) {
+        return 0; // a tag that does not end is no element
+    }
+    if (*close == '<') {
+        return topFault(builder, 406, close);
+    }
+    XmlpRejection *rejection = builder->rejection;
+    if (startElement(builder, p + 1, close) != 0) {
+        rejection->topLine = 431;
+        return -1;
+    }
+    if (builder->depth > 1 && readContent(builder, &brackets) != 0) {
+        rejection->elementLines = builder->depth - 2;
+        rejection->topLine = 441;
+        return -1;
+    }
+    p = _nextBracket(&brackets);
+    return p == nullptr ? 0 : topFault(builder, *p == '<' ? 406 : 424, p);
+}
+
+/* ---- Memory -------------------------------------------------------------------------------- */
+
+// Lays out the block of a static tree. Returns it, or null without memory.
+static char *allocateBlock(Builder *builder, const XmlpBrackets *found)
+{
+    const auto size = static_cast<uint64_t>(builder->end - builder->text);
+    const uint64_t strings = uint64_t{found->openings} + 2 * uint64_t{found->equals};
+    const uint64_t valuesAt = size + strings * XMLP_POOL_WORD;
+    const uint64_t attrsAt = (valuesAt + size + XMLP_CHUNK) / 16 * 16 + 16;
+    const uint64_t nodesAt = attrsAt + found->equals * sizeof(XmlpAttr);
+    const uint64_t blockSize = nodesAt + (uint64_t{found->openings} + 1) * sizeof(XmlpNode);
+    if (_initNamePool(&builder->pool, 2 * found->equals) != 0) {
+        outOfMemory(builder, "xmlp_parse", 1509);
         return nullptr;
     }
-    Builder builder = {__func__, 1162, 1162, 1180, text, nullptr, nullptr, nullptr};
-    XmlpNode *root = xmlp_initNode();
-    if (root != nullptr && buildTree(&builder, list, root, nullptr) != 0) {
-        xmlp_delDtree(root);
-        root = nullptr;
+    auto *block = blockSize <= SIZE_MAX
+                      ? static_cast<char *>(malloc(static_cast<size_t>(blockSize)))
+                      : nullptr;
+    if (block == nullptr) {
+        outOfMemory(builder, "xmlp_parse", 1572);
+        return nullptr;
     }
+    builder->pool.base = block;
+    builder->values = block + valuesAt;
+    builder->attrs = reinterpret_cast<XmlpAttr *>(block + attrsAt);
+    builder->nodes = reinterpret_cast<XmlpNode *>(block + nodesAt);
+    return block;
+}
+
+static XmlpLocation *allocateLocations(Builder *builder, const XmlpBrackets *found)
+{
+    auto *locations =
+        static_cast<XmlpLocation *>(calloc(found->openings + 1, sizeof(XmlpLocation)));
+    if (locations == nullptr) {
+        outOfMemory(builder, "xmlp_parse", 1509);
+    }
+    return locations;
+}
+
+// Builds the tree of a text whose brackets were found. Returns the document node, or null.
+static XmlpNode *build(Builder *builder, const XmlpBrackets *found, XmlpLocationList *locations)
+{
+    if (growOpen(builder) != 0) {
+        return nullptr;
+    }
+    char *block = builder->isStatic ? allocateBlock(builder, found) : nullptr;
+    builder->locations = locations != nullptr ? allocateLocations(builder, found) : nullptr;
+    if (builder->isBuilding) {
+        builder->root = newNode(builder, nullptr);
+    }
+    builder->open[builder->depth++] = {nullptr, nullptr, builder->root, 0, 0};
+    int status = readDocument(builder, _firstBlock(found, builder->text));
+    if (status == 0 && !builder->isBuilding) {
+        builder->rejection->fault = builder->treeFault;
+        status = -1;
+    }
+    XmlpNode *root = builder->root;
+    if (status != 0) {
+        free(builder->locations);
+        free(block);
+        if (!builder->isStatic && root != nullptr) {
+            xmlp_delDtree(root);
+        }
+        return nullptr;
+    }
+    if (locations != nullptr) {
+        *locations = {builder->locations, builder->count};
+    }
+    if (builder->isStatic && builder->count == 0) {
+        root = reinterpret_cast<XmlpNode *>(block); // where a tree without names is freed
+        *root = {};
+    }
+    return root;
+}
+
+XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const char *origin,
+                     XmlpLocationList *locations, XmlpRejection *rejection)
+{
+    *rejection = {};
+    XmlpBrackets found;
+    Builder builder = {};
+    builder.text = text;
+    builder.end = end;
+    builder.isStatic = isStatic != 0;
+    builder.isBuilding = true;
+    builder.rejection = rejection;
+    builder.origin = origin;
+    XmlpNode *root = nullptr;
+    if (_findBrackets(&found, text, static_cast<size_t>(end - text)) != 0) {
+        textFault(&builder, "xmlp_parse", 1509, "malloc failed.", nullptr);
+    } else {
+        root = build(&builder, &found, locations);
+    }
+    free(found.blocks);
+    free(builder.open);
+    _freeNameIndex(&builder.pool);
     return root;
 }

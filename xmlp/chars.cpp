@@ -24,8 +24,6 @@ static constexpr XmlpByteTable makeClasses()
         classes |= isOneOf(byte, "\0\t\n\r \"&/<=>", 11) ? 0u : XMLP_NAME;
         classes |= isOneOf(byte, "\0&\"<>", 5) ? 0u : XMLP_ATTR_VALUE;
         classes |= isOneOf(byte, "&/<>", 4) ? 0u : XMLP_TEXT;
-        classes |= byte < 0x80 && (classes & XMLP_NAME) != 0 ? XMLP_ASCII_NAME : 0u;
-        classes |= isOneOf(byte, "<>", 2) ? XMLP_MARK : 0u;
         table.byte[byte] = static_cast<unsigned char>(classes);
     }
     return table;

@@ -1,27 +1,12 @@
-// The name pool of a static tree.
-//
-// All distinct element names, attribute names and attribute values of a document, each beginning
-// on a word of 4 bytes and ended by a NUL:
-//
-//     0           4           8           12            16            20
-//     +-----------+-----------+-----------+-------------+-------------+----- - -
-//     | t u p l   | e 0 0 0   | n a m e   | 00 FF FF 00 | 00 00 00 00 | 0 ...
-//     +-----------+-----------+-----------+-------------+-------------+----- - -
-//
-// A string whose length is a multiple of 4 is followed by the word 00 FF FF 00: its first byte is
-// the terminator, the others tell the word from a free one. The first all-zero word ends the pool.
-//
-// A string is there wherever, from a word on, its bytes and a NUL stand; so one that equals the
-// tail of a longer string shares its bytes. The index, a hash table with open addressing, knows
-// the first place of every string and of every such tail. A hash is made word by word from the end
-// of the string to its beginning, so that those of the tails come along.
+// Finding and storing strings in a name pool.
 
-#include "xmlp/xmlp_internal.h"
+#include "xmlp/name_pool.h"
 
 #include <stdlib.h>
 #include <string.h>
+#include <sys/random.h>
 
-enum : uint32_t { WORD = XMLP_POOL_WORD, FIRST_SLOTS = 256 };
+enum : size_t { WORD = XMLP_POOL_WORD, FEWEST_SLOTS = 256, MOST_SLOTS_AT_FIRST = 16384 };
 
 /* ---- The index ----------------------------------------------------------------------------- */
 
@@ -46,14 +31,13 @@ static XmlpNameSlot *nextSlot(const XmlpNamePool *pool, const XmlpNameSlot *slot
     return slotFrom(pool, static_cast<size_t>(slot - pool->slots) + 1, slot->hash);
 }
 
-static void addPlace(XmlpNamePool *pool, uint64_t hash, uint32_t place)
+static XmlpNameSlot *freeSlot(const XmlpNamePool *pool, uint64_t hash)
 {
     XmlpNameSlot *slot = firstSlot(pool, hash);
     while (slot->place != 0) {
         slot = nextSlot(pool, slot);
     }
-    *slot = {static_cast<uint32_t>(hash), place};
-    pool->placeCount++;
+    return slot;
 }
 
 // Makes room for count places more. A quarter of the slots stays free.
@@ -61,7 +45,7 @@ static int reservePlaces(XmlpNamePool *pool, size_t count)
 {
     size_t slotCount = pool->slotCount;
     while (slotCount / 4 * 3 < pool->placeCount + count) {
-        slotCount = slotCount == 0 ? size_t{FIRST_SLOTS} : 2 * slotCount;
+        slotCount *= 4;
     }
     if (slotCount == pool->slotCount) {
         return 0;
@@ -70,254 +54,150 @@ static int reservePlaces(XmlpNamePool *pool, size_t count)
     if (slots == nullptr) {
         return -1;
     }
-    const XmlpNamePool old = *pool;
+    XmlpNameSlot *old = pool->slots;
+    const size_t oldCount = pool->slotCount;
     pool->slots = slots;
     pool->slotCount = slotCount;
-    pool->placeCount = 0;
-    for (size_t i = 0; i < old.slotCount; i++) {
-        if (old.slots[i].place != 0) {
-            addPlace(pool, old.slots[i].hash, old.slots[i].place);
+    // From a free slot on, so that those with the same hash keep their order.
+    size_t first = 0;
+    while (old[first].place != 0) {
+        first++;
+    }
+    for (size_t i = first; i < first + oldCount; i++) {
+        const XmlpNameSlot *slot = &old[i & (oldCount - 1)];
+        if (slot->place != 0) {
+            *freeSlot(pool, slot->hash) = *slot;
         }
     }
-    free(old.slots);
+    free(old);
     return 0;
 }
 
 /* ---- Strings and their tails --------------------------------------------------------------- */
 
-// The first 4 bytes of a string as a number, filled up with zeros.
-static uint32_t firstWord(const char *bytes, uint32_t length)
+// The first word of a string of length bytes as a number, filled up with bytes of its own.
+static uint32_t firstWord(const char *bytes, size_t length)
 {
     uint32_t word = 0;
     if (length >= WORD) {
         memcpy(&word, bytes, WORD);
-    } else {
-        memcpy(&word, bytes, length);
+    } else if (length > 0) {
+        const auto at = [bytes](size_t i) {
+            return uint32_t{static_cast<unsigned char>(bytes[i])};
+        };
+        word = at(0) | at(length / 2) << 8 | at(length - 1) << 16;
     }
     return word;
 }
 
-// The position behind the last word of a string, the one with its NUL.
-static uint32_t endOf(uint32_t length)
+// The hash of a string of length bytes, from that of the tail behind its first word.
+static uint64_t addWord(uint64_t rest, const char *bytes, size_t length)
 {
-    return length - length % WORD + WORD;
-}
-
-// The hash of a string, from that of the tail behind its first word.
-static uint64_t addWord(uint64_t rest, const char *bytes, uint32_t length)
-{
-    uint64_t hash = (rest ^ firstWord(bytes, length)) * 0x9E3779B97F4A7C15u;
+    const uint64_t hash = (rest ^ firstWord(bytes, length)) * 0x9E3779B97F4A7C15u;
     return hash ^ (hash >> 32);
 }
 
-// The hash of a string. The slots that it and its tails need come near meanwhile.
-static uint64_t hashOf(const XmlpNamePool *pool, const char *bytes, uint32_t length)
+static char *nameAt(const XmlpNamePool *pool, uint32_t place)
 {
-    uint64_t hash = pool->seed;
-    for (uint32_t at = endOf(length); at > 0;) {
-        at -= WORD;
-        hash = addWord(hash, bytes + at, length - at);
-        __builtin_prefetch(&pool->slots[hash & (pool->slotCount - 1)]);
-    }
-    return hash;
+    return pool->base + static_cast<size_t>(place - 1) * WORD;
 }
 
-// The place of the string, or 0.
-static uint32_t placeOf(const XmlpNamePool *pool, uint64_t hash, const char *bytes, uint32_t length)
+// Stores the string with what ends it. Most strings are shorter than a call of memcpy is worth.
+static void copyWords(char *name, const char *bytes, size_t length)
+{
+    for (; length >= WORD; name += WORD, bytes += WORD, length -= WORD) {
+        memcpy(name, bytes, WORD);
+    }
+    memcpy(name, length == 0 ? "\0\xFF\xFF" : "\0\0\0", WORD);
+    for (size_t i = 0; i < length; i++) {
+        name[i] = bytes[i];
+    }
+}
+
+// Whether the string stands at name, with nothing behind it.
+static bool standsAt(const char *name, const char *bytes, size_t length)
+{
+    for (; length >= WORD; name += WORD, bytes += WORD, length -= WORD) {
+        if (firstWord(name, WORD) != firstWord(bytes, WORD)) {
+            return false;
+        }
+    }
+    return firstWord(name, length) == firstWord(bytes, length) && name[length] == '\0';
+}
+
+// The string, or null.
+static char *find(const XmlpNamePool *pool, uint64_t hash, const char *bytes, size_t length)
 {
     const XmlpNameSlot *slot = firstSlot(pool, hash);
-    while (slot->place != 0) {
-        const char *name = _nameAt(pool, slot->place);
-        if (strncmp(name, bytes, length) == 0 && name[length] == '\0') {
-            break;
+    for (; slot->place != 0; slot = nextSlot(pool, slot)) {
+        char *name = nameAt(pool, slot->place);
+        if (name + length < pool->base + pool->used && standsAt(name, bytes, length)) {
+            return name;
         }
-        slot = nextSlot(pool, slot);
     }
-    return slot->place;
-}
-
-// Adds the places of a string that is not in the index, and of its tails that are not: all that
-// are longer than the longest one that is.
-static void addPlaces(XmlpNamePool *pool, const char *bytes, uint32_t length, uint32_t place)
-{
-    uint32_t known = endOf(length);
-    uint64_t hash = pool->seed;
-    while (known > 0) {
-        uint64_t longer = addWord(hash, bytes + known - WORD, length - known + WORD);
-        if (firstSlot(pool, longer)->place == 0) {
-            break;
-        }
-        hash = longer;
-        known -= WORD;
-    }
-    if (known < endOf(length) && placeOf(pool, hash, bytes + known, length - known) == 0) {
-        known = endOf(length); // another string has its hash
-        hash = pool->seed;
-    }
-    while (known > 0) {
-        known -= WORD;
-        hash = addWord(hash, bytes + known, length - known);
-        addPlace(pool, hash, place + known / WORD);
-    }
+    return nullptr;
 }
 
 /* ---- The pool ------------------------------------------------------------------------------ */
 
-// Makes room for size bytes more and the free word behind them.
-static int reserve(XmlpNamePool *pool, size_t size)
+int _initNamePool(XmlpNamePool *pool, size_t expected)
 {
-    size_t needed = pool->used + size + WORD;
-    if (needed <= pool->capacity) {
-        return 0;
+    size_t slotCount = FEWEST_SLOTS;
+    while (slotCount < MOST_SLOTS_AT_FIRST && slotCount < expected * 2) {
+        slotCount *= 2;
     }
-    size_t capacity = needed > 2 * pool->capacity ? needed + 4096 : 2 * pool->capacity;
-    auto *base = static_cast<char *>(realloc(pool->base, capacity));
-    if (base == nullptr) {
+    *pool = {nullptr, 0, nullptr, slotCount, 0, 0};
+    pool->slots = static_cast<XmlpNameSlot *>(calloc(slotCount, sizeof(XmlpNameSlot)));
+    if (pool->slots == nullptr) {
         return -1;
     }
-    memset(base + pool->used, 0, capacity - pool->used);
-    pool->base = base;
-    pool->capacity = capacity;
+    // So that nobody can write a text whose hashes collide. Where the kernel has no random bytes
+    // yet, the place of the memory has to do.
+    if (getrandom(&pool->seed, sizeof(pool->seed), GRND_NONBLOCK) != sizeof(pool->seed)) {
+        pool->seed = reinterpret_cast<uintptr_t>(pool->slots);
+    }
     return 0;
 }
 
-int _initNamePool(XmlpNamePool *pool)
+void _freeNameIndex(XmlpNamePool *pool)
 {
-    *pool = {};
-    if (reserve(pool, 0) != 0 || reservePlaces(pool, 1) != 0) {
-        return -1;
-    }
-    // Where the memory lies differs from process to process, so that nobody can write a text whose
-    // hashes collide.
-    pool->seed = reinterpret_cast<uintptr_t>(pool->base);
-    return 0;
-}
-
-void _freeNamePool(XmlpNamePool *pool)
-{
-    free(pool->base);
     free(pool->slots);
-    free(pool->attrPlaces);
-    *pool = {};
+    pool->slots = nullptr;
 }
 
-char *_findName(const XmlpNamePool *pool, const char *bytes, uint32_t length)
+char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
 {
-    if (pool == nullptr || bytes == nullptr) {
-        XMLP_ERROR(474, "invalid params.");
+    const size_t size = _pooledSize(length);
+    if (reservePlaces(pool, size / WORD) != 0) {
         return nullptr;
     }
-    uint32_t place = placeOf(pool, hashOf(pool, bytes, length), bytes, length);
-    return place != 0 ? _nameAt(pool, place) : pool->base + pool->used;
-}
-
-uint32_t _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length)
-{
-    char *name = _findName(pool, bytes, length);
-    auto place = static_cast<uint32_t>((name - pool->base) / WORD) + 1;
-    if (name != pool->base + pool->used) {
-        return place;
+    // From the shortest tail on. With one that is there, all shorter ones are.
+    uint64_t hash = pool->seed;
+    size_t at = size;
+    while (at > 0) {
+        const uint64_t longer = addWord(hash, bytes + at - WORD, length - at + WORD);
+        if (firstSlot(pool, longer)->place == 0) {
+            break;
+        }
+        hash = longer;
+        at -= WORD;
     }
-    size_t size = endOf(length);
-    if (reserve(pool, size) != 0 || reservePlaces(pool, size / WORD) != 0) {
-        return 0;
+    char *known = at < size ? find(pool, hash, bytes + at, length - at) : nullptr;
+    if (known != nullptr && at == 0) {
+        return known;
     }
-    name = pool->base + pool->used;
-    memcpy(name, bytes, length);
-    if (length % WORD == 0) {
-        memcpy(name + length, "\0\xFF\xFF", WORD);
+    if (known == nullptr) { // no tail is there, or another string has its hash
+        hash = pool->seed;
+        at = size;
     }
-    addPlaces(pool, bytes, length, place);
+    char *name = pool->base + pool->used;
+    copyWords(name, bytes, length);
+    for (; at > 0; at -= WORD) {
+        hash = addWord(hash, bytes + at - WORD, length - at + WORD);
+        const size_t place = (pool->used + at) / WORD;
+        *freeSlot(pool, hash) = {static_cast<uint32_t>(hash), static_cast<uint32_t>(place)};
+        pool->placeCount++;
+    }
     pool->used += size;
-    return place;
-}
-
-/* ---- Names of elements --------------------------------------------------------------------- */
-
-// The same few names come again and again, and most have at most 16 bytes: their first and last
-// 8 bytes and the length tell them exactly.
-enum : uint32_t { RECENT_LENGTH = 16 };
-
-// 4 to 8 bytes as a number.
-static uint64_t upTo8(const char *bytes, uint32_t count)
-{
-    return static_cast<uint64_t>(firstWord(bytes, WORD)) << 32 |
-           firstWord(bytes + count - WORD, WORD);
-}
-
-static XmlpRecentName keyOf(const char *bytes, uint32_t length)
-{
-    if (length < WORD) {
-        return {firstWord(bytes, length), 0, length, 0};
-    }
-    if (length <= 8) {
-        return {upTo8(bytes, length), 0, length, 0};
-    }
-    return {upTo8(bytes, 8), upTo8(bytes + length - 8, 8), length, 0};
-}
-
-// Stores the name of an element. Returns its place, or 0 without memory.
-static uint32_t saveElementName(XmlpNamePool *pool, const char *bytes, uint32_t length)
-{
-    if (length > RECENT_LENGTH) {
-        return _saveName(pool, bytes, length);
-    }
-    XmlpRecentName key = keyOf(bytes, length);
-    uint64_t hash = (key.first ^ key.last ^ length) * 0x9E3779B97F4A7C15u;
-    XmlpRecentName *recent = &pool->recent[hash >> (64 - XMLP_RECENT_BITS)];
-    if (recent->place == 0 || recent->first != key.first || recent->last != key.last ||
-        recent->length != length) {
-        *recent = key;
-        recent->place = _saveName(pool, bytes, length);
-    }
-    return recent->place;
-}
-
-/* ---- Strings of attributes ----------------------------------------------------------------- */
-
-// Stores a name or value of an attribute, and its place for _nextAttrString. 0, or -1 without
-// memory.
-static int saveAttrString(XmlpNamePool *pool, XmlpSlice slice)
-{
-    if (pool->attrPlaceCount == pool->attrPlaceCapacity) {
-        size_t capacity = 2 * pool->attrPlaceCapacity + 256;
-        auto *places =
-            static_cast<uint32_t *>(realloc(pool->attrPlaces, capacity * sizeof(uint32_t)));
-        if (places == nullptr) {
-            return -1;
-        }
-        pool->attrPlaces = places;
-        pool->attrPlaceCapacity = capacity;
-    }
-    uint32_t place = _saveName(pool, slice.bytes, slice.length);
-    pool->attrPlaces[pool->attrPlaceCount++] = place;
-    return place != 0 ? 0 : -1;
-}
-
-int _saveNameAttr(const char *text, XmlpElement *element, XmlpNamePool *pool, size_t *attrs)
-{
-    if (text == nullptr || element == nullptr || pool == nullptr || attrs == nullptr) {
-        XMLP_ERROR(510, "invalid params.");
-        return -1;
-    }
-    element->place = saveElementName(pool, text + element->name, element->nameLength);
-    if (element->isBare || element->place == 0) {
-        return element->place != 0 ? 0 : -1;
-    }
-    XmlpTagReader reader = _readerOf(text, element);
-    XmlpSlice name;
-    XmlpSlice value;
-    while (_readTagAttr(&reader, &name, &value) > 0) {
-        if (saveAttrString(pool, name) != 0 ||
-            (value.length > 0 && saveAttrString(pool, value) != 0)) {
-            return -1;
-        }
-        ++*attrs;
-    }
-    return 0;
-}
-
-char *_nextAttrString(XmlpNamePool *pool)
-{
-    return _nameAt(pool, pool->attrPlaces[pool->attrPlacesRead++]);
+    return name;
 }

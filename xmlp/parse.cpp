@@ -1,28 +1,9 @@
-// From text to document record: declaration, check pass, and the tree in memory of its own.
-//
-// A static tree is one block:
-//
-//     +-----------+----------------+-------------------+---------------+--------------------+
-//     | name pool | values, back   | attribute records | document node | a node record for  |
-//     |           | to back        |                   |               | each element       |
-//     +-----------+----------------+-------------------+---------------+--------------------+
-//
-// The counting pass sizes it. It begins with the name of the top element, and freeing that name
-// frees it.
+// From text to document: the declaration, the tree, and what is said when the text is rejected.
 
 #include "xmlp/xmlp_internal.h"
 
 #include <stdlib.h>
 #include <string.h>
-
-const char *_xmlp_refusedAt;
-
-static uint32_t refusedOffset = UINT32_MAX;
-
-uint32_t xmlp_getRefusedOffset(void)
-{
-    return refusedOffset;
-}
 
 static const char *skipBlanks(const char *p, const char *end)
 {
@@ -53,21 +34,21 @@ static const char *passDeclaration(const char *p, const char *end)
 }
 
 // Saves the declaration, if there is one, in tree and sets *text behind it.
-static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const char **text)
+static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const char **text,
+                      XmlpFinding *fault)
 {
     const char *p = skipBlanks(skipMark(xmlBuf, end), end);
     if (end - p >= 2 && memcmp(p, "<?", 2) == 0) {
         const char *declaration = p;
         p = passDeclaration(declaration, end);
         if (p == nullptr) {
-            _refuseAt(declaration);
-            _xmlp_report("xmlp_parse", 1459, "error in xml header.");
+            *fault = {"xmlp_parse", 1459, "error in xml header.", declaration};
             return -1;
         }
         auto length = static_cast<size_t>(p - xmlBuf);
         tree->header = static_cast<unsigned char *>(malloc(length));
         if (tree->header == nullptr) {
-            _xmlp_report("xmlp_parse", 1469, "malloc failed.");
+            *fault = {"xmlp_parse", 1469, "malloc failed.", nullptr};
             return -1;
         }
         memcpy(tree->header, xmlBuf, length);
@@ -78,100 +59,75 @@ static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const
     return 0;
 }
 
-namespace
+XmlpTree *_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
+                 XmlpLocationList *locations, XmlpRejection *rejection)
 {
-// What needs room in the block, beside the names.
-struct Counts {
-    size_t attrs;
-    size_t valueBytes;
-};
-} // namespace
-
-// The counting pass: collects the names and counts the rest.
-static int countParts(const char *text, XmlpElementList *list, XmlpNamePool *pool, Counts *counts)
-{
-    for (uint32_t i = 0; i < list->count; i++) {
-        XmlpElement *element = &list->items[i];
-        if (_saveNameAttr(text, element, pool, &counts->attrs) != 0) {
-            return -1;
-        }
-        counts->valueBytes += _valueLength(text, element);
-    }
-    return 0;
-}
-
-// Builds the static tree in its block. Returns the document node, or null.
-static XmlpNode *buildStatic(const char *text, XmlpElementList *list)
-{
-    Counts counts = {};
-    XmlpNamePool pool;
-    if (_initNamePool(&pool) != 0 || countParts(text, list, &pool, &counts) != 0) {
-        _xmlp_report("xmlp_parse", 1509, "malloc failed.");
-        _freeNamePool(&pool);
-        return nullptr;
-    }
-    XmlpNode *root = nullptr;
-    size_t attrsAt = pool.used + counts.valueBytes;
-    size_t nodesAt = attrsAt + counts.attrs * sizeof(XmlpAttr);
-    size_t nodeCount = static_cast<size_t>(list->count) + 1;
-    auto *block = static_cast<char *>(malloc(nodesAt + nodeCount * sizeof(XmlpNode)));
-    if (block == nullptr) {
-        _xmlp_report("xmlp_parse", 1572, "malloc failed.");
-    } else {
-        memcpy(block, pool.base, pool.used);
-        free(pool.base);
-        pool.base = block;
-        root = _makeStree(text, list, &pool, block + pool.used,
-                          reinterpret_cast<XmlpAttr *>(block + attrsAt),
-                          reinterpret_cast<XmlpNode *>(block + nodesAt));
-        if (root != nullptr) {
-            pool.base = nullptr; // the tree's now
-        }
-    }
-    _freeNamePool(&pool);
-    return root;
-}
-
-// Checks the text behind the declaration and builds its tree. Returns the document node, or null.
-static XmlpNode *buildRoot(const char *text, const char *end, uint32_t isStatic)
-{
-    XmlpElementList list = {};
-    XmlpNode *root = nullptr;
-    if (_checkXml(text, end, &list) == 0) {
-        root = isStatic != 0 ? buildStatic(text, &list) : _makeDtree(text, &list);
-    } else if (list.outOfMemory) {
-        _xmlp_report("xmlp_parse", 1509, "malloc failed.");
-    }
-    free(list.items);
-    return root;
-}
-
-XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic)
-{
-    refusedOffset = UINT32_MAX;
+    *rejection = {};
     if (xmlBuf == nullptr) {
-        XMLP_ERROR(1431, "xmlBuf is null.");
+        rejection->fault = {"xmlp_parse", 1431, "xmlBuf is null.", nullptr};
         return nullptr;
     }
     auto *tree = static_cast<XmlpTree *>(calloc(1, sizeof(XmlpTree)));
     if (tree == nullptr) {
-        XMLP_ERROR(1438, "malloc failed.");
+        rejection->fault = {"xmlp_parse", 1438, "malloc failed.", nullptr};
         return nullptr;
     }
     tree->isStatic = isStatic;
     const char *end = xmlBuf + length;
     const char *text = nullptr;
-    _xmlp_refusedAt = nullptr;
-    if (saveHeader(tree, xmlBuf, end, &text) == 0) {
-        tree->root = buildRoot(text, end, isStatic);
+    if (saveHeader(tree, xmlBuf, end, &text, &rejection->fault) == 0) {
+        tree->root = _buildTree(text, end, isStatic, xmlBuf, locations, rejection);
     }
     if (tree->root == nullptr) {
-        if (_xmlp_refusedAt != nullptr) {
-            refusedOffset = static_cast<uint32_t>(_xmlp_refusedAt - xmlBuf);
-        }
         free(tree->header);
         free(tree);
         return nullptr;
+    }
+    return tree;
+}
+
+static const char elementMessage[] = "error xml tag."; // of whatever is around the fault
+
+void _reportRejection(const XmlpRejection *rejection)
+{
+    const XmlpFinding *fault = &rejection->fault;
+    if (fault->line != 0) {
+        _xmlp_report(fault->function, fault->line, "%s", fault->message);
+    }
+    if (fault->at == nullptr) {
+        return; // memory is not the text's fault
+    }
+    if (rejection->tagLine != 0) {
+        _xmlp_report("_subXml", rejection->tagLine, "%s", elementMessage);
+    }
+    for (size_t i = 0; i < rejection->elementLines; i++) {
+        _xmlp_report("_subXml", 359, "%s", elementMessage);
+    }
+    if (rejection->topLine != 0) {
+        _xmlp_report("_checkXml", rejection->topLine, "%s", elementMessage);
+    }
+}
+
+XmlpFault _faultOf(const XmlpRejection *rejection, const char *xmlBuf)
+{
+    const XmlpFinding *fault = &rejection->fault;
+    const uint32_t offset =
+        fault->at != nullptr ? static_cast<uint32_t>(fault->at - xmlBuf) : XMLP_NOWHERE;
+    if (fault->line != 0 || rejection->topLine == 0) {
+        return {fault->function, fault->line, fault->message, offset};
+    }
+    if (rejection->elementLines != 0) {
+        return {"_subXml", 359, elementMessage, offset};
+    }
+    return {"_checkXml", rejection->topLine, elementMessage, offset};
+}
+
+XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic)
+{
+    XmlpRejection rejection;
+    XmlpTree *tree = _parse(xmlBuf, length, isStatic, nullptr, &rejection);
+    if (tree == nullptr) {
+        _reportRejection(&rejection);
     }
     return tree;
 }

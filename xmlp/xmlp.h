@@ -12,7 +12,7 @@
  * Unless a function says otherwise, statuses are 0 on success and -1 on failure, predicates are
  * 1 or 0, lookups give a pointer or null. Every failure prints one line on standard output:
  * "[ERROR][function():line]: message" CR LF. Lengths and sizes are in bytes. Nothing here locks:
- * a document belongs to one thread at a time.
+ * a document belongs to one thread at a time; different documents have nothing in common.
  */
 #ifndef XMLP_XMLP_H
 #define XMLP_XMLP_H
@@ -94,11 +94,36 @@ XmlpDoc *xmlp_xml2Tree(const char *xmlBuf, uint32_t length, uint32_t isStatic);
  */
 XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic);
 
+/* Why a text was rejected. */
+typedef struct XmlpFault {
+    const char *function; /* the function and line that would have reported it first */
+    int line;             /* 0 for a fault that nothing reports */
+    const char *message;  /* without the line's end; never null */
+    uint32_t offset;      /* in bytes from the buffer's beginning; XMLP_NOWHERE: memory is short */
+} XmlpFault;
+
+#define XMLP_NOWHERE 0xFFFFFFFFu
+
+/* Where an element stands, in bytes from the buffer's beginning. */
+typedef struct XmlpLocation {
+    uint32_t tag;     /* the "<" of its start tag */
+    uint32_t content; /* behind its start tag */
+    uint32_t end;     /* behind its end tag, or its empty-element tag */
+} XmlpLocation;
+
+/* The elements of a document in the order of their start tags, which is that of a walk down. */
+typedef struct XmlpLocationList {
+    XmlpLocation *items; /* the caller's to free */
+    uint32_t count;
+} XmlpLocationList;
+
 /*
- * Returns where the text last given to xmlp_parse, xmlp_xml2Tree or xmlp_loadDoc was refused, in
- * bytes from its beginning; 0xFFFFFFFF when it was accepted or memory was short.
+ * Like xmlp_loadDoc, but prints nothing: returns null with *fault filled in when the text is
+ * rejected. locations, unless it is null, receives the locations of the elements; nothing to free
+ * when the result is null.
  */
-uint32_t xmlp_getRefusedOffset(void);
+XmlpDoc *xmlp_readDoc(const char *buffer, uint32_t length, uint32_t isStatic, XmlpFault *fault,
+                      XmlpLocationList *locations);
 
 /* Adds a holder; returns the same handle, or null for a null one. */
 XmlpDoc *xmlp_copyDoc(XmlpDoc *doc);

@@ -23,12 +23,10 @@ void _xmlp_report(const char *function, int line, const char *format, ...)
 
 /* What a byte may be part of. */
 enum : unsigned {
-    XMLP_BLANK = 1,       /* blank, tab, LF, CR */
-    XMLP_NAME = 2,        /* element and attribute names */
-    XMLP_ATTR_VALUE = 4,  /* attribute values */
-    XMLP_TEXT = 8,        /* text that needs no escaping */
-    XMLP_ASCII_NAME = 16, /* names, of ASCII characters only */
-    XMLP_MARK = 32        /* "<", ">" */
+    XMLP_BLANK = 1,      /* blank, tab, LF, CR */
+    XMLP_NAME = 2,       /* element and attribute names */
+    XMLP_ATTR_VALUE = 4, /* attribute values */
+    XMLP_TEXT = 8        /* text that needs no escaping */
 };
 
 struct XmlpByteTable {
@@ -84,154 +82,46 @@ int _hasAttrName(const XmlpAttr *attrs, const char *name, uint32_t length);
 
 /* ---- Parser: faults -------------------------------------------------------------------- */
 
-/* Where the text that is being parsed is refused; null until then. */
-extern const char *_xmlp_refusedAt;
+/* What is wrong with a text, and where. */
+struct XmlpFinding {
+    const char *function; /* that reports it */
+    int line;             /* 0 for a fault that is not reported */
+    const char *message;
+    const char *at; /* in the text; null when memory is short */
+};
 
-/* Notes where the text is refused; the first note holds. */
-static inline void _refuseAt(const char *p)
-{
-    if (_xmlp_refusedAt == nullptr) {
-        _xmlp_refusedAt = p;
-    }
-}
+/* All that is printed of a text that is rejected, in this order. */
+struct XmlpRejection {
+    XmlpFinding fault;
+    int tagLine;         /* of _subXml, which saw the tag fail; 0 for none */
+    size_t elementLines; /* of _subXml, which saw its child fail: how many */
+    int topLine;         /* of _checkXml, which saw the top element fail; 0 for none */
+};
 
 /* ---- Parser: tags ---------------------------------------------------------------------- */
-
-/* Returns the first byte from p on that is not blank. There must be one, a tag's ">" say. */
-const char *_skipWhiteSpace(const char *p);
-
-/*
- * Checks name and attributes of the tag whose name begins at tag, up to terminator: ">" for a
- * start tag, "/" for an empty-element tag. The tag must be closed by a ">".
- */
-int _checkNameAttr(const char *tag, char terminator);
 
 /* A run of bytes of the text, without terminator. */
 struct XmlpSlice {
     const char *bytes;
-    uint32_t length;
+    size_t length;
 };
+
+/* Checks the name and attributes of the tag whose name begins at tag. 0, or -1 with the fault. */
+int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault);
 
 /*
- * Reads the parts of a checked tag, one after the other, and never passes the tag's ">". A NUL
- * byte ends the name or value that it lies in.
+ * Holds the end tag whose name lies before its ">" at close against the start tag whose name begins
+ * at open, and checks that. 0 or -1.
  */
-struct XmlpTagReader {
-    const char *p;
-    char terminator;
-};
+int _checkEndTag(const char *open, const char *name, const char *close, XmlpFinding *fault);
 
-XmlpSlice _readTagName(XmlpTagReader *reader);
-
-/* 1 for an attribute, 0 when there are no more, -1 for one that does not complete in the tag. */
-int _readTagAttr(XmlpTagReader *reader, XmlpSlice *name, XmlpSlice *value);
-
-/* ---- Parser: check pass ---------------------------------------------------------------- */
-
-/* An element that the check pass met; positions count from the text's first byte. */
-struct XmlpElement {
-    uint32_t name; /* behind the "<" of its start tag */
-    uint32_t nameLength;
-    uint32_t attrs;  /* behind the name */
-    uint32_t close;  /* the ">" of its start tag */
-    uint32_t end;    /* the "<" of its end tag; 0 for an empty-element tag */
-    uint32_t parent; /* number of the element around it, counted from 1; 0 for the top element */
-    uint32_t place;  /* of its name in the pool */
-    bool isBare;     /* its tag holds nothing but the name, and that is ASCII */
-    bool isLeaf;     /* no element lies in it */
-    bool hasEntity;  /* its text, if it is a leaf, may hold one */
-};
-
-/* A reader for the attributes in the start tag of an element of the text. */
-XmlpTagReader _readerOf(const char *text, const XmlpElement *element);
-
-/* The elements of a text, in document order. */
-struct XmlpElementList {
-    XmlpElement *items;
-    uint32_t count;
-    uint32_t capacity;
-    bool outOfMemory; /* it could not grow */
-};
-
-/*
- * Checks all of the text that follows the declaration and lists its elements. 0 or -1; the caller
- * frees list->items in either case.
- */
-int _checkXml(const char *start, const char *end, XmlpElementList *list);
-
-/* ---- Parser: name pool ----------------------------------------------------------------- */
-
-/* A place that is in the index of a pool. */
-struct XmlpNameSlot {
-    uint32_t hash;
-    uint32_t place; /* 0 for a free slot */
-};
-
-enum : uint32_t { XMLP_RECENT_BITS = 8 };
-
-/* A short name met before, told by its first and last 8 bytes. */
-struct XmlpRecentName {
-    uint64_t first;
-    uint64_t last;
-    uint32_t length;
-    uint32_t place; /* 0 for none */
-};
-
-/*
- * The names of a static tree; see name_pool.cpp. The place of a string is the number of the word
- * that it begins on, counted from 1.
- */
-struct XmlpNamePool {
-    char *base;  /* zero-filled from used on */
-    size_t used; /* bytes up to the first all-zero word, which is there */
-    size_t capacity;
-    XmlpNameSlot *slots;
-    size_t slotCount; /* a power of two */
-    size_t placeCount;
-    uint64_t seed;        /* of the hashes */
-    uint32_t *attrPlaces; /* of the names and values of attributes, in document order */
-    size_t attrPlaceCount;
-    size_t attrPlaceCapacity;
-    size_t attrPlacesRead;
-    XmlpRecentName recent[1 << XMLP_RECENT_BITS];
-};
-
-enum : uint32_t { XMLP_POOL_WORD = 4 };
-
-static inline char *_nameAt(const XmlpNamePool *pool, uint32_t place)
-{
-    return pool->base + static_cast<size_t>(place - 1) * XMLP_POOL_WORD;
-}
-
-/* 0, or -1 without memory. */
-int _initNamePool(XmlpNamePool *pool);
-void _freeNamePool(XmlpNamePool *pool);
-
-/* Returns the position of the string in the pool, or that of the first free word. */
-char *_findName(const XmlpNamePool *pool, const char *bytes, uint32_t length);
-
-/* Stores the string, unless it is there. Returns its place, or 0 without memory. */
-uint32_t _saveName(XmlpNamePool *pool, const char *bytes, uint32_t length);
-
-/*
- * Stores name, attribute names and non-empty attribute values of an element of the text, sets the
- * element's place, and adds the number of its attributes to *attrs. 0, or -1 without memory.
- */
-int _saveNameAttr(const char *text, XmlpElement *element, XmlpNamePool *pool, size_t *attrs);
-
-/*
- * Returns the next of the attribute names and values that _saveNameAttr stored, in the order in
- * which it did.
- */
-char *_nextAttrString(XmlpNamePool *pool);
-
-/* ---- Parser: tree building ------------------------------------------------------------- */
+/* ---- Parser: attribute names ----------------------------------------------------------- */
 
 /* An attribute name, and a fork in the tree of names. */
 struct XmlpAttrEntry {
     XmlpSlice name;
-    uint32_t byte; /* the names below the fork agree up to this byte, */
-    unsigned bit;  /* and to this bit of it */
+    size_t byte;  /* the names below the fork agree up to this byte, */
+    unsigned bit; /* and to this bit of it */
     uint32_t links[2];
 };
 
@@ -248,28 +138,32 @@ struct XmlpAttrNames {
  * Adds the name of a new attribute; attrs are those before it. Returns what _hasAttrName says of
  * it, or -1 without memory.
  */
-int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, const char *name, uint32_t length);
+int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, XmlpSlice name);
+
+/* ---- Parser: tree building ------------------------------------------------------------- */
+
+/* Types a node that was linked and named, and its parent with it. 0 or -1. */
+int _setType(XmlpNode *node, XmlpFinding *fault);
 
 /*
- * Names node and builds its attribute list for an element of the text. Static: the strings are
- * those of pool, the records are taken from *attrsOut, which moves on. Dynamic: all are allocated.
+ * Checks the text from text to end, which is what follows the declaration, and builds its tree.
+ * Returns the document node, or null with *rejection filled in. The locations, null when nobody
+ * asks for them, count from origin.
  */
-int _getNameAttr(const char *text, const XmlpElement *element, XmlpNode *node, XmlpAttr **attrsOut,
-                 uint32_t isStatic, XmlpNamePool *pool);
+XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const char *origin,
+                     XmlpLocationList *locations, XmlpRejection *rejection);
 
-/* The length of an element's value, un-escaped; 0 for none and for one with a bad entity. */
-uint32_t _valueLength(const char *text, const XmlpElement *element);
+/* ---- Parser: documents ----------------------------------------------------------------- */
 
-/* Types a node that was linked and named, and its parent with it. */
-int _setType(XmlpNode *node, uint32_t isStatic);
+/* xmlp_parse, without a word: returns null with *rejection filled in. */
+XmlpTree *_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
+                 XmlpLocationList *locations, XmlpRejection *rejection);
 
-/*
- * Build the tree of a checked text from its elements; static in the areas for values, attribute
- * records and node records. They return the document node, or null.
- */
-XmlpNode *_makeStree(const char *text, const XmlpElementList *list, XmlpNamePool *pool,
-                     char *values, XmlpAttr *attrs, XmlpNode *nodes);
-XmlpNode *_makeDtree(const char *text, const XmlpElementList *list);
+/* Prints what the text was rejected for. */
+void _reportRejection(const XmlpRejection *rejection);
+
+/* The first line that would be printed, and where in the text at xmlBuf the fault is. */
+XmlpFault _faultOf(const XmlpRejection *rejection, const char *xmlBuf);
 
 /* ---- Path-addressed operations --------------------------------------------------------- */
 

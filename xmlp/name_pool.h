@@ -1,0 +1,60 @@
+/*
+ * The name pool of a static tree: all distinct element names, attribute names and attribute values
+ * of a document, each beginning on a word of 4 bytes and ended by a NUL:
+ *
+ *     0           4           8           12            16            20
+ *     +-----------+-----------+-----------+-------------+-------------+
+ *     | t u p l   | e 0 0 0   | n a m e   | 00 FF FF 00 | i d 0 0     |
+ *     +-----------+-----------+-----------+-------------+-------------+
+ *
+ * A string whose length is a multiple of 4 is followed by the word 00 FF FF 00: its first byte is
+ * the terminator, the others tell the word from a free one.
+ *
+ * A string is there wherever, from a word on, its bytes and a NUL stand; so one that equals the
+ * tail of a longer string shares its bytes. The index, a hash table with open addressing, knows
+ * the first place of every string and of every such tail. A hash is made word by word from the end
+ * of the string to its beginning, so that those of the tails come along.
+ */
+#ifndef XMLP_NAME_POOL_H
+#define XMLP_NAME_POOL_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#pragma GCC visibility push(hidden)
+
+enum : size_t { XMLP_POOL_WORD = 4 };
+
+/* A string of length bytes takes this much of a pool at most, the longest that there is less. */
+static inline size_t _pooledSize(size_t length)
+{
+    return length - length % XMLP_POOL_WORD + XMLP_POOL_WORD;
+}
+
+/* A string in the index, or the tail of one. */
+struct XmlpNameSlot {
+    uint32_t hash;
+    uint32_t place; /* the number of its first word, counted from 1; 0 for a free slot */
+};
+
+struct XmlpNamePool {
+    char *base; /* for the caller to set; holds _pooledSize of all distinct strings */
+    size_t used;
+    XmlpNameSlot *slots;
+    size_t slotCount; /* a power of two */
+    size_t placeCount;
+    uint64_t seed; /* of the hashes */
+};
+
+/* Makes an empty pool in which so many strings are expected. 0, or -1 without memory. */
+int _initNamePool(XmlpNamePool *pool, size_t expected);
+
+/* Frees the index; the strings stay. */
+void _freeNameIndex(XmlpNamePool *pool);
+
+/* Returns the string of length bytes in the pool, stored now if it was not there; or null. */
+char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length);
+
+#pragma GCC visibility pop
+
+#endif

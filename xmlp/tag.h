@@ -1,0 +1,146 @@
+/*
+ * Reading the name and the attributes of a tag.
+ */
+#ifndef XMLP_TAG_H
+#define XMLP_TAG_H
+
+#include "xmlp/wide.h"
+#include "xmlp/xmlp_internal.h"
+
+#pragma GCC visibility push(hidden)
+
+/* A tag on the way through it. Its ">", which is a byte of no name or value, ends every scan. */
+struct XmlpTag {
+    const char *p;       /* a fault, once there is one */
+    const char *end;     /* of the text, or nearer */
+    char terminator;     /* ">" of a start tag, "/" of an empty-element tag */
+    XmlpSlice displaced; /* see _readName */
+};
+
+/* Whether an attribute follows. */
+static inline bool _hasMore(const XmlpTag *tag)
+{
+    return *tag->p != tag->terminator;
+}
+
+static inline const char *_skipBlanks(const char *p)
+{
+    while (_isByte(*p, XMLP_BLANK)) {
+        p++;
+    }
+    return p;
+}
+
+/* The bytes of a chunk that may end a name or, if isValue, an attribute's value. */
+template <bool isValue> static inline XmlpChunk _stopsOf(XmlpChunk chunk)
+{
+    XmlpChunk stops =
+        chunk | _areBelow(chunk, isValue ? ' ' : '!'); /* not ASCII, blank or control */
+    constexpr unsigned char delimiters[] = {'"', '&', '/', '>'};
+    for (unsigned char delimiter : delimiters) {
+        stops |= _areEqual(chunk, _fill(delimiter));
+    }
+    return isValue ? stops : stops | _areEqual(chunk, _fill('='));
+}
+
+/*
+ * Returns the first character from the tag's position on that is none of a name or, if isValue, of
+ * an attribute's value. A ">" is none of either.
+ */
+template <bool isValue> static inline const char *_skip(const XmlpTag *tag)
+{
+    const char *p = tag->p;
+    for (;;) {
+        unsigned stops = 1;
+        if (tag->end - p >= static_cast<ptrdiff_t>(XMLP_CHUNK)) {
+            stops = _bitsOf(_stopsOf<isValue>(_loadChunk(p)));
+        }
+        if (stops == 0) {
+            p += XMLP_CHUNK;
+            continue;
+        }
+        p += __builtin_ctz(stops);
+        if (!_isByte(*p, isValue ? XMLP_ATTR_VALUE : XMLP_NAME) ||
+            (isValue && *p == tag->terminator)) {
+            return p;
+        }
+        p += _stepOf(*p);
+    }
+}
+
+static inline XmlpSlice _slice(const char *from, const char *to)
+{
+    return {from, static_cast<size_t>(to - from)};
+}
+
+/*
+ * Reads the name that the tag begins with. 0, or the line that reports the fault at tag->p.
+ *
+ * The first byte may be any. A NUL there makes the name empty; so does a blank, and then the name
+ * behind it displaces that of the first attribute, which must follow.
+ */
+static inline int _readName(XmlpTag *tag, XmlpSlice *name)
+{
+    const char *begin = tag->p;
+    if (*begin == tag->terminator) {
+        return 155;
+    }
+    tag->p = begin + _stepOf(*begin);
+    const char *end = _skip<false>(tag);
+    tag->p = end;
+    if (*end != tag->terminator && !_isByte(*end, XMLP_BLANK)) {
+        return 169;
+    }
+    tag->p = _skipBlanks(end);
+    *name = _slice(begin, end);
+    tag->displaced = {};
+    if (_isByte(*begin, XMLP_BLANK)) {
+        tag->displaced = _slice(begin + 1, end);
+        name->length = 0;
+    } else if (*begin == '\0') {
+        name->length = 0;
+    }
+    return 0;
+}
+
+/* Reads the next attribute and the blanks behind it. 0, or the line that reports the fault. */
+static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
+{
+    const char *&p = tag->p;
+    const char *begin = p;
+    if (!_isByte(*p, XMLP_NAME)) {
+        return 188;
+    }
+    p = _skip<false>(tag);
+    *name = _slice(begin, p);
+    if (*p == tag->terminator) {
+        return 232;
+    }
+    p = _skipBlanks(p);
+    if (*p != '=') {
+        return 199;
+    }
+    p = _skipBlanks(p + 1);
+    if (*p != '"') {
+        return 205;
+    }
+    begin = ++p;
+    p = _skip<true>(tag);
+    if (*p == tag->terminator) {
+        return 232;
+    }
+    if (*p != '"') {
+        return 223;
+    }
+    *value = _slice(begin, p);
+    p = _skipBlanks(p + 1);
+    if (tag->displaced.length != 0) {
+        *name = tag->displaced;
+        tag->displaced = {};
+    }
+    return 0;
+}
+
+#pragma GCC visibility pop
+
+#endif

@@ -1,0 +1,130 @@
+/*
+ * Many bytes of a text at a time: in a vector of 16 where the processor has such (SSE2, NEON), in a
+ * word of 8 elsewhere. XMLP_NO_VECTOR asks for words everywhere.
+ *
+ * A comparison gives a chunk whose matching bytes have their highest bit set and whose others are
+ * zero; such chunks combine with | and &.
+ */
+#ifndef XMLP_WIDE_H
+#define XMLP_WIDE_H
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+#if (defined(__SSE2__) || defined(__ARM_NEON)) && !defined(XMLP_NO_VECTOR)
+#define XMLP_VECTOR 1
+typedef unsigned char XmlpChunk __attribute__((vector_size(16)));
+#else
+typedef uint64_t XmlpChunk;
+#endif
+
+enum : size_t { XMLP_CHUNK = sizeof(XmlpChunk) };
+
+static inline XmlpChunk _loadChunk(const char *bytes)
+{
+    XmlpChunk chunk;
+    memcpy(&chunk, bytes, sizeof(chunk));
+    return chunk;
+}
+
+/* 8 bytes, each with its highest bit set or zero, as 8 bits; that of the first byte is the lowest.
+ */
+static inline unsigned _gatherBits(uint64_t flags)
+{
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    const uint64_t toTopByte = 0x0002040810204081;
+#else
+    const uint64_t toTopByte = 0x8040201008040201;
+#endif
+    return static_cast<unsigned>((flags & 0x8080808080808080) * toTopByte >> 56);
+}
+
+#ifdef XMLP_VECTOR
+
+static inline XmlpChunk _fill(unsigned char byte)
+{
+    return XmlpChunk{} + byte;
+}
+
+static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
+{
+    return reinterpret_cast<XmlpChunk>(chunk == to);
+}
+
+/* byte is 0x80 or more. */
+static inline XmlpChunk _areAtLeast(XmlpChunk chunk, unsigned char byte)
+{
+    return reinterpret_cast<XmlpChunk>(chunk >= _fill(byte));
+}
+
+/* Whether bytes are below one of at most 0x80; for those of 0x80 or more it may say anything. */
+static inline XmlpChunk _areBelow(XmlpChunk chunk, unsigned char byte)
+{
+    return reinterpret_cast<XmlpChunk>(chunk < _fill(byte));
+}
+
+/* The highest bit of each byte; that of the first byte is the lowest. */
+static inline unsigned _bitsOf(XmlpChunk flags)
+{
+#ifdef __SSE2__
+    typedef char Bytes __attribute__((vector_size(16)));
+    return static_cast<unsigned>(__builtin_ia32_pmovmskb128(reinterpret_cast<Bytes>(flags)));
+#else
+    uint64_t halves[2];
+    memcpy(halves, &flags, sizeof(halves));
+    return _gatherBits(halves[0]) | _gatherBits(halves[1]) << 8;
+#endif
+}
+
+/* Adds 1 to each byte of counts whose flag is set. */
+static inline XmlpChunk _count(XmlpChunk counts, XmlpChunk flags)
+{
+    return counts - flags; /* all bits of a flag are set: -1 */
+}
+
+#else
+
+static constexpr uint64_t XMLP_ONES = 0x0101010101010101;
+static constexpr uint64_t XMLP_HIGHS = 0x80 * XMLP_ONES;
+
+static inline XmlpChunk _fill(unsigned char byte)
+{
+    return XMLP_ONES * byte;
+}
+
+static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
+{
+    const uint64_t differ = chunk ^ to;
+    return ~(((differ & ~XMLP_HIGHS) + ~XMLP_HIGHS) | differ) & XMLP_HIGHS;
+}
+
+static inline XmlpChunk _areBelow(XmlpChunk chunk, unsigned char byte)
+{
+    return ~((chunk | XMLP_HIGHS) - XMLP_ONES * byte) & XMLP_HIGHS;
+}
+
+static inline XmlpChunk _areAtLeast(XmlpChunk chunk, unsigned char byte)
+{
+    return ((chunk & ~XMLP_HIGHS) + XMLP_ONES * (0x100u - byte)) & chunk & XMLP_HIGHS;
+}
+
+static inline unsigned _bitsOf(XmlpChunk flags)
+{
+    return _gatherBits(flags);
+}
+
+static inline XmlpChunk _count(XmlpChunk counts, XmlpChunk flags)
+{
+    return counts + (flags >> 7);
+}
+
+#endif
+
+/* Whether any flag is set, or any byte at least 0x80. */
+static inline bool _anyHigh(XmlpChunk chunk)
+{
+    return _bitsOf(chunk) != 0;
+}
+
+#endif
