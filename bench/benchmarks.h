@@ -1,5 +1,5 @@
 /*
- * What the benchmark program is made of. Each adds its benchmarks to those that are run.
+ * What the benchmark programs are made of. Each part adds its benchmarks to those that are run.
  */
 #ifndef BENCH_BENCHMARKS_H
 #define BENCH_BENCHMARKS_H
@@ -7,8 +7,10 @@
 namespace bench
 {
 
-void addDocumentBenchmarks();
-void addLoadBenchmarks();
+// The one of the program.
+void addBenchmarks();
+
+void addFloorBenchmarks();
 void addHostileBenchmarks();
 
 } // namespace bench

@@ -7,7 +7,6 @@
 #include "bench/library.h"
 
 #include <benchmark/benchmark.h>
-#include <ctime>
 #include <string>
 #include <vector>
 
@@ -66,28 +65,6 @@ void load(benchmark::State &state, const Document &document, const Library &libr
     }
 }
 
-double cpuSeconds()
-{
-    timespec now = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-// Manual time: of the release alone.
-void release(benchmark::State &state, const Document &document, const Library &library)
-{
-    Turn turn(document);
-    for (auto _ : state) {
-        void *loaded = loadOrFail(state, library, turn.next());
-        if (loaded == nullptr) {
-            break;
-        }
-        const double begin = cpuSeconds();
-        library.release(loaded);
-        state.SetIterationTime(cpuSeconds() - begin);
-    }
-}
-
 // The documents of all texts.
 class Held
 {
@@ -137,29 +114,11 @@ void write(benchmark::State &state, const Document &document, const Library &lib
     }
 }
 
-// Where the look-up leads to, by kind of document.
-std::vector<std::string> namesDown(const std::string &kind)
-{
-    if (kind == "database") {
-        return {"AppDB", "appTypeList", "appType", "name"};
-    }
-    if (kind == "attributes") {
-        return {"inventory", "end"};
-    }
-    if (kind == "text") {
-        return {"book", "chapter", "par"};
-    }
-    return {"network", "region", "site", "rack", "shelf", "slot", "card", "lane", "unit"};
-}
-
 void lookUp(benchmark::State &state, const Document &document, const Library &library)
 {
     const Held held(state, document, library);
-    const std::vector<std::string> names = namesDown(document.kind);
-    std::string path;
-    for (const std::string &name : names) {
-        path += "/" + name;
-    }
+    const std::vector<std::string> names = {"AppDB", "appTypeList", "appType", "name"};
+    const std::string path = "/AppDB/appTypeList/appType/name";
     Turn turn(document);
     for (auto _ : state) {
         if (!library.lookUp(held[turn.index()], path, names)) {
@@ -178,41 +137,34 @@ double meanSize(const Document &document)
     return sum / static_cast<double>(document.texts.size());
 }
 
-benchmark::internal::Benchmark *add(const char *operation, Operation measure,
-                                    const Document &document, const Library &library)
+void add(const char *operation, Operation measure, const Document &document, const Library &library)
 {
     const std::string name = std::string(operation) + "/" + document.name() + "/" + library.name;
-    return benchmark::RegisterBenchmark(name.c_str(),
-                                        [&document, &library, measure](benchmark::State &state) {
-                                            measure(state, document, library);
-                                            state.counters["bytes"] = meanSize(document);
-                                        });
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [&document, &library, measure](benchmark::State &state) {
+                                     measure(state, document, library);
+                                     state.counters["bytes"] = meanSize(document);
+                                 });
 }
 
 } // namespace
 
-void addDocumentBenchmarks()
+void addBenchmarks()
 {
     for (const Document &document : documents()) {
         for (const Library *library : libraries) {
             add("load", load, document, *library);
-            if (library == &expat) {
-                continue;
-            }
-            // Not as often as a short release would ask for: the loads around it take long.
-            add("release", release, document, *library)
-                ->UseManualTime()
-                ->Iterations(2 * static_cast<int64_t>(document.texts.size()));
-            if (library == &xmlpDynamic) {
-                continue; // the same code as for a static document
+            if (library == &expat || library == &xmlpDynamic) {
+                continue; // there is nothing to write; it is written as a static one is
             }
             add("compact", write<&Library::compact>, document, *library);
             add("formatted", write<&Library::formatted>, document, *library);
-            if (library->lookUp != nullptr) {
+            if (library->lookUp != nullptr && document.kind == "database") {
                 add("look-up", lookUp, document, *library);
             }
         }
     }
+    addFloorBenchmarks();
 }
 
 } // namespace bench

@@ -1,8 +1,10 @@
 #include "bench/generator.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <random>
+#include <vector>
 
 namespace bench
 {
@@ -16,14 +18,16 @@ const char *const consonants[] = {"b", "c", "d", "f",  "g",  "h",  "k",  "l",  "
                                   "p", "r", "s", "t",  "v",  "w",  "br", "st", "th", "qu",
                                   "x", "z", "j", "cl", "fr", "gr", "pl", "sh", "tr", "y"};
 const char *const vowels[] = {"a", "e", "i", "o", "u", "ar", "en", "il", "or", "un"};
-const char *const wares[] = {"News", "Mail", "Maps",  "Calls",  "Music", "Video", "Cloud", "Games",
-                             "Shop", "Chat", "Radio", "Update", "Drive", "Photo", "Books", "Meet"};
-const char *const protocols[] = {"tcp", "tcp", "tcp", "udp"};
-const char *const ports[] = {"443", "80", "8080", "5222", "3478"};
+const char *const wares[] = {"News", "Mail", "Maps &amp; More", "Calls", "Music", "Video 24",
+                             "Go",   "Chat", "Radio",           "Drive", "TV",    "Business"};
+const char *const protocols[] = {"tcp", "tcp", "udp", "icmp"};
+const char *const networks[] = {"10.", "172.16.", "192.168.", "198.18.", "203.0.113."};
+const char *const switches[] = {"1", "1", "0"};
 const char *const patterns[] = {"GET /", "POST /api/", "Host: ", "&lt;stream to='", "User-Agent: "};
-const char *const types[] = {"Web",       "Mail",   "Streaming", "Games", "Messaging", "Files",
-                             "Telephony", "Social", "Shopping",  "News",  "Work",      "Updates"};
 const char *const attributeWords[] = {"port", "label", "vendor", "serial", "zone", "rate"};
+const char *const recordNames[] = {"host", "link", "reservation"};
+const char *const recordAttributes[] = {"id",   "name", "type",  "owner",    "address", "mask",
+                                        "vlan", "mtu",  "state", "priority", "since",   "comment"};
 const char *const levels[] = {"region", "site", "rack", "shelf", "slot", "card", "lane", "unit"};
 const char *const proseWords[] = {
     "the",    "river", "runs",  "below", "an",     "old",      "bridge", "and",     "nobody",
@@ -42,10 +46,16 @@ public:
         return static_cast<uint32_t>(engine_() % limit);
     }
 
-    // A number from low to high.
+    // A number from 1 to limit, rather a small one.
+    uint32_t few(uint32_t limit)
+    {
+        return 1 + below(1 + below(limit));
+    }
+
+    // A number from low to high, of few digits or many.
     std::string number(uint32_t low, uint32_t high)
     {
-        return std::to_string(low + below(high - low + 1));
+        return std::to_string(low - 1 + few(high - low + 1));
     }
 
     bool chance(uint32_t percent)
@@ -68,6 +78,15 @@ public:
         return text;
     }
 
+    std::string words(uint32_t count)
+    {
+        std::string text = word(few(4));
+        while (--count > 0) {
+            text += " " + word(few(4));
+        }
+        return text;
+    }
+
     std::string hex(uint32_t digits)
     {
         std::string text;
@@ -83,119 +102,147 @@ private:
 
 /* ---- Database -------------------------------------------------------------------------- */
 
-// Elements one below the other, indented by two blanks a level.
+// Elements one below the other, each level indented by so many blanks; all in one line with none.
 class Outline
 {
 public:
-    explicit Outline(size_t depth) : depth_(depth) {}
+    Outline(size_t depth, size_t blanks) : depth_(depth), blanks_(blanks) {}
 
     void open(const char *name)
     {
-        indent();
-        text += std::string("<") + name + ">\n";
+        breakLine();
+        text += std::string("<") + name + ">";
         depth_++;
     }
 
     void close(const char *name)
     {
         depth_--;
-        indent();
-        text += std::string("</") + name + ">\n";
+        breakLine();
+        text += std::string("</") + name + ">";
     }
 
     void leaf(const char *name, const std::string &value)
     {
-        indent();
-        text += std::string("<") + name + ">" + value + "</" + name + ">\n";
+        breakLine();
+        text += std::string("<") + name + ">" + value + "</" + name + ">";
     }
 
     std::string text;
 
 private:
-    void indent()
+    void breakLine()
     {
-        text.append(2 * depth_, ' ');
+        if (blanks_ > 0) {
+            text += "\n" + std::string(depth_ * blanks_, ' ');
+        }
     }
 
     size_t depth_;
+    size_t blanks_;
 };
 
+// What is optional in a database comes or does not, lists and texts have all lengths, and every
+// application is indented in its own way: a processor cannot learn what follows what.
 void addSignature(Outline &outline, Random &random, const char *direction)
 {
     outline.open(direction);
-    outline.leaf("enable", "1");
-    outline.open("segment");
-    outline.leaf("start", random.number(0, 7));
-    outline.leaf("end", random.number(16, 1400));
-    outline.close("segment");
-    outline.leaf("minlength", random.number(8, 200));
-    if (random.chance(65)) {
+    if (random.chance(80)) {
+        outline.leaf("enable", random.of(switches));
+    }
+    if (random.chance(60)) {
+        outline.open("segment");
+        outline.leaf("start", random.number(0, 99));
+        outline.leaf("end", random.number(0, 1499));
+        outline.close("segment");
+    }
+    if (random.chance(50)) {
+        outline.leaf("minlength", random.number(0, 1499));
+    }
+    if (random.chance(50)) {
         outline.leaf("dpiType", "hex");
-        outline.leaf("dpiCode", random.hex(48 + 2 * random.below(64)));
-    } else {
+        const uint32_t bytes = 2 + random.below(60);
+        outline.leaf("dpiCode", random.hex(2 * bytes));
+    } else if (random.chance(80)) {
         outline.leaf("dpiType", "string");
         const std::string pattern = random.of(patterns);
-        outline.leaf("dpiCode", pattern + random.word(8 + random.below(12)));
+        outline.leaf("dpiCode", pattern + random.words(1 + random.below(6)));
     }
     outline.close(direction);
+}
+
+std::string addressAndPort(Random &random, uint32_t knownPercent)
+{
+    if (!random.chance(knownPercent)) {
+        return "0:0";
+    }
+    std::string address = random.of(networks);
+    while (std::count(address.begin(), address.end(), '.') < 3) {
+        address += random.number(0, 255) + ".";
+    }
+    address += random.number(1, 254) + ":";
+    return address + random.number(0, 65535);
 }
 
 void addRule(Outline &outline, Random &random)
 {
     outline.open("rule");
     outline.open("tupleList");
-    for (uint32_t left = random.chance(15) ? 2 : 1; left > 0; left--) {
-        std::string tuple = random.of(protocols) + " 0:0 198.";
-        tuple += random.number(18, 19) + "."; // the addresses set aside for benchmarks
-        tuple += random.number(0, 255) + ".";
-        tuple += random.number(0, 255) + ":";
-        tuple += random.chance(40) ? random.of(ports) : random.number(1024, 65535);
-        outline.leaf("tuple", tuple);
+    for (uint32_t left = random.few(3); left > 0; left--) {
+        const std::string protocol = random.of(protocols);
+        const std::string source = addressAndPort(random, 15);
+        outline.leaf("tuple", protocol + " " + source + " " + addressAndPort(random, 90));
     }
     outline.close("tupleList");
-    if (random.chance(32)) {
+    if (random.chance(50)) {
         addSignature(outline, random, "ori");
     }
-    if (random.chance(12)) {
+    if (random.chance(25)) {
         addSignature(outline, random, "rep");
     }
     outline.close("rule");
 }
 
-std::string application(Random &random, uint32_t id)
+// The list with as many elements as count says, or nothing.
+template <typename Element>
+void addList(Outline &outline, const char *name, uint32_t count, Element addElement)
 {
-    Outline outline(2);
+    if (count > 0) {
+        outline.open(name);
+        while (count-- > 0) {
+            addElement();
+        }
+        outline.close(name);
+    }
+}
+
+std::string application(Random &random, uint32_t id, uint32_t types)
+{
+    Outline outline(2, random.below(3));
     outline.open("app");
     outline.leaf("id", std::to_string(id));
-    const std::string brand = random.word(3 + random.below(3));
-    outline.leaf("name", brand + " " + random.of(wares));
-    outline.leaf("visible", "1");
-    outline.open("typeIdList");
-    outline.leaf("typeId", random.number(1, static_cast<uint32_t>(std::size(types))));
-    outline.close("typeIdList");
-    outline.open("ruleList");
-    for (uint32_t left = 1 + random.below(3); left > 0; left--) {
-        addRule(outline, random);
+    const std::string brand = random.words(random.few(3));
+    outline.leaf("name", random.chance(60) ? brand + " " + random.of(wares) : brand);
+    if (random.chance(70)) {
+        outline.leaf("visible", random.of(switches));
     }
-    outline.close("ruleList");
-    outline.open("dnsKwList");
-    outline.leaf("dnsKw", brand);
-    if (random.chance(50)) {
-        outline.leaf("dnsKw", random.word(4));
-    }
-    outline.close("dnsKwList");
+    addList(outline, "typeIdList", random.below(4),
+            [&] { outline.leaf("typeId", std::to_string(1 + random.below(types))); });
+    addList(outline, "ruleList", random.few(6) - 1, [&] { addRule(outline, random); });
+    addList(outline, "dnsKwList", random.below(5),
+            [&] { outline.leaf("dnsKw", random.word(1 + random.below(6))); });
     outline.close("app");
     return outline.text;
 }
 
-std::string applicationTypes()
+std::string applicationTypes(Random &random, uint32_t types)
 {
-    Outline outline(1);
+    Outline outline(1, 2);
     outline.open("appTypeList");
-    for (uint32_t i = 0; i < std::size(types); i++) {
+    for (uint32_t id = 1; id <= types; id++) {
         outline.open("appType");
-        outline.leaf("id", std::to_string(i + 1));
-        outline.leaf("name", types[i]);
+        outline.leaf("id", std::to_string(id));
+        outline.leaf("name", random.words(random.few(3)));
         outline.close("appType");
     }
     outline.close("appTypeList");
@@ -218,12 +265,40 @@ std::string fill(size_t size, std::string head, const std::string &tail, Piece m
 
 std::string makeDatabase(size_t size, Random &random)
 {
+    const uint32_t types = 5 + random.below(40);
     uint32_t id = 0;
     return fill(size,
                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<AppDB>\n  <ver>1.2.0</ver>\n"
-                "  <proModel>TARN-AR300</proModel>\n  <expired>2030-12-31</expired>\n  <appList>\n",
-                "  </appList>\n" + applicationTypes() + "</AppDB>\n",
-                [&] { return application(random, ++id); });
+                "  <proModel>TARN-AR300</proModel>\n  <expired>2030-12-31</expired>\n  <appList>",
+                "\n  </appList>" + applicationTypes(random, types) + "\n</AppDB>\n", [&] {
+                    id += 1 + random.below(8);
+                    return application(random, id, types);
+                });
+}
+
+// What people write: few names, and every other value was there before.
+std::string makeRecords(size_t size, Random &random)
+{
+    std::vector<std::string> values = {"up"};
+    return fill(size, "<records>\n", "</records>\n", [&] {
+        const std::string name = random.of(recordNames);
+        std::string element = "  <" + name;
+        uint32_t wanted = 3 + random.below(4);
+        auto left = static_cast<uint32_t>(std::size(recordAttributes));
+        for (const char *attribute : recordAttributes) {
+            if (random.below(left--) < wanted) {
+                wanted--;
+                std::string value = random.of(values);
+                if (random.chance(50)) {
+                    value =
+                        random.chance(50) ? random.number(0, 999999) : random.words(random.few(3));
+                    values.push_back(value);
+                }
+                element += std::string(" ") + attribute + "=\"" + value + "\"";
+            }
+        }
+        return element + "/>\n";
+    });
 }
 
 // No name of an element or attribute comes twice, and hardly a value.
@@ -288,7 +363,8 @@ std::string generate(const std::string &kind, size_t size, uint32_t seed)
     } makers[] = {{"database", makeDatabase},
                   {"attributes", makeAttributes},
                   {"text", makeText},
-                  {"deep", makeDeep}};
+                  {"deep", makeDeep},
+                  {"records", makeRecords}};
 
     Random random(seed);
     for (const auto &maker : makers) {

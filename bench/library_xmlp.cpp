@@ -35,7 +35,15 @@ bool lookUp(void *document, const std::string &path, const std::vector<std::stri
 
 } // namespace
 
-const Library xmlpStatic = {"xmlp_static", load<1>, release, serialize<1>, serialize<0>, lookUp};
-const Library xmlpDynamic = {"xmlp_dynamic", load<0>, release, serialize<1>, serialize<0>, lookUp};
+#ifdef XMLP_NO_VECTOR
+#define BUILD "-no-vector"
+#else
+#define BUILD ""
+#endif
+
+const Library xmlpStatic = {"xmlp_static" BUILD, load<1>,      release,
+                            serialize<1>,        serialize<0>, lookUp};
+const Library xmlpDynamic = {"xmlp_dynamic" BUILD, load<0>,      release,
+                             serialize<1>,         serialize<0>, lookUp};
 
 } // namespace bench

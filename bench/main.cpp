@@ -1,4 +1,4 @@
-// bench FOLDER [OPTION...]: the benchmark program; the documents are in the folder, the options are
+// PROGRAM FOLDER [OPTION...]: a benchmark program; the documents are in the folder, the options are
 // those of Google Benchmark. Results go to standard error and, with --benchmark_out, to a file;
 // standard output is what the measured libraries print on, and goes nowhere.
 
@@ -13,15 +13,13 @@ int main(int argc, char **argv)
 {
     benchmark::Initialize(&argc, argv);
     if (argc != 2 || !bench::openDocuments(argv[1])) {
-        fputs("usage: bench FOLDER [OPTION...], the folder as write_documents left it\n", stderr);
+        fputs("usage: PROGRAM FOLDER [OPTION...], the folder as write_documents left it\n", stderr);
         return 2;
     }
     if (freopen("/dev/null", "w", stdout) == nullptr) {
         return 2;
     }
-    bench::addDocumentBenchmarks();
-    bench::addLoadBenchmarks();
-    bench::addHostileBenchmarks();
+    bench::addBenchmarks();
 
     benchmark::ConsoleReporter reporter(benchmark::ConsoleReporter::OO_Tabular);
     reporter.SetOutputStream(&std::cerr);
