@@ -22,109 +22,36 @@ const Library *const libraries[] = {&xmlpStatic, &xmlpDynamic, &pugixml, &rapidx
 using Operation = void (*)(benchmark::State &state, const Document &document,
                            const Library &library);
 
-void *loadOrFail(benchmark::State &state, const Library &library, std::string_view text)
-{
-    void *loaded = library.load(text);
-    if (loaded == nullptr) {
-        state.SkipWithError("the text was refused");
-    }
-    return loaded;
-}
-
-// The texts in turn.
-class Turn
-{
-public:
-    explicit Turn(const Document &document) : texts_(document.texts) {}
-
-    std::string_view next()
-    {
-        return texts_[index()];
-    }
-
-    size_t index()
-    {
-        return turn_++ % texts_.size();
-    }
-
-private:
-    const std::vector<std::string_view> &texts_;
-    size_t turn_ = 0;
-};
-
-// Reads and releases.
+// Reads and releases the texts in turn.
 void load(benchmark::State &state, const Document &document, const Library &library)
 {
-    Turn turn(document);
+    size_t turn = 0;
     for (auto _ : state) {
-        void *loaded = loadOrFail(state, library, turn.next());
+        void *loaded = library.load(document.texts[turn++ % document.texts.size()]);
         if (loaded == nullptr) {
+            state.SkipWithError("the text was refused");
             break;
         }
         library.release(loaded);
     }
 }
 
-// The documents of all texts.
-class Held
-{
-public:
-    Held(benchmark::State &state, const Document &document, const Library &library)
-        : library_(library)
-    {
-        for (std::string_view text : document.texts) {
-            void *loaded = loadOrFail(state, library, text);
-            if (loaded == nullptr) {
-                break;
-            }
-            documents_.push_back(loaded);
-        }
-    }
-
-    ~Held()
-    {
-        for (void *document : documents_) {
-            library_.release(document);
-        }
-    }
-
-    Held(const Held &) = delete;
-    Held &operator=(const Held &) = delete;
-
-    void *operator[](size_t index) const
-    {
-        return documents_[index];
-    }
-
-private:
-    const Library &library_;
-    std::vector<void *> documents_;
-};
-
 template <size_t (*Library::*serialize)(void *document)>
 void write(benchmark::State &state, const Document &document, const Library &library)
 {
-    const Held held(state, document, library);
-    Turn turn(document);
+    std::vector<void *> loaded;
+    for (std::string_view text : document.texts) {
+        loaded.push_back(library.load(text));
+    }
+    size_t turn = 0;
     for (auto _ : state) {
-        if ((library.*serialize)(held[turn.index()]) == 0) {
+        if ((library.*serialize)(loaded[turn++ % loaded.size()]) == 0) {
             state.SkipWithError("nothing was written");
             break;
         }
     }
-}
-
-void lookUp(benchmark::State &state, const Document &document, const Library &library)
-{
-    const Held held(state, document, library);
-    const std::vector<std::string> names = {"AppDB", "appTypeList", "appType", "name"};
-    const std::string path = "/AppDB/appTypeList/appType/name";
-    Turn turn(document);
-    for (auto _ : state) {
-        if (!library.lookUp(held[turn.index()], path, names)) {
-            state.SkipWithError("the element was not found");
-            break;
-        }
+    for (void *one : loaded) {
+        library.release(one);
     }
 }
 
@@ -159,9 +86,6 @@ void addBenchmarks()
             }
             add("compact", write<&Library::compact>, document, *library);
             add("formatted", write<&Library::formatted>, document, *library);
-            if (library->lookUp != nullptr && document.kind == "database") {
-                add("look-up", lookUp, document, *library);
-            }
         }
     }
     addFloorBenchmarks();

@@ -65,8 +65,7 @@ std::string_view mapFile(const std::string &path)
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     void *bytes = MAP_FAILED;
     if (file >= 0 && fstat(file, &status) == 0 && status.st_size > 0) {
-        bytes = mmap(nullptr, static_cast<size_t>(status.st_size), PROT_READ,
-                     MAP_PRIVATE | MAP_POPULATE, file, 0);
+        bytes = mmap(nullptr, static_cast<size_t>(status.st_size), PROT_READ, MAP_PRIVATE, file, 0);
     }
     if (file >= 0) {
         close(file);

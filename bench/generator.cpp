@@ -189,15 +189,16 @@ void addRule(Outline &outline, Random &random)
     outline.open("rule");
     outline.open("tupleList");
     for (uint32_t left = random.few(3); left > 0; left--) {
-        const std::string protocol = random.of(protocols);
-        const std::string source = addressAndPort(random, 15);
-        outline.leaf("tuple", protocol + " " + source + " " + addressAndPort(random, 90));
+        std::string tuple = random.of(protocols) + " ";
+        tuple += addressAndPort(random, 15) + " ";
+        tuple += addressAndPort(random, 90);
+        outline.leaf("tuple", tuple);
     }
     outline.close("tupleList");
-    if (random.chance(50)) {
+    if (random.chance(70)) {
         addSignature(outline, random, "ori");
     }
-    if (random.chance(25)) {
+    if (random.chance(40)) {
         addSignature(outline, random, "rep");
     }
     outline.close("rule");
@@ -226,10 +227,10 @@ std::string application(Random &random, uint32_t id, uint32_t types)
     if (random.chance(70)) {
         outline.leaf("visible", random.of(switches));
     }
-    addList(outline, "typeIdList", random.below(4),
+    addList(outline, "typeIdList", random.below(5),
             [&] { outline.leaf("typeId", std::to_string(1 + random.below(types))); });
-    addList(outline, "ruleList", random.few(6) - 1, [&] { addRule(outline, random); });
-    addList(outline, "dnsKwList", random.below(5),
+    addList(outline, "ruleList", random.few(5) - 1, [&] { addRule(outline, random); });
+    addList(outline, "dnsKwList", random.below(7),
             [&] { outline.leaf("dnsKw", random.word(1 + random.below(6))); });
     outline.close("app");
     return outline.text;

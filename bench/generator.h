@@ -12,8 +12,8 @@ namespace bench
 {
 
 // Returns an XML text of at most size bytes, and hardly less. The kinds:
-//   database     an application database; one of 200 KB has about 6,500 elements and 630
-//                tuples, no more than one datagram holds, and packs to 29 KB
+//   database     an application database; one of 200 KB has about 6,700 elements and 480
+//                tuples, no more than one datagram holds, and packs to 30 KB
 //   attributes   elements with many attributes, and hardly a name or value twice
 //   records      elements with three to six attributes of a dozen names; half of the values repeat
 //   text         prose with entities and multi-byte characters

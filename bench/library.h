@@ -6,9 +6,7 @@
 #define BENCH_LIBRARY_H
 
 #include <cstddef>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace bench
 {
@@ -24,10 +22,6 @@ struct Library {
     // Writes the document as a text in memory that is thrown away. Returns its length.
     size_t (*compact)(void *document);
     size_t (*formatted)(void *document);
-
-    // Returns whether an element lies on this way down from the top element. path is "/a/b" for
-    // the names a and b.
-    bool (*lookUp)(void *document, const std::string &path, const std::vector<std::string> &names);
 };
 
 extern const Library xmlpStatic;

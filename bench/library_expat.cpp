@@ -35,6 +35,6 @@ void release(void *document)
 
 } // namespace
 
-const Library expat = {"expat", load, release, nullptr, nullptr, nullptr};
+const Library expat = {"expat", load, release, nullptr, nullptr};
 
 } // namespace bench

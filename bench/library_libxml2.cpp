@@ -36,6 +36,6 @@ template <int isFormatted> size_t serialize(void *document)
 
 } // namespace
 
-const Library libxml2 = {"libxml2", load, release, serialize<0>, serialize<1>, nullptr};
+const Library libxml2 = {"libxml2", load, release, serialize<0>, serialize<1>};
 
 } // namespace bench

@@ -5,6 +5,7 @@
 
 #include <iterator>
 #include <rapidxml/rapidxml.hpp>
+#include <string>
 
 namespace rapidxml
 {
@@ -66,18 +67,9 @@ template <int flags> size_t serialize(void *document)
     return text.size();
 }
 
-bool lookUp(void *document, const std::string & /*path*/, const std::vector<std::string> &names)
-{
-    const ::rapidxml::xml_node<> *node = &parsedOf(document)->document;
-    for (const std::string &name : names) {
-        node = node != nullptr ? node->first_node(name.data(), name.size()) : nullptr;
-    }
-    return node != nullptr;
-}
-
 } // namespace
 
-const Library rapidxml = {"rapidxml",   load,  release, serialize<::rapidxml::print_no_indenting>,
-                          serialize<0>, lookUp};
+const Library rapidxml = {"rapidxml", load, release, serialize<::rapidxml::print_no_indenting>,
+                          serialize<0>};
 
 } // namespace bench

@@ -35,17 +35,8 @@ template <bool isCompact> size_t serialize(void *document)
     return static_cast<size_t>(printer.CStrSize()) - 1;
 }
 
-bool lookUp(void *document, const std::string & /*path*/, const std::vector<std::string> &names)
-{
-    const ::tinyxml2::XMLNode *node = documentOf(document);
-    for (const std::string &name : names) {
-        node = node != nullptr ? node->FirstChildElement(name.c_str()) : nullptr;
-    }
-    return node != nullptr;
-}
-
 } // namespace
 
-const Library tinyxml2 = {"tinyxml2", load, release, serialize<true>, serialize<false>, lookUp};
+const Library tinyxml2 = {"tinyxml2", load, release, serialize<true>, serialize<false>};
 
 } // namespace bench

@@ -28,11 +28,6 @@ template <int isCompact> size_t serialize(void *document)
     return text != nullptr ? length : 0;
 }
 
-bool lookUp(void *document, const std::string &path, const std::vector<std::string> & /*names*/)
-{
-    return xmlp_seekXml(static_cast<XmlpDoc *>(document), path.c_str()) != nullptr;
-}
-
 } // namespace
 
 #ifdef XMLP_NO_VECTOR
@@ -41,9 +36,7 @@ bool lookUp(void *document, const std::string &path, const std::vector<std::stri
 #define BUILD ""
 #endif
 
-const Library xmlpStatic = {"xmlp_static" BUILD, load<1>,      release,
-                            serialize<1>,        serialize<0>, lookUp};
-const Library xmlpDynamic = {"xmlp_dynamic" BUILD, load<0>,      release,
-                             serialize<1>,         serialize<0>, lookUp};
+const Library xmlpStatic = {"xmlp_static" BUILD, load<1>, release, serialize<1>, serialize<0>};
+const Library xmlpDynamic = {"xmlp_dynamic" BUILD, load<0>, release, serialize<1>, serialize<0>};
 
 } // namespace bench

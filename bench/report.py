@@ -35,7 +35,6 @@ OPERATIONS = {
     "load, dynamic": ("default", "load", "xmlp_dynamic", None),
     "compact text": ("default", "compact", "xmlp_static", None),
     "formatted text": ("default", "formatted", "xmlp_static", None),
-    "look up a path": ("default", "look-up", "xmlp_static", None),
 }
 
 # The least that a load costs: the step, and the load that its time is a share of.
