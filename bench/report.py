@@ -3,9 +3,9 @@
 
 usage: report.py RESULTS SIZE
 
-SIZE is that of the documents that all is measured with. A ratio is our time by theirs: below 1.00
-we are faster. It is that of the medians of all runs, and of CPU time. Every library ran in processes
-of its own. "kept" are runs whose allocator gave no memory back to the kernel, whoever ran.
+SIZE is that of the documents that everything is measured with. A ratio is our time by theirs: below
+1.00 we are faster. It is that of the medians of all runs, and of CPU time. Every library ran in
+processes of its own. "kept" are runs whose allocator gave no memory back to the kernel.
 """
 
 import collections
@@ -83,7 +83,7 @@ Row = collections.namedtuple("Row", "what document size figure ratios targets")
 
 
 class Figures:
-    """Median times in nanoseconds: by how memory was managed and the parts of a benchmark's name."""
+    """Median times in nanoseconds, by how memory was managed and a benchmark's name in parts."""
 
     def __init__(self, folder):
         times = collections.defaultdict(lambda: collections.defaultdict(list))
@@ -143,7 +143,7 @@ def document_rows(figures):
 
 
 def growth_rows(figures):
-    """By what factor a byte costs more in the large document: in each run, and the worst of them."""
+    """By what factor a byte costs more in the large document, in each run; the worst one counts."""
     for what, subject in ("static", "xmlp_static"), ("dynamic", "xmlp_dynamic"):
         for kind in KINDS:
             small, large = (("kept", "load", kind, size, subject) for size in ("50KB", "2MB"))
