@@ -172,11 +172,14 @@ static int waitReadable(int fd, int32_t timeout)
     return 1;
 }
 
-/* Whether the kernel marked the message as cut, or it says it is longer than what arrived. */
+/*
+ * Whether the kernel marked the message as cut, or it says it is longer than what arrived. When not
+ * even a header arrived, what the buffer held before counts for the rest of it.
+ */
 static bool isTruncated(const void *message, uint32_t received)
 {
-    nlmsghdr header = {};
-    memcpy(&header, message, received < sizeof header ? received : sizeof header);
+    nlmsghdr header;
+    memcpy(&header, message, sizeof header);
     return (header.nlmsg_flags & truncatedFlag) != 0 || header.nlmsg_len > received;
 }
 

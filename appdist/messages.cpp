@@ -36,7 +36,7 @@ static appdist_message *newMessage(const appdist_handle *handle, uint16_t type,
 static appdist_message *newRecords(const appdist_handle *handle, uint16_t type, const void *records,
                                    uint32_t count, uint32_t recordSize)
 {
-    if (count == 0) {
+    if (count == 0 || records == nullptr) {
         return nullptr;
     }
     const uint64_t recordBytes = uint64_t{count} * recordSize;

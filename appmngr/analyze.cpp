@@ -53,7 +53,7 @@ static int fillTables(XmlpNode *root)
         g_appmngr_appDb.type[i].id = g_appmngr_typeIds[i];
     }
     appmngr_setHandlerInfo(_appmngr_appDbHandlers);
-    int status = appmngr_xmlnode_handler(root, 0);
+    int status = _appmngr_walkChildren(root, 0);
     appmngr_setHandlerInfo(nullptr);
     if (status != 0) {
         _appmngr_report("appmngr_analyzeDbFile", 2341, "appmngr_xmlnode_handler failed\n");

@@ -51,35 +51,32 @@ int appmngr_parseThroughXML(const char *prefix, const XmlpNode *node);
  */
 typedef uintptr_t appmngr_context;
 
-/* How the children of an element are walked. */
-typedef enum appmngr_descent {
-    APPMNGR_LEAF,     /* not at all */
-    APPMNGR_SAME,     /* with the context of the element */
-    APPMNGR_ZERO,     /* with context 0 */
-    APPMNGR_ONE,      /* with context 1 */
-    APPMNGR_OWN_COUNT /* with the address of a counter of its own, starting at 0 */
-} appmngr_descent;
+/* Returns 0 or -1; the walk ignores it. */
+typedef int (*appmngr_handler)(XmlpNode *node, appmngr_context context);
 
-/*
- * A row of a handler table; a row with a null tag ends the table. handler, when there is one, is
- * called with the element's context before the children are walked; leave, when there is one,
- * after them with the children's context. Their results are ignored.
- */
+/* A row of a handler table; a row with a null tag ends the table. */
 typedef struct appmngr_tagHandler {
-    const char *tag; /* matched without regard to ASCII letter case */
-    appmngr_descent descent;
-    int (*handler)(XmlpNode *node, appmngr_context context);
-    int (*leave)(XmlpNode *node, appmngr_context context);
+    const char *tag;         /* matched without regard to ASCII letter case */
+    appmngr_handler handler; /* null: the row is passed over */
 } appmngr_tagHandler;
 
-/* Set and read the current table; null for none. The table is not copied. */
+/*
+ * Set and read the current table; null for none. The table is not copied. A handler may set
+ * another one: the elements after its own go by that.
+ */
 void appmngr_setHandlerInfo(const appmngr_tagHandler *table);
 const appmngr_tagHandler *appmngr_getHandlerInfo(void);
 
-/* Dispatches every child of node. Returns 0; -1 when memory is short. */
+/*
+ * Dispatches the children of node in order, up to the first that fails. A handler may call it to
+ * have the children of its element walked. Returns 0.
+ */
 int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context);
 
-/* Dispatches one element, to every row of the current table that matches its name. */
+/*
+ * Dispatches one element: calls the handlers of all rows of the current table that match its name,
+ * in order. An element without type, or null, has none. Fails when there is no table.
+ */
 int appmngr_childnode_handler(XmlpNode *node, appmngr_context context);
 
 /* ---- Values ---------------------------------------------------------------------------- */
@@ -131,8 +128,8 @@ int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxN
 
 /*
  * Takes the next token: from text, or from *save when text is null. Delimiters are the bytes of
- * delimiters. Writes a NUL behind the token and keeps the position behind that in *save. Returns
- * null when no token is left.
+ * delimiters. Writes a NUL over the delimiter that ends the token, if there is one, and keeps the
+ * position behind it in *save. Returns null when no token is left.
  */
 char *appmngr_string_token(char *text, const char *delimiters, char **save);
 
@@ -172,8 +169,11 @@ void appmngr_showAppTypes(void);
 /* The name of protocol 6, 17 or 1; "unknown" for others. */
 const char *appmngr_protoName(uint32_t proto);
 
-/* Prints address, length and, in hexadecimal, each of the length bytes at buffer. */
-void appmngr_dumpBuffer(const void *buffer, uint32_t length);
+/*
+ * Prints address, length and, in hexadecimal, each of the length bytes at buffer; none when length
+ * is negative.
+ */
+void appmngr_dumpBuffer(const void *buffer, int32_t length);
 
 /* Writes the rules to file as JSON. Texts are not escaped. */
 void appmngr_writeJson(FILE *file);

@@ -100,7 +100,10 @@ typedef struct appmngr_desc {
 
 /* ---- Tables ---------------------------------------------------------------------------- */
 
-/* Header of the application database. The arrays belong to it. */
+/*
+ * Header of the application database. The arrays belong to it; after a load that found too little
+ * they are null whatever the counts say.
+ */
 typedef struct appmngr_appDb {
     char ver[12];
     char proModel[32];
@@ -126,7 +129,7 @@ typedef struct appmngr_appDescDb {
 
 typedef struct appmngr_dnsTable {
     uint32_t count;
-    appmngr_dnsRule *rule;
+    appmngr_dnsRule *rule; /* likewise */
 } appmngr_dnsTable;
 
 /* What the counting pass found, then the cursors of the filling pass. */
@@ -159,8 +162,9 @@ extern appmngr_appDescDb g_appmngr_appDesc;
 void appmngr_appdb_free(void);
 
 /*
- * Allocates the zeroed tables of g_appmngr_appDesc for descApp and descType entries. Returns 0, or
- * -1 when one of them is 0 or memory is short; then nothing stays allocated.
+ * Allocates the zeroed tables of g_appmngr_appDesc for descApp and descType entries; earlier ones
+ * are released. Returns 0, or -1 when memory is short, and when one of them is 0: then the counts
+ * stand without tables.
  */
 int appmngr_appdesc_alloc(void);
 

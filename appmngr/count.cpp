@@ -91,12 +91,12 @@ static int beginsWith(const char *text, const char *name)
     return length;
 }
 
-// Counts below node, whose own path is the first length characters of the paths in the bit set.
-// A child is descended into only while its path begins a counted one, so the depth is bounded by
-// the longest of them.
-static void countBelow(const XmlpNode *node, size_t length, unsigned paths)
+// Counts child, its later siblings and what is below them. Their parent's path is the first length
+// characters of the paths in the bit set. A child is descended into only while its path begins a
+// counted one, so the depth is bounded by the longest of them.
+static void countSiblings(const XmlpNode *child, size_t length, unsigned paths)
 {
-    for (const XmlpNode *child = node->firstChild; child != nullptr; child = child->next) {
+    for (; child != nullptr; child = child->next) {
         if (child->type == XMLP_NODE_NONE || child->name == nullptr) {
             continue;
         }
@@ -117,20 +117,20 @@ static void countBelow(const XmlpNode *node, size_t length, unsigned paths)
             }
         }
         if (deeper != 0) {
-            countBelow(child, childLength, deeper);
+            countSiblings(child->firstChild, childLength, deeper);
         }
     }
 }
 
 int appmngr_parseThroughXML(const char *prefix, const XmlpNode *node)
 {
-    if (prefix == nullptr || node == nullptr) {
+    if (prefix == nullptr) {
         return 0;
     }
     unsigned paths = 0;
     for (unsigned i = 0; i < PATHS; i++) {
         paths |= beginsWith(countedPaths[i].path, prefix) >= 0 ? 1u << i : 0u;
     }
-    countBelow(node, strlen(prefix), paths);
+    countSiblings(xmlp_getChildNode(node, 0), strlen(prefix), paths);
     return 0;
 }

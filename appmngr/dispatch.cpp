@@ -1,6 +1,6 @@
 // The filling pass: dispatches every element to the rows of the current handler table.
 
-#include "appmngr/appmngr.h"
+#include "appmngr/appmngr_internal.h"
 #include "loader/diagnostic.h"
 
 #include <stdlib.h>
@@ -8,38 +8,9 @@
 
 static const appmngr_tagHandler *pHandlerInfo;
 
-// The rows among the table's first INDEXED by first letter, its case left out, and by length of
-// their tags; hardly more than one row has to be compared with the name of an element.
-enum : uint32_t { INDEXED = 64, LETTERS = 32, LONG = 15 };
-static uint64_t rowsByLetter[LETTERS];
-static uint64_t rowsByLength[LONG + 1]; // the last for LONG characters and more
-static const appmngr_tagHandler *firstUnindexed;
-
-static unsigned letterOf(const char *name)
-{
-    return static_cast<unsigned char>(name[0]) % LETTERS;
-}
-
-static size_t lengthOf(const char *name)
-{
-    size_t length = 0;
-    while (length < LONG && name[length] != '\0') {
-        length++;
-    }
-    return length;
-}
-
 void appmngr_setHandlerInfo(const appmngr_tagHandler *table)
 {
     pHandlerInfo = table;
-    memset(rowsByLetter, 0, sizeof(rowsByLetter));
-    memset(rowsByLength, 0, sizeof(rowsByLength));
-    firstUnindexed = table;
-    for (uint32_t i = 0; table != nullptr && i < INDEXED && table[i].tag != nullptr; i++) {
-        rowsByLetter[letterOf(table[i].tag)] |= UINT64_C(1) << i;
-        rowsByLength[lengthOf(table[i].tag)] |= UINT64_C(1) << i;
-        firstUnindexed = &table[i + 1];
-    }
 }
 
 const appmngr_tagHandler *appmngr_getHandlerInfo(void)
@@ -47,72 +18,124 @@ const appmngr_tagHandler *appmngr_getHandlerInfo(void)
     return pHandlerInfo;
 }
 
+/* ---- Rows ---------------------------------------------------------------------------------- */
+
+// The first row from row on that is for elements of this name; the end of the table if none is.
+static const appmngr_tagHandler *findRow(const appmngr_tagHandler *row, const char *name)
+{
+    while (row->tag != nullptr &&
+           (row->handler == nullptr || appmngr_strcasecmpSafe(name, row->tag) != 0)) {
+        row++;
+    }
+    return row;
+}
+
+int appmngr_childnode_handler(XmlpNode *node, appmngr_context context)
+{
+    if (node == nullptr || node->type == XMLP_NODE_NONE) {
+        return 0;
+    }
+    if (pHandlerInfo == nullptr) {
+        APPMNGR_ERROR(1894, "Null pHandlerInfo\n");
+        return -1;
+    }
+    const appmngr_tagHandler *row = findRow(pHandlerInfo, node->name);
+    for (; row->tag != nullptr; row = findRow(row + 1, node->name)) {
+        row->handler(node, context);
+    }
+    return 0;
+}
+
+/* ---- The walk ------------------------------------------------------------------------------ */
+
 namespace
 {
-// An element on the way down to the one at hand. Frames stay for reuse until the walk ends, and
-// where they are, since the address of a counter is a context.
+// A row, and what its handler is if that is a container.
+struct Match {
+    const appmngr_tagHandler *row; // the end of the table when there is none
+    const appmngr_container *container;
+};
+
+// A container on the way down to the element at hand. Frames stay for reuse until the walk ends,
+// and where they are, since the address of a counter is a context.
 struct Frame {
     Frame *outer;
     Frame *inner;
-    XmlpNode *node;
-    uint64_t candidates;                 // indexed rows that may match it and were not tried
-    const appmngr_tagHandler *unindexed; // the first other row that was not tried
-    const appmngr_tagHandler *row;       // the row at work on it
-    appmngr_context context;             // what its handlers are given
-    appmngr_context below;               // what those of its children are given
+    const appmngr_container *container;
+    appmngr_context context; // of the children
     uint32_t tuples;
+    XmlpNode *child; // at work on it; null behind the last
+    Match match;     // the row at work on it
 };
+
+// The rows that were found for the names of a tree. A static tree has one string for each name, so
+// that its address tells it; names lie close together, and have two bytes or more.
+struct Known {
+    const char *name;
+    Match match;
+};
+enum : size_t { KNOWN = 256 };
 } // namespace
 
-static XmlpNode *firstTyped(XmlpNode *node)
+static Known known[KNOWN];
+
+static const appmngr_container *containerOf(appmngr_handler handler)
 {
-    while (node != nullptr && node->type == XMLP_NODE_NONE) {
-        node = node->next;
+    const appmngr_container *container = _appmngr_containers;
+    while (container->handler != nullptr && container->handler != handler) {
+        container++;
     }
-    return node;
+    return container->handler != nullptr ? container : nullptr;
 }
 
-static void begin(Frame *frame, XmlpNode *node, appmngr_context context)
+static Match matchFrom(const appmngr_tagHandler *row, const char *name)
 {
-    const char *name = node->name != nullptr ? node->name : "";
-    frame->node = node;
-    frame->candidates = rowsByLetter[letterOf(name)] & rowsByLength[lengthOf(name)];
-    frame->unindexed = firstUnindexed;
-    frame->context = context;
+    row = findRow(row, name);
+    return {row, containerOf(row->handler)};
 }
 
-// Brings the frame to the next row that matches its element. Returns whether there is one.
-static bool nextRow(Frame *frame)
+static Match knownMatch(const char *name)
 {
-    const char *name = frame->node->name != nullptr ? frame->node->name : "";
-    while (frame->candidates != 0) {
-        frame->row = &pHandlerInfo[__builtin_ctzll(frame->candidates)];
-        frame->candidates &= frame->candidates - 1;
-        if (appmngr_strcasecmp(name, frame->row->tag) == 0) {
-            return true;
-        }
+    Known *slot = &known[reinterpret_cast<uintptr_t>(name) / 2 % KNOWN];
+    if (slot->name != name || name == nullptr) {
+        *slot = {name, matchFrom(pHandlerInfo, name)};
     }
-    while (frame->unindexed->tag != nullptr) {
-        frame->row = frame->unindexed++;
-        if (appmngr_strcasecmp(name, frame->row->tag) == 0) {
-            return true;
-        }
-    }
-    return false;
+    return slot->match;
 }
 
-static appmngr_context contextBelow(Frame *frame)
+// Goes on to child, or to the first of its siblings that has a type.
+static void goTo(Frame *frame, XmlpNode *child, bool knows)
 {
-    switch (frame->row->descent) {
+    while (child != nullptr && child->type == XMLP_NODE_NONE) {
+        child = child->next;
+    }
+    if (child != nullptr && pHandlerInfo == nullptr) {
+        (void)appmngr_childnode_handler(child, 0); // reports it
+        child = nullptr;
+    }
+    frame->child = child;
+    if (child != nullptr) {
+        frame->match = knows ? knownMatch(child->name) : matchFrom(pHandlerInfo, child->name);
+    }
+}
+
+static void enter(Frame *frame, const appmngr_container *container, appmngr_context context)
+{
+    frame->container = container;
+    switch (container->below) {
+    case APPMNGR_SAME:
+        frame->context = context;
+        break;
     case APPMNGR_ZERO:
-        return 0;
+        frame->context = 0;
+        break;
     case APPMNGR_ONE:
-        return 1;
+        frame->context = 1;
+        break;
     case APPMNGR_OWN_COUNT:
         frame->tuples = 0;
-        return reinterpret_cast<appmngr_context>(&frame->tuples);
-    default:
-        return frame->context;
+        frame->context = reinterpret_cast<appmngr_context>(&frame->tuples);
+        break;
     }
 }
 
@@ -128,78 +151,74 @@ static Frame *innerFrame(Frame *outer)
     return outer->inner;
 }
 
-// Ends the work of the current row on the frame's element.
-static void leaveRow(Frame *frame)
+static void freeInner(Frame *frame)
 {
-    if (frame->row->leave != nullptr) {
-        frame->row->leave(frame->node, frame->below);
+    for (Frame *inner = frame->inner; inner != nullptr;) {
+        Frame *next = inner->inner;
+        free(inner);
+        inner = next;
     }
 }
 
-// Walks an element and what its rows want walked below it, in document order. Elements nest as
-// deep as the document has room for, so the way back up is kept in frames, not on the stack.
-static int walk(Frame *top)
+// Elements nest as deep as the document has room for, so the way back up is kept in frames, not on
+// the stack.
+int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_context context)
 {
-    Frame *frame = top;
-    for (;;) {
-        if (nextRow(frame)) {
-            frame->below = contextBelow(frame);
-            if (frame->row->handler != nullptr) {
-                frame->row->handler(frame->node, frame->context);
-            }
-            XmlpNode *child =
-                frame->row->descent != APPMNGR_LEAF ? firstTyped(frame->node->firstChild) : nullptr;
-            if (child == nullptr) {
-                leaveRow(frame);
-                continue;
-            }
-            Frame *inner = innerFrame(frame);
-            if (inner == nullptr) {
-                return -1;
-            }
-            begin(inner, child, frame->below);
-            frame = inner;
-        } else if (frame == top) {
-            return 0;
-        } else {
-            XmlpNode *sibling = firstTyped(frame->node->next);
-            if (sibling != nullptr) {
-                begin(frame, sibling, frame->context);
-            } else {
-                frame = frame->outer;
-                leaveRow(frame);
-            }
-        }
-    }
-}
-
-int appmngr_childnode_handler(XmlpNode *node, appmngr_context context)
-{
-    if (node == nullptr || node->type == XMLP_NODE_NONE) {
-        return 0;
-    }
-    if (pHandlerInfo == nullptr) {
-        APPMNGR_ERROR(1894, "Null pHandlerInfo\n");
-        return -1;
+    // The table of the application database has each name once, and its handlers change neither
+    // trees nor the table: what was found for a name stays true.
+    const bool knows = pHandlerInfo == _appmngr_appDbHandlers;
+    if (knows) {
+        memset(known, 0, sizeof(known));
     }
     Frame top = {};
-    begin(&top, node, context);
-    int status = walk(&top);
-    for (Frame *frame = top.inner; frame != nullptr;) {
-        Frame *inner = frame->inner;
-        free(frame);
-        frame = inner;
+    Frame *frame = &top;
+    enter(frame, container, context);
+    goTo(frame, xmlp_getChildNode(node, 0), knows);
+    int status = 0;
+    for (;;) {
+        if (frame->child == nullptr) {
+            if (frame->container->leave != nullptr) {
+                frame->container->leave(frame->context);
+            }
+            if (frame == &top) {
+                break;
+            }
+            frame = frame->outer;
+        } else if (frame->match.row->tag == nullptr) {
+            goTo(frame, frame->child->next, knows);
+            continue;
+        } else if (frame->match.container != nullptr) {
+            Frame *inner = innerFrame(frame);
+            if (inner == nullptr) {
+                status = -1;
+                break;
+            }
+            enter(inner, frame->match.container, frame->context);
+            goTo(inner, frame->child->firstChild, knows);
+            frame = inner;
+            continue;
+        } else {
+            frame->match.row->handler(frame->child, frame->context);
+        }
+        // The row has done its work.
+        if (knows) {
+            goTo(frame, frame->child->next, knows);
+        } else {
+            frame->match = matchFrom(frame->match.row + 1, frame->child->name);
+        }
     }
+    freeInner(&top);
     return status;
+}
+
+int _appmngr_walkChildren(XmlpNode *node, appmngr_context context)
+{
+    static const appmngr_container children = {nullptr, APPMNGR_SAME, nullptr};
+    return _appmngr_walk(&children, node, context);
 }
 
 int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context)
 {
-    XmlpNode *child = node != nullptr ? node->firstChild : nullptr;
-    for (; child != nullptr; child = child->next) {
-        if (appmngr_childnode_handler(child, context) != 0) {
-            return pHandlerInfo == nullptr ? 0 : -1;
-        }
-    }
+    (void)_appmngr_walkChildren(node, context);
     return 0;
 }

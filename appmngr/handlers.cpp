@@ -21,7 +21,7 @@ static appmngr_app *currentApp()
 
 static appmngr_appType *currentType()
 {
-    return g_appmngr_count.typeCur < g_appmngr_appDb.typeCount
+    return g_appmngr_appDb.type != nullptr && g_appmngr_count.typeCur < g_appmngr_appDb.typeCount
                ? &g_appmngr_appDb.type[g_appmngr_count.typeCur]
                : nullptr;
 }
@@ -29,8 +29,10 @@ static appmngr_appType *currentType()
 // Rule record number offset from the cursor on.
 static appmngr_rule *ruleAt(uint32_t offset)
 {
-    uint32_t left = g_appmngr_appDb.ruleCount - g_appmngr_count.ruleCur;
-    return offset < left ? &g_appmngr_appDb.rule[g_appmngr_count.ruleCur + offset] : nullptr;
+    const uint64_t at = uint64_t{g_appmngr_count.ruleCur} + offset;
+    return g_appmngr_appDb.rule != nullptr && at < g_appmngr_appDb.ruleCount
+               ? &g_appmngr_appDb.rule[at]
+               : nullptr;
 }
 
 // The signature of the direction that the context names.
@@ -103,22 +105,14 @@ static int readVisible(XmlpNode *node, appmngr_context /*context*/)
     return app != nullptr ? appmngr_getNodeInt(node, &app->visible) : -1;
 }
 
-static int leaveApp(XmlpNode * /*node*/, appmngr_context /*context*/)
+static void leaveApp(appmngr_context /*context*/)
 {
-    if (currentApp() == nullptr) {
-        return -1;
-    }
-    g_appmngr_count.appCur++;
-    return 0;
+    g_appmngr_count.appCur += currentApp() != nullptr ? 1 : 0;
 }
 
-static int leaveAppType(XmlpNode * /*node*/, appmngr_context /*context*/)
+static void leaveAppType(appmngr_context /*context*/)
 {
-    if (currentType() == nullptr) {
-        return -1;
-    }
-    g_appmngr_count.typeCur++;
-    return 0;
+    g_appmngr_count.typeCur += currentType() != nullptr ? 1 : 0;
 }
 
 int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context /*context*/)
@@ -143,7 +137,8 @@ int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context /*context*/)
 static int readDnsKw(XmlpNode *node, appmngr_context /*context*/)
 {
     const appmngr_app *app = currentApp();
-    if (node == nullptr || app == nullptr || g_appmngr_count.dnsCur >= g_appmngr_appDns.count) {
+    if (node == nullptr || app == nullptr || g_appmngr_appDns.rule == nullptr ||
+        g_appmngr_count.dnsCur >= g_appmngr_appDns.count) {
         return -1;
     }
     appmngr_dnsRule *rule = &g_appmngr_appDns.rule[g_appmngr_count.dnsCur++];
@@ -154,13 +149,13 @@ static int readDnsKw(XmlpNode *node, appmngr_context /*context*/)
 /* ---- Rules --------------------------------------------------------------------------------- */
 
 // The tuples of a rule lie one after the other from the cursor on; its signatures lie in the first.
-static int leaveRule(XmlpNode * /*node*/, appmngr_context context)
+static void leaveRule(appmngr_context context)
 {
     const uint32_t count = *tupleCounter(context);
     const appmngr_app *app = currentApp();
     appmngr_rule *first = ruleAt(0);
     if (app == nullptr || first == nullptr) {
-        return -1;
+        return;
     }
     first->appId = app->id;
     uint32_t used = count > 0 ? 1 : 0;
@@ -174,7 +169,6 @@ static int leaveRule(XmlpNode * /*node*/, appmngr_context context)
         rule->reply = first->reply;
     }
     g_appmngr_count.ruleCur += used;
-    return 0;
 }
 
 namespace
@@ -276,36 +270,53 @@ static int readDpiCode(XmlpNode *node, appmngr_context context)
     return 0;
 }
 
-/* ---- The table ----------------------------------------------------------------------------- */
+/* ---- The tables ---------------------------------------------------------------------------- */
+
+enum { CHILDREN, WITH_ZERO, WITH_ONE, APP, APP_TYPE, RULE };
+
+template <int which> static int walk(XmlpNode *node, appmngr_context context)
+{
+    return _appmngr_walk(&_appmngr_containers[which], node, context);
+}
+
+extern const appmngr_container _appmngr_containers[] = {
+    {walk<CHILDREN>, APPMNGR_SAME, nullptr},
+    {walk<WITH_ZERO>, APPMNGR_ZERO, nullptr},
+    {walk<WITH_ONE>, APPMNGR_ONE, nullptr},
+    {walk<APP>, APPMNGR_SAME, leaveApp},
+    {walk<APP_TYPE>, APPMNGR_SAME, leaveAppType},
+    {walk<RULE>, APPMNGR_OWN_COUNT, leaveRule},
+    {},
+};
 
 extern const appmngr_tagHandler _appmngr_appDbHandlers[] = {
-    {"AppDB", APPMNGR_SAME, nullptr, nullptr},
-    {"ver", APPMNGR_LEAF, readVer, nullptr},
-    {"proModel", APPMNGR_LEAF, readProModel, nullptr},
-    {"expired", APPMNGR_LEAF, readExpired, nullptr},
-    {"appList", APPMNGR_ZERO, nullptr, nullptr},
-    {"app", APPMNGR_SAME, nullptr, leaveApp},
-    {"id", APPMNGR_LEAF, readId, nullptr},
-    {"name", APPMNGR_LEAF, readName, nullptr},
-    {"visible", APPMNGR_LEAF, readVisible, nullptr},
-    {"typeIdList", APPMNGR_SAME, nullptr, nullptr},
-    {"typeId", APPMNGR_LEAF, _appmngr_xmlnode_handler_typeid, nullptr},
-    {"ruleList", APPMNGR_SAME, nullptr, nullptr},
-    {"rule", APPMNGR_OWN_COUNT, nullptr, leaveRule},
-    {"tupleList", APPMNGR_SAME, nullptr, nullptr},
-    {"tuple", APPMNGR_LEAF, _appmngr_xmlnode_handler_tuple, nullptr},
-    {"ori", APPMNGR_ZERO, nullptr, nullptr},
-    {"rep", APPMNGR_ONE, nullptr, nullptr},
-    {"enable", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::enable>, nullptr},
-    {"segment", APPMNGR_SAME, nullptr, nullptr},
-    {"start", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::start>, nullptr},
-    {"end", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::end>, nullptr},
-    {"minlength", APPMNGR_LEAF, readFeatureInt<&appmngr_feature::minlength>, nullptr},
-    {"dpiType", APPMNGR_LEAF, readDpiType, nullptr},
-    {"dpiCode", APPMNGR_LEAF, readDpiCode, nullptr},
-    {"appTypeList", APPMNGR_ONE, nullptr, nullptr},
-    {"appType", APPMNGR_SAME, nullptr, leaveAppType},
-    {"dnsKwList", APPMNGR_SAME, nullptr, nullptr},
-    {"dnsKw", APPMNGR_LEAF, readDnsKw, nullptr},
-    {nullptr, APPMNGR_LEAF, nullptr, nullptr},
+    {"AppDB", walk<CHILDREN>},
+    {"ver", readVer},
+    {"proModel", readProModel},
+    {"expired", readExpired},
+    {"appList", walk<WITH_ZERO>},
+    {"app", walk<APP>},
+    {"id", readId},
+    {"name", readName},
+    {"visible", readVisible},
+    {"typeIdList", walk<CHILDREN>},
+    {"typeId", _appmngr_xmlnode_handler_typeid},
+    {"ruleList", walk<CHILDREN>},
+    {"rule", walk<RULE>},
+    {"tupleList", walk<CHILDREN>},
+    {"tuple", _appmngr_xmlnode_handler_tuple},
+    {"ori", walk<WITH_ZERO>},
+    {"rep", walk<WITH_ONE>},
+    {"enable", readFeatureInt<&appmngr_feature::enable>},
+    {"segment", walk<CHILDREN>},
+    {"start", readFeatureInt<&appmngr_feature::start>},
+    {"end", readFeatureInt<&appmngr_feature::end>},
+    {"minlength", readFeatureInt<&appmngr_feature::minlength>},
+    {"dpiType", readDpiType},
+    {"dpiCode", readDpiCode},
+    {"appTypeList", walk<WITH_ONE>},
+    {"appType", walk<APP_TYPE>},
+    {"dnsKwList", walk<CHILDREN>},
+    {"dnsKw", readDnsKw},
+    {nullptr, nullptr},
 };

@@ -8,7 +8,7 @@
 
 const char *g_appmngr_descXml = nullptr;
 
-static const uint32_t dumpWidth = 16; // bytes per line
+static const int32_t dumpWidth = 16; // bytes per line
 
 /* ---- Fields -------------------------------------------------------------------------------- */
 
@@ -225,7 +225,7 @@ void appmngr_showAppTypes(void)
     puts("--------------");
 }
 
-void appmngr_dumpBuffer(const void *buffer, uint32_t length)
+void appmngr_dumpBuffer(const void *buffer, int32_t length)
 {
     if (buffer == nullptr) {
         puts("===\r\nData is NULL!\r");
@@ -233,8 +233,8 @@ void appmngr_dumpBuffer(const void *buffer, uint32_t length)
     }
     const auto *bytes = static_cast<const unsigned char *>(buffer);
     printf("\r\nBuffer\r\n===\r\naddr:0x%x\r\nlen:%d!\r\n",
-           static_cast<unsigned>(reinterpret_cast<uintptr_t>(buffer)), asSigned(length));
-    for (uint32_t i = 0; i < length; i++) {
+           static_cast<unsigned>(reinterpret_cast<uintptr_t>(buffer)), length);
+    for (int32_t i = 0; i < length; i++) {
         printf("%02x ", bytes[i]);
         if (i % dumpWidth == dumpWidth - 1) {
             puts("\r");

@@ -50,7 +50,7 @@ template <typename Record> static Record *newTable(uint32_t count, bool *failed)
 
 int _appmngr_alloc_for_appdb(void)
 {
-    if (g_appmngr_appDb.rule != nullptr && g_appmngr_appDb.ruleCount != 0) {
+    if (g_appmngr_appDb.rule != nullptr) {
         appmngr_appdb_free();
     }
     const appmngr_counters *count = &g_appmngr_count;
@@ -59,7 +59,6 @@ int _appmngr_alloc_for_appdb(void)
     g_appmngr_appDns.count = count->dnsKw;
     if (count->tuple == 0 || count->typeId == 0 || count->app == 0 ||
         count->typeId > APPMNGR_TYPE_MAX) {
-        appmngr_appdb_free(); // no count stays without its table
         return -1;
     }
     bool failed = false;
@@ -97,10 +96,10 @@ void appmngr_appdb_free(void)
 
 int appmngr_appdesc_alloc(void)
 {
+    appmngr_appdesc_free();
     g_appmngr_appDesc.appCount = g_appmngr_count.descApp;
     g_appmngr_appDesc.typeCount = g_appmngr_count.descType;
     if (g_appmngr_appDesc.appCount == 0 || g_appmngr_appDesc.typeCount == 0) {
-        appmngr_appdesc_free();
         return -1;
     }
     bool failed = false;
@@ -122,6 +121,9 @@ void appmngr_appdesc_free(void)
 
 appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id)
 {
+    if (g_appmngr_appDb.type == nullptr) {
+        return nullptr;
+    }
     for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
         if (g_appmngr_appDb.type[i].id == id) {
             return &g_appmngr_appDb.type[i];

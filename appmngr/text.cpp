@@ -95,8 +95,10 @@ static char *nextToken(const ByteSet *delimiters, char **save)
     while (*end != '\0' && !isIn(delimiters, *end)) {
         end++;
     }
-    *save = *end != '\0' ? end + 1 : end;
-    *end = '\0';
+    *save = end;
+    if (*end != '\0') {
+        *(*save)++ = '\0';
+    }
     return end > token ? token : nullptr;
 }
 

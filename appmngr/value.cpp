@@ -6,22 +6,21 @@
 #include <string.h>
 
 static char valueBuf[512];
-
-// A longer value counts as missing.
-static bool hasText(const XmlpNode *node)
-{
-    return node != nullptr && node->valueSize < sizeof(valueBuf);
-}
+static uint32_t valueLength; // of the value in it; zeros follow
 
 const char *appmngr_getNodeValue(const XmlpNode *node)
 {
-    if (!hasText(node)) {
+    if (node == nullptr || node->valueSize >= sizeof(valueBuf)) {
         return nullptr;
     }
-    if (node->valueSize > 0) {
-        memcpy(valueBuf, node->value, node->valueSize);
+    const uint32_t length = node->valueSize;
+    if (length > 0) {
+        memmove(valueBuf, node->value, length);
     }
-    valueBuf[node->valueSize] = '\0';
+    if (length < valueLength) {
+        memset(valueBuf + length, 0, valueLength - length);
+    }
+    valueLength = length;
     return valueBuf;
 }
 
@@ -59,15 +58,13 @@ int appmngr_getNodeInt(const XmlpNode *node, int32_t *out)
 
 int appmngr_getNodeString(const XmlpNode *node, char *dest, uint32_t size)
 {
-    if (dest == nullptr || size == 0 || !hasText(node)) {
+    const char *text = dest != nullptr && size > 0 ? appmngr_getNodeValue(node) : nullptr;
+    if (text == nullptr) {
         return -1;
     }
-    size_t length = 0;
-    if (node->valueSize > 0) {
-        const auto *text = reinterpret_cast<const char *>(node->value);
-        length = strnlen(text, node->valueSize < size ? node->valueSize : size - 1);
-        memcpy(dest, text, length);
-    }
+    const size_t length = strnlen(text, size - 1);
+    memcpy(dest, text, length);
     memset(dest + length, 0, size - length);
+    appmngr_freeNodeValue(text);
     return 0;
 }

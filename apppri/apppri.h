@@ -185,14 +185,14 @@ extern unsigned char *g_appPriTbl;
  * applications. Of several sorts with the same application the last one counts. Ids outside the
  * map are left out. Fails when there is no sort list.
  */
-int8_t apppri_initPrimapFromDB(unsigned char *map);
+int8_t apppri_initPrimapFromDB(void *map);
 
 /*
  * Writes the low byte of prio to map at the ids of one sort's applications: the first sort with
  * this id that has an application list. Returns 0, also when there is no such sort, or -1 when
  * there is no sort list.
  */
-int apppri_initPrimapWithSort(unsigned char *map, uint32_t sortId, int32_t prio);
+int apppri_initPrimapWithSort(void *map, uint32_t sortId, int32_t prio);
 
 /* Builds the map of the whole model and sends it to the kernel as message 20. */
 int apppri_sendMsgToKernel(void);

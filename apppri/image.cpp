@@ -19,13 +19,13 @@ int apppri_readDBFromFlash(void)
         APPMNGR_ERROR(1023, "read db flash fail\n");
         return -1;
     }
-    uint32_t length = g_apppri_profile.bufSize;
+    const uint32_t size = g_apppri_profile.bufSize;
+    uint32_t length = size;
     appmngr_unpackImage(apppri_db.xmlBuf, &length, apppri_db.fileBuf);
-    if (length >= g_apppri_profile.bufSize) {
-        APPMNGR_ERROR(1045, "Size of buffer \"%d\" is too small.\n",
-                      static_cast<int>(g_apppri_profile.bufSize));
+    apppri_db.xmlBuf[length < size ? length : size - 1] = '\0';
+    if (length >= size) {
+        APPMNGR_ERROR(1045, "Size of buffer \"%d\" is too small.\n", static_cast<int>(size));
         return -1;
     }
-    apppri_db.xmlBuf[length] = '\0';
     return 0;
 }

@@ -5,17 +5,18 @@
 #include "apppri/diagnostic.h"
 #include "apppri/list.h"
 
-static void setPriority(unsigned char *map, const apppri_app *apps, uint32_t prio)
+static void setPriority(void *map, const apppri_app *apps, uint32_t prio)
 {
+    auto *bytes = static_cast<unsigned char *>(map);
     for (const apppri_app *app = _apppri_first(apps); app != nullptr;
          app = _apppri_next(apps, app)) {
         if (app->appId < g_apppri_profile.mapSize) {
-            map[app->appId] = static_cast<unsigned char>(prio);
+            bytes[app->appId] = static_cast<unsigned char>(prio);
         }
     }
 }
 
-int8_t apppri_initPrimapFromDB(unsigned char *map)
+int8_t apppri_initPrimapFromDB(void *map)
 {
     const apppri_sort *sorts = apppri_db.appSortList;
     if (sorts == nullptr) {
@@ -29,7 +30,7 @@ int8_t apppri_initPrimapFromDB(unsigned char *map)
     return 0;
 }
 
-int apppri_initPrimapWithSort(unsigned char *map, uint32_t sortId, int32_t prio)
+int apppri_initPrimapWithSort(void *map, uint32_t sortId, int32_t prio)
 {
     const apppri_sort *sorts = apppri_db.appSortList;
     if (sorts == nullptr) {

@@ -127,13 +127,13 @@ int appmngr_decrypt(void *dst, uint32_t *pDstLen, const void *src, uint32_t srcL
  * bytes. A last partial block is completed with zeros; encrypting writes it whole, decrypting as
  * far as srcLen. Returns the number of bytes written, 0 for a null argument or too little room.
  */
-int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen,
-                     const unsigned char *key, int encrypt);
+int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
+                     int encrypt);
 
 /* ---- Digest and sealing ---------------------------------------------------------------- */
 
 /* Writes the 16-byte MD5 of len bytes at data to digest. */
-void md5_digest(unsigned char *digest, const void *data, uint32_t len);
+void md5_digest(void *digest, const void *data, uint32_t len);
 
 /* Returns 1 when the MD5 of len bytes at data is the 16 bytes at expected, else 0. */
 int md5_verify(const void *expected, const void *data, uint32_t len);
@@ -145,8 +145,8 @@ int md5_verify(const void *expected, const void *data, uint32_t len);
  * does not report a wrong digest, and keeps the zeros. Returns the number of bytes in dst, or -1
  * when there is too little room.
  */
-int md5_des_seal(const void *src, int32_t srcLen, unsigned char *dst, int32_t dstLen,
-                 const unsigned char *key, int seal);
+int md5_des_seal(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
+                 int seal);
 
 /*
  * Seals or unseals a file of at most 16,382 bytes with the database key. Returns 0 when outPath

@@ -6,8 +6,8 @@
 
 static const int32_t blockSize = sizeof(DES_cblock);
 
-int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen,
-                     const unsigned char *key, int encrypt)
+int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
+                     int encrypt)
 {
     if (src == nullptr || dst == nullptr || key == nullptr ||
         int64_t{dstLen} - blockSize < srcLen) {

@@ -5,9 +5,9 @@
 
 static_assert(MD5_DIGEST_LENGTH == DBIMAGE_DIGEST_SIZE, "digest");
 
-void md5_digest(unsigned char *digest, const void *data, uint32_t len)
+void md5_digest(void *digest, const void *data, uint32_t len)
 {
-    MD5(static_cast<const unsigned char *>(data), len, digest);
+    MD5(static_cast<const unsigned char *>(data), len, static_cast<unsigned char *>(digest));
 }
 
 int md5_verify(const void *expected, const void *data, uint32_t len)

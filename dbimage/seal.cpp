@@ -4,7 +4,7 @@ static const int32_t digestSize = DBIMAGE_DIGEST_SIZE;
 static const int32_t blockSize = 8;
 
 static int sealBuffer(const void *src, int32_t srcLen, unsigned char *dst, int32_t dstLen,
-                      const unsigned char *key)
+                      const void *key)
 {
     if (srcLen < 0 || int64_t{dstLen} - digestSize - blockSize < srcLen) {
         return -1;
@@ -15,7 +15,7 @@ static int sealBuffer(const void *src, int32_t srcLen, unsigned char *dst, int32
 }
 
 static int unsealBuffer(const unsigned char *src, int32_t srcLen, unsigned char *dst,
-                        int32_t dstLen, const unsigned char *key)
+                        int32_t dstLen, const void *key)
 {
     if (int64_t{dstLen} + blockSize < srcLen) {
         return -1;
@@ -29,11 +29,11 @@ static int unsealBuffer(const unsigned char *src, int32_t srcLen, unsigned char 
     return verified < 0 ? verified : length;
 }
 
-int md5_des_seal(const void *src, int32_t srcLen, unsigned char *dst, int32_t dstLen,
-                 const unsigned char *key, int seal)
+int md5_des_seal(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
+                 int seal)
 {
-    if (seal) {
-        return sealBuffer(src, srcLen, dst, dstLen, key);
-    }
-    return unsealBuffer(static_cast<const unsigned char *>(src), srcLen, dst, dstLen, key);
+    const auto *in = static_cast<const unsigned char *>(src);
+    auto *out = static_cast<unsigned char *>(dst);
+    return seal ? sealBuffer(in, srcLen, out, dstLen, key)
+                : unsealBuffer(in, srcLen, out, dstLen, key);
 }

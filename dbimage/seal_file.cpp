@@ -9,8 +9,8 @@ static const size_t inputMax = 16383;
 /* Kept on purpose: a failure leaves the input open. */
 int md5_des_sealFile(const char *inPath, const char *outPath, int seal)
 {
-    unsigned char input[inputMax + 1];
-    unsigned char output[49152];
+    static unsigned char input[inputMax + 1]; // both too large for a small stack
+    static unsigned char output[49152];
 
     const int in = open(inPath, O_RDONLY);
     if (in < 0) {

@@ -49,10 +49,10 @@ int _appmngr_readAppDb(void)
     const uint32_t size = g_appmngr_settings.xmlBufSize;
     uint32_t written = size;
     appmngr_unpackImage(g_appmngr_xmlBuf, &written, g_appmngr_imageBuf);
+    g_appmngr_xmlBuf[written < size ? written : size - 1] = '\0';
     if (size <= written) {
         APPMNGR_ERROR(2167, "Size of buffer \"%d\" is too small.\n", static_cast<int>(size));
         return -1;
     }
-    g_appmngr_xmlBuf[written] = '\0';
     return 0;
 }

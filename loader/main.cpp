@@ -25,6 +25,9 @@ static void keepFreedMemory()
 
 int main(int argc, char **argv)
 {
+    if (appmngr_openStandardStreams() != 0) {
+        return -1;
+    }
     if (argc != 2) {
         usage();
     }
