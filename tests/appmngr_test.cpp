@@ -1,5 +1,6 @@
 // From XML text to tables: counting, dispatch, handlers, and the text helpers under them.
 
+#include "appdist/appdist.h"
 #include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
 #include "loader/image.h"
@@ -132,29 +133,74 @@ TEST(AppMngr, ReportsWhatItLeavesOut)
     EXPECT_EQ(g_appmngr_appDns.rule, nullptr); // no keyword, no table
 }
 
+static std::string called; // the names of elements, with the context; "(" and ")" around a walk
+
+static int note(XmlpNode *node, appmngr_context context)
+{
+    called += node->name + std::to_string(context);
+    return -1; // is ignored
+}
+
+static int walk(XmlpNode *node, appmngr_context context)
+{
+    called += "(";
+    const int status = appmngr_xmlnode_handler(node, context + 1);
+    called += ")";
+    return status;
+}
+
+template <const appmngr_tagHandler *table> static int change(XmlpNode *, appmngr_context)
+{
+    appmngr_setHandlerInfo(table);
+    return 0;
+}
+
+static constexpr appmngr_tagHandler shorter[] = {{"b", note}, {}};
+
 TEST(AppMngr, DispatchesToEveryRowOfATable)
 {
-    char name[] = "Sixteen-Letters!";
-    XmlpNode parent = {}, node = {};
-    parent.firstChild = &node;
-    node.name = name;
-    node.type = XMLP_NODE_VALUE;
-    const auto dispatch = [&] { EXPECT_EQ(appmngr_xmlnode_handler(&parent, 0), 0); };
-    EXPECT_EQ(lines(captured(dispatch)), "; appmngr_childnode_handler:1894 Null pHandlerInfo");
-    EXPECT_EQ(appmngr_childnode_handler(nullptr, 0), 0);
-
-    static int handled;
-    const auto count = [](XmlpNode *, appmngr_context) { return ++handled; };
-    const appmngr_tagHandler table[] = {{"sixteen-letters?", count},
-                                        {"sixteen-letters!", count},
-                                        {"sixteen-letters!", nullptr}, // passed over
-                                        {"SIXTEEN-LETTERS!", count},
+    const appmngr_tagHandler table[] = {{"in", walk},
+                                        {"a", note},
+                                        {"a?", note},
+                                        {"b", nullptr},
+                                        {"b", note},
+                                        {"A", note},
+                                        {"none", change<nullptr>},
+                                        {"other", change<shorter>},
+                                        {"in", note},
+                                        {"none", note},
                                         {}};
-    appmngr_setHandlerInfo(table);
-    EXPECT_EQ(appmngr_getHandlerInfo(), table);
-    dispatch();
-    EXPECT_EQ(handled, 2);
+    const std::string noTable = "; appmngr_childnode_handler:1894 Null pHandlerInfo";
+    const std::pair<const char *, std::string> rows[] = {
+        {"<a>1</a>", "a0a0"},
+        {"<B>1</B>", "B0"},
+        {"<c>1</c>", ""},
+        {"<in><a/><in><b>1</b><c>1</c></in><b>1</b></in>", "((b2)in1b1)in0"},
+        // The other rows for an element are still those of its own table.
+        {"<in><in><none>1</none><a>1</a><a>1</a></in><a>1</a><a>1</a></in>",
+         "((none2)in1)in0" + noTable + noTable},
+        {"<in><in><other>1</other><a>1</a><b>1</b></in><in>1</in><b>1</b></in>", "((b2)in1b1)in0"},
+    };
+    for (const auto &[text, expected] : rows) {
+        SCOPED_TRACE(text);
+        called = "";
+        XmlpDoc *doc = xmlp_loadDoc(text, static_cast<uint32_t>(strlen(text)), 1);
+        const std::string printed = captured([&] {
+            appmngr_setHandlerInfo(table);
+            EXPECT_EQ(appmngr_xmlnode_handler(doc->tree->root, 0), 0);
+        });
+        EXPECT_EQ(called + lines(printed), expected);
+        xmlp_releaseDoc(doc);
+    }
+    appmngr_setHandlerInfo(shorter);
+    EXPECT_EQ(appmngr_getHandlerInfo(), shorter);
     appmngr_setHandlerInfo(nullptr);
+    const std::string printed = captured([] {
+        EXPECT_EQ(appmngr_childnode_handler(nullptr, 0), 0);
+        EXPECT_EQ(appmngr_xmlnode_handler(nullptr, 0), 0);
+        EXPECT_EQ(appmngr_parseThroughXML("root", nullptr), 0);
+    });
+    EXPECT_EQ(edit(printed, "[^\n]*983\\]: parent is null.\r\n", "null "), "null null ");
 }
 
 TEST(AppMngr, RefusedDatabases)
@@ -166,6 +212,25 @@ TEST(AppMngr, RefusedDatabases)
               "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     EXPECT_EQ(appmngr_getAppById(1), nullptr);
     EXPECT_EQ(appmngr_analyzeDbFile(), -1); // without a text
+
+    // The counts stay, without tables, and nobody looks for what they promise.
+    const std::string keyword = "<dnsKwList><dnsKw>k</dnsKw></dnsKwList>";
+    const std::string whole = database(application(keyword));
+    EXPECT_EQ(load(database(element("app", keyword))),
+              "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
+    const std::string listed = captured(appmngr_showDb);
+    EXPECT_NE(listed.find("Type count:              2\n"), std::string::npos);
+    EXPECT_EQ(captured(appmngr_showAppTypes).find("index"), std::string::npos);
+    EXPECT_EQ(_appmngr_getAppTypeBydId(0), nullptr);
+    appdist_handle channel = {};
+    EXPECT_EQ(appdist_send_dns_rules(&channel), 0);
+    XmlpDoc *doc = xmlp_loadDoc(whole.data(), static_cast<uint32_t>(whole.size()), 1);
+    g_appmngr_count.ruleCur = 1; // behind the end
+    appmngr_setHandlerInfo(_appmngr_appDbHandlers);
+    _appmngr_appDbHandlers[0].handler(doc->tree->root, 0);
+    appmngr_setHandlerInfo(nullptr);
+    EXPECT_TRUE(g_appmngr_count.ruleCur == 1 && g_appmngr_count.dnsCur == 0);
+    xmlp_releaseDoc(doc);
 }
 
 TEST(AppMngr, DescriptionsAreCounted)
@@ -173,11 +238,11 @@ TEST(AppMngr, DescriptionsAreCounted)
     load("<AppDesc><appList><app>a</app><app>b</app></appList><langcnt>3</langcnt>"
          "<appTypeList><appType>t</appType></appTypeList></AppDesc>");
     EXPECT_EQ(g_appmngr_count.langcnt, 3u);
-    EXPECT_EQ(appmngr_appdesc_alloc(), 0);
+    EXPECT_EQ(appmngr_appdesc_alloc() + appmngr_appdesc_alloc(), 0);
     EXPECT_TRUE(g_appmngr_appDesc.appCount == 2 && g_appmngr_appDesc.typeCount == 1);
-    appmngr_dbReInit();
+    g_appmngr_count.descType = 0;
     EXPECT_EQ(appmngr_appdesc_alloc(), -1);
-    EXPECT_EQ(appmngr_parseThroughXML("root", nullptr), 0);
+    EXPECT_TRUE(g_appmngr_appDesc.appCount == 2 && g_appmngr_appDesc.app == nullptr);
 }
 
 // The walk meets elements by name alone, more of them than were counted by path, and deeper ones.
@@ -225,6 +290,15 @@ TEST(AppMngr, TextAndNumbers)
     EXPECT_STREQ(escaped, "a\1\2\3b");
     const XmlpNode empty = {};
     EXPECT_EQ(appmngr_getNodeString(&empty, escaped, 0), -1);
+    unsigned char ab[] = "abcd";
+    XmlpNode node = {};
+    node.value = ab;
+    node.valueSize = 4;
+    const char *value = appmngr_getNodeValue(&node); // where every one is read
+    node.valueSize = 2;
+    EXPECT_EQ(appmngr_getNodeString(&node, escaped, 2), 0);
+    EXPECT_STREQ(escaped, "a");
+    EXPECT_EQ(memcmp(value, "ab\0\0", 4), 0);
 
     char word[] = "kept", *save = nullptr;
     EXPECT_EQ(appmngr_string_token(nullptr, " ", &save), nullptr);
@@ -234,6 +308,9 @@ TEST(AppMngr, TextAndNumbers)
     EXPECT_EQ(appmngr_string_makeSubStrByChar(pieces, ' ', 3, parts), 2);
     EXPECT_STREQ(parts[1], "b");
     EXPECT_EQ(parts[2], nullptr);
+    const auto literal = const_cast<char *>("word"); // nothing to write over
+    EXPECT_EQ(appmngr_string_makeSubStrByChar(literal, ' ', 3, parts), 1);
+    EXPECT_EQ(appmngr_string_token(literal, " ", &save), literal);
 
     EXPECT_EQ(appmngr_strcasecmp("AZ\x84", "az\xA4"), 0x84 - 0xA4);
     EXPECT_EQ(appmngr_strcasecmpSafe(nullptr, "a"), 2147483647);

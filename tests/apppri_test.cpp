@@ -216,6 +216,15 @@ TEST(Apppri, LoadsAndLookups)
               "sortId: 2, sortName: b       , priority: 260\r\n  appList:\r\n"
               "      appId: 7   , appName: videotube with thirty-two letter\r\n\r\n");
 
+    // A text that fills its buffer can be read all the same.
+    const auto fill = [] {
+        EXPECT_EQ(apppri_DBResAlloc() + apppri_readDBFromFlash(), -1);
+        const size_t length = strnlen(apppri_db.xmlBuf, 65536);
+        apppri_DBResFree();
+        return static_cast<int>(length);
+    };
+    EXPECT_EQ(loaded(std::string(65536, ' '), fill).substr(0, 6), "65535 ");
+
     EXPECT_EQ(loaded(in("AppSortDB/ver", "1.2.0"), apppri_database_init),
               "-1 initPrimapFromDB:1381 appSortList NULL.\r\n"
               "sendMsgToKernel:1445  apppri_initPrimapFromDB\r\n"

@@ -53,11 +53,10 @@ TEST(Seal, Buffers)
     for (const auto &[seal, input, room, expected] : rows) {
         SCOPED_TRACE(testing::Message() << input << " in " << room);
         const std::vector<char> exact(input.begin(), input.end()); /* nothing to read behind it */
-        std::vector<unsigned char> output(static_cast<size_t>(room));
+        Bytes output(static_cast<size_t>(room), 0);
         const int length = md5_des_seal(exact.data(), static_cast<int32_t>(input.size()),
                                         output.data(), room, key, seal);
-        EXPECT_EQ(length < 0 ? "refused" : Bytes(output.begin(), output.begin() + length),
-                  expected);
+        EXPECT_EQ(length < 0 ? "refused" : output.substr(0, static_cast<size_t>(length)), expected);
     }
     EXPECT_EQ(md5_des_seal("", -1, nullptr, 24, key, 1), -1);
 }

@@ -110,16 +110,17 @@ int __wrap_select(int count, fd_set *readable, fd_set *, fd_set *, timeval *wait
     return ready;
 }
 
-/* An error message, but for the error itself. */
+/* An error message, but for the error itself; one without a whole header brings nothing at all. */
 ssize_t __wrap_recvfrom(int, void *buffer, size_t length, int, sockaddr *from, socklen_t *fromSize)
 {
     EXPECT_EQ(length, 20u);
     const nlmsghdr header = {answer("length", 20u), 2, answer<uint16_t>("flags", 0x1f), 0, 0};
     const sockaddr_nl sender = {AF_NETLINK, 0, answer("sender", 0u), 0};
-    memcpy(buffer, &header, sizeof header);
+    const auto received = answer<ssize_t>("recvfrom", 20);
+    memcpy(buffer, &header, received < 16 ? 0 : sizeof header);
     memcpy(from, &sender, sizeof sender);
     *fromSize = answer("sender size", *fromSize);
-    return answer<ssize_t>("recvfrom", 20);
+    return received;
 }
 
 } /* extern "C" */

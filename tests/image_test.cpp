@@ -16,6 +16,7 @@ static std::string readBack(const std::string &file)
     const std::string printed = captured([&] {
         EXPECT_EQ(appmngr_checkDbPath(path.c_str()) + appmngr_file_alloc(), 0);
         text = _appmngr_readAppDb() == 0 ? g_appmngr_xmlBuf : "";
+        EXPECT_NE(memchr(g_appmngr_xmlBuf, 0, g_appmngr_settings.xmlBufSize), nullptr);
         appmngr_file_free();
     });
     unlink(path.c_str());

@@ -115,6 +115,8 @@ TEST(Listing, ofBuffers)
     EXPECT_EQ(dump.substr(dump.find("len")),
               "len:17!\r\n30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66 \r\n"
               "ff \r\n===============\r\n");
+    EXPECT_NE(captured([] { appmngr_dumpBuffer("", -1); }).find("len:-1!\r\n\r\n==="),
+              std::string::npos);
     EXPECT_EQ(captured([] { appmngr_dumpBuffer(nullptr, 3); }), "===\r\nData is NULL!\r\n");
 
     char text[] = "<AppDB/>";

@@ -81,7 +81,8 @@ static int sendScattered()
 template <int32_t timeout, uint32_t length = 20, int fd = 0> static int receive()
 {
     alignas(8) unsigned char buffer[21];
-    memset(buffer, 0xff, sizeof buffer); // with the error, which the kernel leaves as it is
+    memset(buffer, 0xff, sizeof buffer);     // with the error, which the kernel leaves as it is
+    memset(buffer + 1, 0, sizeof(uint32_t)); // what is left of an earlier length
     channel.fd = fd;
     const int result = appdist_receive(&channel, buffer + 1, length, timeout);
     if (result == 20) {
@@ -145,6 +146,7 @@ TEST(SystemCalls, OfTheChannel)
         {receive<1>, {"recvfrom", ENOBUFS}, "-1/6/0 "},
         {receive<1>, {"recvfrom", 0, 0}, "-1/7/0 "},
         {receive<1>, {"recvfrom", 0, 19}, "-1/10/0 "},
+        {receive<1>, {"recvfrom", 0, 1}, "-1/10/0 "}, // the flags that were there before
         {receive<1>, {"sender", 0, 1}, "-1/6/0 "},
         {receive<1>, {"sender size", 0, 8}, "-1/6/0 "},
         {receive<1>, {"length", 0, 21}, "-1/10/0 "},
