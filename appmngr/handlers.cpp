@@ -137,8 +137,7 @@ int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context /*context*/)
 static int readDnsKw(XmlpNode *node, appmngr_context /*context*/)
 {
     const appmngr_app *app = currentApp();
-    if (node == nullptr || app == nullptr || g_appmngr_appDns.rule == nullptr ||
-        g_appmngr_count.dnsCur >= g_appmngr_appDns.count) {
+    if (node == nullptr || app == nullptr || g_appmngr_count.dnsCur >= g_appmngr_appDns.count) {
         return -1;
     }
     appmngr_dnsRule *rule = &g_appmngr_appDns.rule[g_appmngr_count.dnsCur++];

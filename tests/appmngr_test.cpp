@@ -75,10 +75,14 @@ TEST(AppMngr, FillsTheTables)
         "<typeIdList><typeId>40</typeId><typeId>1</typeId></typeIdList>"
         "<dnsKwList><dnsKw>one.example</dnsKw><dnsKw>sixteen-letters-</dnsKw></dnsKwList>";
     const std::string last = "<id>33</id><typeIdList><typeId>40</typeId></typeIdList>";
+    std::string others; // names that no row is for
+    for (int i = 0; i < 1000; i++) {
+        others += element("x" + std::to_string(i), "1");
+    }
     EXPECT_EQ(load("\xEF\xBB\xBF<?xml version=\"1.0\"?><APPDB><ver>1.2.3-too-long</ver>"
                    "<proModel>model</proModel><expired>2030-01-01</expired>" +
-                   element("applist", application(content, rules) + application(last)) + types +
-                   "</APPDB>"),
+                   others + element("applist", application(content, rules) + application(last)) +
+                   types + "</APPDB>"),
               "0");
 
     const appmngr_appDb &db = g_appmngr_appDb;
@@ -214,22 +218,29 @@ TEST(AppMngr, RefusedDatabases)
     EXPECT_EQ(appmngr_analyzeDbFile(), -1); // without a text
 
     // The counts stay, without tables, and nobody looks for what they promise.
+    std::string tooMany;
+    for (int i = 0; i < 65; i++) {
+        tooMany += element("appType", "<id>1</id>");
+    }
     const std::string keyword = "<dnsKwList><dnsKw>k</dnsKw></dnsKwList>";
-    const std::string whole = database(application(keyword));
-    EXPECT_EQ(load(database(element("app", keyword))),
-              "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
+    const std::string text = element(
+        "AppDB", element("appList", application(keyword, rule("tcp 0:0 0:0",
+                                                              "<ori><enable>1</enable></ori>"))) +
+                     element("appTypeList", tooMany));
+    EXPECT_EQ(load(text), "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     const std::string listed = captured(appmngr_showDb);
-    EXPECT_NE(listed.find("Type count:              2\n"), std::string::npos);
+    EXPECT_NE(listed.find("Rule count:              2\n"), std::string::npos);
+    EXPECT_NE(listed.find("Type count:              65\n"), std::string::npos);
     EXPECT_EQ(captured(appmngr_showAppTypes).find("index"), std::string::npos);
     EXPECT_EQ(_appmngr_getAppTypeBydId(0), nullptr);
     appdist_handle channel = {};
-    EXPECT_EQ(appdist_send_dns_rules(&channel), 0);
-    XmlpDoc *doc = xmlp_loadDoc(whole.data(), static_cast<uint32_t>(whole.size()), 1);
-    g_appmngr_count.ruleCur = 1; // behind the end
+    EXPECT_EQ(appdist_send_app_rules(&channel) + appdist_send_dns_rules(&channel), 0);
+    XmlpDoc *doc = xmlp_loadDoc(text.data(), static_cast<uint32_t>(text.size()), 1);
+    g_appmngr_count.ruleCur = g_appmngr_count.typeCur = 1;
     appmngr_setHandlerInfo(_appmngr_appDbHandlers);
     _appmngr_appDbHandlers[0].handler(doc->tree->root, 0);
     appmngr_setHandlerInfo(nullptr);
-    EXPECT_TRUE(g_appmngr_count.ruleCur == 1 && g_appmngr_count.dnsCur == 0);
+    EXPECT_TRUE(g_appmngr_count.ruleCur == 1 && g_appmngr_count.typeCur == 1);
     xmlp_releaseDoc(doc);
 }
 
