@@ -72,6 +72,27 @@ static constexpr struct {
 
 enum : unsigned { PATHS = sizeof(countedPaths) / sizeof(countedPaths[0]) };
 
+namespace
+{
+// Where an element is: its own path is the first length characters of all these.
+struct Place {
+    uint16_t length;
+    uint8_t longer;   // paths that go on below it, as bits
+    uint8_t complete; // the path that ends with it, as a bit
+};
+
+// The places found in a tree, by name and parent's place. One string holds each name of a static
+// tree, so that its address tells it.
+struct Known {
+    const char *name;
+    Place parent;
+    Place place;
+};
+enum : size_t { KNOWN = 128 };
+} // namespace
+
+static Known known[KNOWN];
+
 static int lower(char character)
 {
     return character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character;
@@ -91,33 +112,48 @@ static int beginsWith(const char *text, const char *name)
     return length;
 }
 
-// Counts child, its later siblings and what is below them. Their parent's path is the first length
-// characters of the paths in the bit set. A child is descended into only while its path begins a
-// counted one, so the depth is bounded by the longest of them.
-static void countSiblings(const XmlpNode *child, size_t length, unsigned paths)
+// The place of the children of that name at parent.
+static Place findPlace(Place parent, const char *name)
+{
+    Place place = {};
+    for (unsigned left = parent.longer; left != 0; left &= left - 1) {
+        const char *path = countedPaths[__builtin_ctz(left)].path;
+        const int matched =
+            path[parent.length] == '.' ? beginsWith(path + parent.length + 1, name) : -1;
+        if (matched >= 0) {
+            place.length = static_cast<uint16_t>(parent.length + 1 + matched);
+            const unsigned bit = left & -left;
+            (path[place.length] != '\0' ? place.longer : place.complete) |=
+                static_cast<uint8_t>(bit);
+        }
+    }
+    return place;
+}
+
+static Place knownPlace(Place parent, const char *name)
+{
+    Known *slot = &known[(reinterpret_cast<uintptr_t>(name) / 2 + parent.length) % KNOWN];
+    if (slot->name != name || slot->parent.length != parent.length ||
+        slot->parent.longer != parent.longer) {
+        *slot = {name, parent, findPlace(parent, name)};
+    }
+    return slot->place;
+}
+
+// Counts child, its later siblings and what is below them. Only elements at a place on the way to a
+// counted one are descended into, so the depth is bounded by the longest of the paths.
+static void countSiblings(const XmlpNode *child, Place parent)
 {
     for (; child != nullptr; child = child->next) {
         if (child->type == XMLP_NODE_NONE || child->name == nullptr) {
             continue;
         }
-        unsigned deeper = 0;
-        size_t childLength = 0;
-        for (unsigned left = paths; left != 0; left &= left - 1) {
-            const auto i = static_cast<unsigned>(__builtin_ctz(left));
-            const char *rest = countedPaths[i].path + length;
-            int matched = *rest == '.' ? beginsWith(rest + 1, child->name) : -1;
-            if (matched < 0) {
-                continue;
-            }
-            childLength = length + 1 + static_cast<size_t>(matched);
-            if (countedPaths[i].path[childLength] != '\0') {
-                deeper |= 1u << i;
-            } else if (countedPaths[i].count(child) != 0) {
-                return;
-            }
+        const Place place = knownPlace(parent, child->name);
+        if (place.complete != 0 && countedPaths[__builtin_ctz(place.complete)].count(child) != 0) {
+            return;
         }
-        if (deeper != 0) {
-            countSiblings(child->firstChild, childLength, deeper);
+        if (place.longer != 0) {
+            countSiblings(child->firstChild, place);
         }
     }
 }
@@ -127,10 +163,15 @@ int appmngr_parseThroughXML(const char *prefix, const XmlpNode *node)
     if (prefix == nullptr) {
         return 0;
     }
-    unsigned paths = 0;
+    Place top = {};
     for (unsigned i = 0; i < PATHS; i++) {
-        paths |= beginsWith(countedPaths[i].path, prefix) >= 0 ? 1u << i : 0u;
+        const int matched = beginsWith(countedPaths[i].path, prefix);
+        if (matched >= 0) {
+            top.length = static_cast<uint16_t>(matched);
+            top.longer |= static_cast<uint8_t>(1u << i);
+        }
     }
-    countSiblings(xmlp_getChildNode(node, 0), strlen(prefix), paths);
+    memset(known, 0, sizeof(known));
+    countSiblings(xmlp_getChildNode(node, 0), top);
     return 0;
 }

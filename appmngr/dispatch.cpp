@@ -50,10 +50,11 @@ int appmngr_childnode_handler(XmlpNode *node, appmngr_context context)
 
 namespace
 {
-// A row, and what its handler is if that is a container.
+// What a row has done with an element.
 struct Match {
-    const appmngr_tagHandler *row; // the end of the table when there is none
-    const appmngr_container *container;
+    appmngr_handler handler;            // null behind the last row
+    const appmngr_container *container; // what handler is, if it is one
+    const appmngr_tagHandler *row;
 };
 
 // A container on the way down to the element at hand. Frames stay for reuse until the walk ends,
@@ -64,8 +65,8 @@ struct Frame {
     const appmngr_container *container;
     appmngr_context context; // of the children
     uint32_t tuples;
-    XmlpNode *child; // at work on it; null behind the last
-    Match match;     // the row at work on it
+    XmlpNode *child; // the one that the walk is below
+    Match match;     // the row that led there
 };
 
 // The rows that were found for the names of a tree. A static tree has one string for each name, so
@@ -74,7 +75,7 @@ struct Known {
     const char *name;
     Match match;
 };
-enum : size_t { KNOWN = 256 };
+enum : size_t { KNOWN = 128 };
 } // namespace
 
 static Known known[KNOWN];
@@ -88,10 +89,11 @@ static const appmngr_container *containerOf(appmngr_handler handler)
     return container->handler != nullptr ? container : nullptr;
 }
 
+// The first match from row on.
 static Match matchFrom(const appmngr_tagHandler *row, const char *name)
 {
     row = findRow(row, name);
-    return {row, containerOf(row->handler)};
+    return row->tag != nullptr ? Match{row->handler, containerOf(row->handler), row} : Match{};
 }
 
 static Match knownMatch(const char *name)
@@ -103,20 +105,17 @@ static Match knownMatch(const char *name)
     return slot->match;
 }
 
-// Goes on to child, or to the first of its siblings that has a type.
-static void goTo(Frame *frame, XmlpNode *child, bool knows)
+// The first of child and its later siblings that is to be dispatched, null if none is.
+static XmlpNode *dispatched(XmlpNode *child)
 {
     while (child != nullptr && child->type == XMLP_NODE_NONE) {
         child = child->next;
     }
     if (child != nullptr && pHandlerInfo == nullptr) {
         (void)appmngr_childnode_handler(child, 0); // reports it
-        child = nullptr;
+        return nullptr;
     }
-    frame->child = child;
-    if (child != nullptr) {
-        frame->match = knows ? knownMatch(child->name) : matchFrom(pHandlerInfo, child->name);
-    }
+    return child;
 }
 
 static void enter(Frame *frame, const appmngr_container *container, appmngr_context context)
@@ -173,10 +172,13 @@ int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_co
     Frame top = {};
     Frame *frame = &top;
     enter(frame, container, context);
-    goTo(frame, xmlp_getChildNode(node, 0), knows);
-    int status = 0;
+    XmlpNode *next = xmlp_getChildNode(node, 0);
     for (;;) {
-        if (frame->child == nullptr) {
+        Match match;
+        XmlpNode *child = dispatched(next);
+        if (child != nullptr) {
+            match = knows ? knownMatch(child->name) : matchFrom(pHandlerInfo, child->name);
+        } else {
             if (frame->container->leave != nullptr) {
                 frame->container->leave(frame->context);
             }
@@ -184,31 +186,30 @@ int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_co
                 break;
             }
             frame = frame->outer;
-        } else if (frame->match.row->tag == nullptr) {
-            goTo(frame, frame->child->next, knows);
-            continue;
-        } else if (frame->match.container != nullptr) {
-            Frame *inner = innerFrame(frame);
-            if (inner == nullptr) {
-                status = -1;
-                break;
-            }
-            enter(inner, frame->match.container, frame->context);
-            goTo(inner, frame->child->firstChild, knows);
-            frame = inner;
-            continue;
-        } else {
-            frame->match.row->handler(frame->child, frame->context);
+            child = frame->child;
+            match = knows ? Match{} : matchFrom(frame->match.row + 1, child->name);
         }
-        // The row has done its work.
-        if (knows) {
-            goTo(frame, frame->child->next, knows);
-        } else {
-            frame->match = matchFrom(frame->match.row + 1, frame->child->name);
+        while (match.handler != nullptr && match.container == nullptr) {
+            match.handler(child, frame->context);
+            match = knows ? Match{} : matchFrom(match.row + 1, child->name);
         }
+        if (match.handler == nullptr) {
+            next = child->next;
+            continue;
+        }
+        Frame *inner = innerFrame(frame);
+        if (inner == nullptr) {
+            freeInner(&top);
+            return -1;
+        }
+        enter(inner, match.container, frame->context);
+        frame->child = child;
+        frame->match = match;
+        frame = inner;
+        next = child->firstChild;
     }
     freeInner(&top);
-    return status;
+    return 0;
 }
 
 int _appmngr_walkChildren(XmlpNode *node, appmngr_context context)

@@ -59,56 +59,32 @@ int appmngr_string_match(const char *a, const char *b)
         APPMNGR_ERROR(470, "Some parameter is null.\r\n");
         return 0;
     }
-    return strcmp(a, b) == 0;
+    while (*a != 0 && *a == *b) {
+        a++;
+        b++;
+    }
+    return *a == *b;
 }
 
-namespace
+// Ends a token there. Returns where the next one is looked for.
+static char *cut(char *end)
 {
-struct ByteSet {
-    uint64_t words[4];
-};
-} // namespace
-
-static ByteSet setOf(const char *bytes)
-{
-    ByteSet set = {};
-    for (; *bytes != '\0'; bytes++) {
-        auto byte = static_cast<unsigned char>(*bytes);
-        set.words[byte / 64] |= UINT64_C(1) << byte % 64;
-    }
-    return set;
-}
-
-static bool isIn(const ByteSet *set, char character)
-{
-    auto byte = static_cast<unsigned char>(character);
-    return (set->words[byte / 64] >> byte % 64 & 1) != 0;
-}
-
-static char *nextToken(const ByteSet *delimiters, char **save)
-{
-    char *token = *save;
-    while (isIn(delimiters, *token)) {
-        token++;
-    }
-    char *end = token;
-    while (*end != '\0' && !isIn(delimiters, *end)) {
-        end++;
-    }
-    *save = end;
     if (*end != '\0') {
-        *(*save)++ = '\0';
+        *end++ = '\0';
     }
-    return end > token ? token : nullptr;
+    return end;
 }
 
 char *appmngr_string_token(char *text, const char *delimiters, char **save)
 {
-    if (text != nullptr) {
-        *save = text;
+    char *token = text != nullptr ? text : *save;
+    if (token == nullptr) {
+        return nullptr;
     }
-    const ByteSet set = setOf(delimiters);
-    return *save != nullptr ? nextToken(&set, save) : nullptr;
+    token += strspn(token, delimiters);
+    char *end = token + strcspn(token, delimiters);
+    *save = cut(end);
+    return end > token ? token : nullptr;
 }
 
 int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxNum, char **parts)
@@ -121,18 +97,29 @@ int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxN
         APPMNGR_ERROR(434, "Maximum number is invalid. maxNum = %d\r\n", maxNum);
         return -1;
     }
-    const char delimiterBytes[] = {separator, '\t', '\r', '\n', '\0'};
-    const ByteSet delimiters = setOf(delimiterBytes);
+    // A NUL would end the list of delimiters before the first of them.
+    const auto isDelimiter = [separator](char c) {
+        return separator != '\0' && (c == separator || c == '\t' || c == '\r' || c == '\n');
+    };
     int32_t count = 0;
-    while (char *part = nextToken(&delimiters, &text)) {
-        parts[count++] = part;
+    for (;;) {
+        while (isDelimiter(*text)) {
+            text++;
+        }
+        if (*text == '\0') {
+            parts[count] = nullptr;
+            return count;
+        }
+        parts[count++] = text;
+        while (*text != '\0' && !isDelimiter(*text)) {
+            text++;
+        }
+        text = cut(text);
         if (count == maxNum) {
             APPMNGR_ERROR(453, "Too many substrings to string provided \r\n");
             return -1;
         }
     }
-    parts[count] = nullptr;
-    return count;
 }
 
 void appmngr_setBit(uint32_t *words, uint32_t n)

@@ -7,20 +7,21 @@
 
 static char valueBuf[512];
 static uint32_t valueLength; // of the value in it; zeros follow
+enum : uint32_t { SHORT = 64 };
 
 const char *appmngr_getNodeValue(const XmlpNode *node)
 {
     if (node == nullptr || node->valueSize >= sizeof(valueBuf)) {
         return nullptr;
     }
-    const uint32_t length = node->valueSize;
-    if (length > 0) {
-        memmove(valueBuf, node->value, length);
+    memset(valueBuf, 0, SHORT);
+    if (valueLength > SHORT) {
+        memset(valueBuf + SHORT, 0, valueLength - SHORT);
     }
-    if (length < valueLength) {
-        memset(valueBuf + length, 0, valueLength - length);
+    valueLength = node->valueSize;
+    if (valueLength > 0) {
+        memcpy(valueBuf, node->value, valueLength);
     }
-    valueLength = length;
     return valueBuf;
 }
 
@@ -58,13 +59,17 @@ int appmngr_getNodeInt(const XmlpNode *node, int32_t *out)
 
 int appmngr_getNodeString(const XmlpNode *node, char *dest, uint32_t size)
 {
-    const char *text = dest != nullptr && size > 0 ? appmngr_getNodeValue(node) : nullptr;
-    if (text == nullptr) {
+    if (dest == nullptr || size == 0 || appmngr_getNodeValue(node) == nullptr) {
         return -1;
     }
-    const size_t length = strnlen(text, size - 1);
-    memcpy(dest, text, length);
+    // From where the value lies: the buffer holds the same, and reading what was just written
+    // there takes longer.
+    size_t length = 0;
+    if (node->valueSize > 0) {
+        const auto *text = reinterpret_cast<const char *>(node->value);
+        length = strnlen(text, node->valueSize < size ? node->valueSize : size - 1);
+        memcpy(dest, text, length);
+    }
     memset(dest + length, 0, size - length);
-    appmngr_freeNodeValue(text);
     return 0;
 }
