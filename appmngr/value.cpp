@@ -7,21 +7,21 @@
 
 static char valueBuf[512];
 static uint32_t valueLength; // of the value in it; zeros follow
-enum : uint32_t { SHORT = 64 };
 
 const char *appmngr_getNodeValue(const XmlpNode *node)
 {
     if (node == nullptr || node->valueSize >= sizeof(valueBuf)) {
         return nullptr;
     }
-    memset(valueBuf, 0, SHORT);
-    if (valueLength > SHORT) {
-        memset(valueBuf + SHORT, 0, valueLength - SHORT);
+    const uint32_t length = node->valueSize;
+    if (length > 0) {
+        // Not memcpy: compilers expand it, for lengths of this range, into something slower.
+        memmove(valueBuf, node->value, length);
     }
-    valueLength = node->valueSize;
-    if (valueLength > 0) {
-        memcpy(valueBuf, node->value, valueLength);
+    if (length < valueLength) {
+        memset(valueBuf + length, 0, valueLength - length);
     }
+    valueLength = length;
     return valueBuf;
 }
 
