@@ -50,9 +50,9 @@ int appmngr_childnode_handler(XmlpNode *node, appmngr_context context)
 
 namespace
 {
-// What a row has done with an element.
+// A row that is for an element, taken apart.
 struct Match {
-    appmngr_handler handler;            // null behind the last row
+    appmngr_handler handler;            // null when no row is left
     const appmngr_container *container; // what handler is, if it is one
     const appmngr_tagHandler *row;
 };
