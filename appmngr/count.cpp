@@ -88,7 +88,7 @@ struct Known {
     Place parent;
     Place place;
 };
-enum : size_t { KNOWN = 128 };
+enum : size_t { KNOWN = 256 };
 } // namespace
 
 static Known known[KNOWN];

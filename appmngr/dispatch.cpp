@@ -75,7 +75,7 @@ struct Known {
     const char *name;
     Match match;
 };
-enum : size_t { KNOWN = 128 };
+enum : size_t { KNOWN = 256 };
 } // namespace
 
 static Known known[KNOWN];
