@@ -13,15 +13,10 @@ struct Leads {
     uint64_t of3;
     uint64_t of4;
 };
-
-// A count in each byte, which 16 blocks cannot bring above 255.
-enum : size_t { BLOCKS_PER_COUNT = 16 };
-
-struct Counts {
-    XmlpChunk openings;
-    XmlpChunk equals;
-};
 } // namespace
+
+// How many blocks a count in each byte of a chunk can take before it passes 255.
+enum : size_t { BLOCKS_PER_COUNT = 16 };
 
 static size_t sumOf(XmlpChunk counts)
 {
@@ -69,16 +64,27 @@ static uint64_t outsideCharacters(const char *block, uint64_t brackets, uint64_t
     return brackets & ~hidden;
 }
 
-static uint64_t bracketsOf(const char *block, Counts *counts, uint64_t *inside)
+static size_t countBits(uint64_t bits)
 {
-    const XmlpChunk oneBit = _fill(static_cast<unsigned char>(~('<' ^ '>')));
+    bits -= bits >> 1 & 0x5555555555555555;
+    bits = (bits & 0x3333333333333333) + (bits >> 2 & 0x3333333333333333);
+    bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0F;
+    return bits * 0x0101010101010101 >> 56;
+}
+
+// The brackets of a block. "<" and ">" are the even ones of four neighbours; the odd ones, "=" and
+// "?", are counted.
+static uint64_t bracketsOf(const char *block, XmlpChunk *equals, uint64_t *inside)
+{
+    static_assert('<' == 0x3C && '=' == 0x3D && '>' == 0x3E && '?' == 0x3F, "four neighbours");
     uint64_t brackets = 0;
     XmlpChunk any = {};
     for (size_t i = 0; i < XMLP_BLOCK; i += XMLP_CHUNK) {
         const XmlpChunk chunk = _loadChunk(block + i);
-        brackets |= uint64_t{_bitsOf(_areEqual(chunk & oneBit, _fill('<' & '>')))} << i;
-        counts->openings = _count(counts->openings, _areEqual(chunk, _fill('<')));
-        counts->equals = _count(counts->equals, _areEqual(chunk, _fill('=')));
+        const XmlpChunk neighbours = _areEqual(chunk & _fill(0xFC), _fill('<'));
+        const XmlpChunk odd = _areOdd(chunk);
+        brackets |= uint64_t{_bitsOf(neighbours & ~odd)} << i;
+        *equals = _count(*equals, neighbours & odd);
         any |= chunk;
     }
     if (_anyHigh(any) || *inside != 0) {
@@ -99,14 +105,14 @@ int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size)
     char rest[XMLP_BLOCK] = {};
     memcpy(rest, text + whole * XMLP_BLOCK, size % XMLP_BLOCK);
     uint64_t inside = 0;
-    Counts counts = {};
+    XmlpChunk equals = {};
     for (size_t i = 0; i <= whole; i++) {
         const char *block = i < whole ? text + i * XMLP_BLOCK : rest;
-        brackets->blocks[i] = bracketsOf(block, &counts, &inside);
+        brackets->blocks[i] = bracketsOf(block, &equals, &inside);
+        brackets->count += countBits(brackets->blocks[i]);
         if (i % BLOCKS_PER_COUNT == BLOCKS_PER_COUNT - 1 || i == whole) {
-            brackets->openings += sumOf(counts.openings);
-            brackets->equals += sumOf(counts.equals);
-            counts = Counts();
+            brackets->equals += sumOf(equals);
+            equals = XmlpChunk();
         }
     }
     return 0;

@@ -17,12 +17,18 @@ enum : size_t { XMLP_BLOCK = 64 };
 struct XmlpBrackets {
     uint64_t *blocks; /* bit i of block n is that of byte n * XMLP_BLOCK + i */
     size_t blockCount;
-    size_t openings; /* at least as many as there are "<" */
-    size_t equals;   /* at least as many as there are "=" */
+    size_t count;  /* of all brackets */
+    size_t equals; /* at least as many as there are equal signs in the text */
 };
 
 /* Fills in brackets for the size bytes at text. 0, or -1 without memory; blocks is to be freed. */
 int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size);
+
+/* There are no more elements than this: each has a tag of two brackets. */
+static inline size_t _elementBound(const XmlpBrackets *brackets)
+{
+    return brackets->count / 2;
+}
 
 /* The brackets from some block on. */
 struct XmlpBracketCursor {

@@ -112,16 +112,6 @@ static char *keep(Builder *builder, XmlpSlice slice, int line)
     return kept;
 }
 
-// Whether two runs of length bytes, at most SHORT_NAME, are equal; SHORT_NAME bytes are there.
-static inline bool areSame(const char *a, const char *b, size_t length)
-{
-    unsigned same = 0;
-    for (size_t i = 0; i < SHORT_NAME; i += XMLP_CHUNK) {
-        same |= _bitsOf(_areEqual(_loadChunk(a + i), _loadChunk(b + i))) << i;
-    }
-    return (~same & ((1u << length) - 1)) == 0;
-}
-
 // Where a name of length bytes in the text is remembered. Told apart by its first two and its last
 // two bytes; of a name of one byte, a bracket is one of these.
 static inline ShortName *shortNameAt(Builder *builder, const char *name, size_t length)
@@ -141,7 +131,7 @@ static inline const ShortName *recall(Builder *builder, const char *name, size_t
         return nullptr;
     }
     const ShortName *known = shortNameAt(builder, name, length);
-    return known->length == length && areSame(known->bytes, name, length) ? known : nullptr;
+    return known->length == length && _areSame(known->bytes, name, length) ? known : nullptr;
 }
 
 static bool isItemName(XmlpSlice name)
@@ -189,18 +179,29 @@ static XmlpAttr *newAttr(Builder *builder)
     return attr;
 }
 
+// Reads the next attribute. 1, 0 when there are no more, or -1.
+static inline int nextAttr(XmlpTag *tag, bool isLoose, XmlpSlice *name, XmlpSlice *value)
+{
+    if (isLoose) {
+        return _readLoosely(tag, name, value);
+    }
+    if (!_hasMore(tag)) {
+        return 0;
+    }
+    return _readAttr(tag, name, value) == 0 ? 1 : -1;
+}
+
 // Appends the rest of the tag to the node's empty list of attributes. 0, or -1 with either the tree
 // at fault or, without a word, the tag.
-static int buildAttrs(Builder *builder, XmlpTag *tag, XmlpNode *node, XmlpAttrNames *names)
+static int buildAttrs(Builder *builder, XmlpTag *tag, bool isLoose, XmlpNode *node,
+                      XmlpAttrNames *names)
 {
     const char *const function = "_getNameAttr";
     XmlpAttr *last = nullptr;
     XmlpSlice name;
     XmlpSlice value;
-    while (_hasMore(tag)) {
-        if (_readAttr(tag, &name, &value) != 0) {
-            return -1;
-        }
+    int more;
+    while ((more = nextAttr(tag, isLoose, &name, &value)) > 0) {
         const int existed = _addAttrName(names, node->attrs, name);
         if (existed > 0) {
             return treeFault(builder, function, 690, "attr name existed.", name.bytes);
@@ -225,16 +226,24 @@ static int buildAttrs(Builder *builder, XmlpTag *tag, XmlpNode *node, XmlpAttrNa
             return -1;
         }
     }
-    return 0;
+    return more < 0 && isLoose ? treeFault(builder, function, 0, "", tag->p) : more;
 }
 
 // Gives the element's node its name and the attributes of its tag. 0, or -1 as buildAttrs.
 __attribute__((noinline)) static int readTag(Builder *builder, Open *element, char terminator)
 {
-    XmlpTag tag = {element->tag, builder->end, terminator, {}};
+    XmlpTag tag = {element->tag, builder->end, terminator};
     XmlpSlice name;
     if (_readName(&tag, &name) != 0) {
         return -1;
+    }
+    const bool isLoose = _isByte(*name.bytes, XMLP_BLANK);
+    if (isLoose) {
+        XmlpFinding fault;
+        tag.p = name.bytes;
+        if (_checkNameAttr(name.bytes, terminator, &fault) != 0) {
+            return -1;
+        }
     }
     XmlpNode *node = element->node;
     const bool isItem = isItemName(name);
@@ -250,11 +259,8 @@ __attribute__((noinline)) static int readTag(Builder *builder, Open *element, ch
     }
     element->nameLength = isValidName(name) ? static_cast<uint32_t>(name.length) : 0;
     XmlpAttrNames names = {};
-    int status = buildAttrs(builder, &tag, node, &names);
+    const int status = buildAttrs(builder, &tag, isLoose, node, &names);
     free(names.entries);
-    if (status == 0 && tag.displaced.length != 0) {
-        status = treeFault(builder, "_getNameAttr", 0, "", name.bytes);
-    }
     return status;
 }
 
@@ -452,7 +458,7 @@ static inline int endElement(Builder *builder, const char *name, const char *clo
         length <= SHORT_NAME && builder->end - name >= static_cast<ptrdiff_t>(SHORT_NAME);
     const bool isSame =
         element->nameLength == length &&
-        (isShort ? areSame(element->tag, name, length) : memcmp(element->tag, name, length) == 0);
+        (isShort ? _areSame(element->tag, name, length) : memcmp(element->tag, name, length) == 0);
     if (!isSame && _checkEndTag(element->tag, name, close, &builder->rejection->fault) != 0) {
         return -1;
     }
@@ -549,11 +555,11 @@ static int readDocument(Builder *builder, XmlpBracketCursor brackets)
 static char *allocateBlock(Builder *builder, const XmlpBrackets *found)
 {
     const auto size = static_cast<uint64_t>(builder->end - builder->text);
-    const uint64_t strings = uint64_t{found->openings} + 2 * uint64_t{found->equals};
+    const uint64_t strings = uint64_t{_elementBound(found)} + 2 * uint64_t{found->equals};
     const uint64_t valuesAt = size + strings * XMLP_POOL_WORD;
     const uint64_t attrsAt = (valuesAt + size + XMLP_CHUNK) / 16 * 16 + 16;
     const uint64_t nodesAt = attrsAt + found->equals * sizeof(XmlpAttr);
-    const uint64_t blockSize = nodesAt + (uint64_t{found->openings} + 1) * sizeof(XmlpNode);
+    const uint64_t blockSize = nodesAt + (uint64_t{_elementBound(found)} + 1) * sizeof(XmlpNode);
     if (_initNamePool(&builder->pool, 2 * found->equals) != 0) {
         outOfMemory(builder, "xmlp_parse", 1509);
         return nullptr;
@@ -575,7 +581,7 @@ static char *allocateBlock(Builder *builder, const XmlpBrackets *found)
 static XmlpLocation *allocateLocations(Builder *builder, const XmlpBrackets *found)
 {
     auto *locations =
-        static_cast<XmlpLocation *>(calloc(found->openings + 1, sizeof(XmlpLocation)));
+        static_cast<XmlpLocation *>(calloc(_elementBound(found) + 1, sizeof(XmlpLocation)));
     if (locations == nullptr) {
         outOfMemory(builder, "xmlp_parse", 1509);
     }

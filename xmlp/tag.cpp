@@ -1,6 +1,8 @@
-// What may be wrong with a tag.
+// What may be wrong with a tag, and what is read of one that is not quite right.
 
 #include "xmlp/tag.h"
+
+#include <string.h>
 
 static int found(XmlpFinding *fault, const char *function, int line, const char *message,
                  const char *at)
@@ -11,7 +13,7 @@ static int found(XmlpFinding *fault, const char *function, int line, const char 
 
 int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
 {
-    XmlpTag reader = {tag, tag, terminator, {}};
+    XmlpTag reader = {tag, tag, terminator};
     XmlpSlice name;
     XmlpSlice value;
     int line = _readName(&reader, &name);
@@ -45,4 +47,36 @@ int _checkEndTag(const char *open, const char *name, const char *close, XmlpFind
         return found(fault, "_subXml", 350, "not same tag name.", close);
     }
     return *p == '>' ? 0 : _checkNameAttr(open, '>', fault);
+}
+
+// A NUL ends the name or value that it lies in.
+static XmlpSlice sliceToNul(const char *from, const char *to)
+{
+    return {from, strnlen(from, static_cast<size_t>(to - from))};
+}
+
+int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
+{
+    const char *p = _skipBlanks(tag->p);
+    if (*p == tag->terminator || *p == '>') {
+        return 0;
+    }
+    const char *begin = p;
+    while (*p != '=' && *p != '>' && !_isByte(*p, XMLP_BLANK)) {
+        p += _stepOf(*p);
+    }
+    *name = sliceToNul(begin, p);
+    while (*p != '"' && *p != '>') {
+        p += _stepOf(*p);
+    }
+    begin = *p == '"' ? p + 1 : p;
+    for (p = begin; *p != '"' && *p != '>';) {
+        p += _stepOf(*p);
+    }
+    if (*p != '"') {
+        return -1;
+    }
+    *value = sliceToNul(begin, p);
+    tag->p = p + 1;
+    return 1;
 }

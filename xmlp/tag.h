@@ -11,10 +11,9 @@
 
 /* A tag on the way through it. Its ">", which is a byte of no name or value, ends every scan. */
 struct XmlpTag {
-    const char *p;       /* a fault, once there is one */
-    const char *end;     /* of the text, or nearer */
-    char terminator;     /* ">" of a start tag, "/" of an empty-element tag */
-    XmlpSlice displaced; /* see _readName */
+    const char *p;   /* a fault, once there is one */
+    const char *end; /* of the text, or nearer */
+    char terminator; /* ">" of a start tag, "/" of an empty-element tag */
 };
 
 /* Whether an attribute follows. */
@@ -74,10 +73,8 @@ static inline XmlpSlice _slice(const char *from, const char *to)
 }
 
 /*
- * Reads the name that the tag begins with. 0, or the line that reports the fault at tag->p.
- *
- * The first byte may be any. A NUL there makes the name empty; so does a blank, and then the name
- * behind it displaces that of the first attribute, which must follow.
+ * Reads the name that the tag begins with, and the blanks behind it. Its first byte may be any but
+ * the terminator; a blank or a NUL there makes it empty. 0, or the line that reports the fault.
  */
 static inline int _readName(XmlpTag *tag, XmlpSlice *name)
 {
@@ -92,14 +89,8 @@ static inline int _readName(XmlpTag *tag, XmlpSlice *name)
         return 169;
     }
     tag->p = _skipBlanks(end);
-    *name = _slice(begin, end);
-    tag->displaced = {};
-    if (_isByte(*begin, XMLP_BLANK)) {
-        tag->displaced = _slice(begin + 1, end);
-        name->length = 0;
-    } else if (*begin == '\0') {
-        name->length = 0;
-    }
+    const bool isEmpty = *begin == '\0' || _isByte(*begin, XMLP_BLANK);
+    *name = _slice(begin, isEmpty ? begin : end);
     return 0;
 }
 
@@ -134,12 +125,16 @@ static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
     }
     *value = _slice(begin, p);
     p = _skipBlanks(p + 1);
-    if (tag->displaced.length != 0) {
-        *name = tag->displaced;
-        tag->displaced = {};
-    }
     return 0;
 }
+
+/*
+ * Reads the next attribute of a tag that was checked, without the care that the check took: of a
+ * tag that begins with a blank, which hides its name from the check, the words are the attributes'
+ * names, and the next two quotes enclose the value of each. 1, 0 when there are no more, or -1 for
+ * one that does not complete in the tag.
+ */
+int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value);
 
 #pragma GCC visibility pop
 

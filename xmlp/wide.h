@@ -52,6 +52,11 @@ static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
     return reinterpret_cast<XmlpChunk>(chunk == to);
 }
 
+static inline XmlpChunk _areOdd(XmlpChunk chunk)
+{
+    return _areEqual(chunk & _fill(1), _fill(1));
+}
+
 /* byte is 0x80 or more. */
 static inline XmlpChunk _areAtLeast(XmlpChunk chunk, unsigned char byte)
 {
@@ -77,6 +82,13 @@ static inline unsigned _bitsOf(XmlpChunk flags)
 #endif
 }
 
+/* Whether the first length bytes, 1 to 16, at a and b are equal; 16 bytes are there. */
+static inline bool _areSame(const char *a, const char *b, size_t length)
+{
+    const unsigned same = _bitsOf(_areEqual(_loadChunk(a), _loadChunk(b)));
+    return (~same & ((1u << length) - 1)) == 0;
+}
+
 /* Adds 1 to each byte of counts whose flag is set. */
 static inline XmlpChunk _count(XmlpChunk counts, XmlpChunk flags)
 {
@@ -99,6 +111,11 @@ static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
     return ~(((differ & ~XMLP_HIGHS) + ~XMLP_HIGHS) | differ) & XMLP_HIGHS;
 }
 
+static inline XmlpChunk _areOdd(XmlpChunk chunk)
+{
+    return chunk << 7 & XMLP_HIGHS;
+}
+
 static inline XmlpChunk _areBelow(XmlpChunk chunk, unsigned char byte)
 {
     return ~((chunk | XMLP_HIGHS) - XMLP_ONES * byte) & XMLP_HIGHS;
@@ -112,6 +129,20 @@ static inline XmlpChunk _areAtLeast(XmlpChunk chunk, unsigned char byte)
 static inline unsigned _bitsOf(XmlpChunk flags)
 {
     return _gatherBits(flags);
+}
+
+static inline bool _areSame(const char *a, const char *b, size_t length)
+{
+    const uint64_t differ = _loadChunk(a) ^ _loadChunk(b);
+    if (length > XMLP_CHUNK) {
+        const size_t at = length - XMLP_CHUNK;
+        return differ == 0 && _loadChunk(a + at) == _loadChunk(b + at);
+    }
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    return differ << (64 - 8 * length) == 0;
+#else
+    return differ >> (64 - 8 * length) == 0;
+#endif
 }
 
 static inline XmlpChunk _count(XmlpChunk counts, XmlpChunk flags)
