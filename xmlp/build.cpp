@@ -351,7 +351,8 @@ static uint32_t offsetOf(const Builder *builder, const char *p)
 
 // Takes the start tag or empty-element tag whose name lies before its ">" at close. 0, or -1 with
 // the fault of the tag's own text, if it is the tag's.
-static inline int startElement(Builder *builder, const char *name, const char *close)
+__attribute__((always_inline)) static inline int startElement(Builder *builder, const char *name,
+                                                              const char *close)
 {
     if (builder->depth == builder->capacity && growOpen(builder) != 0) {
         return -1;
