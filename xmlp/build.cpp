@@ -416,9 +416,15 @@ static inline char *placeValue(Builder *builder, XmlpSlice text, size_t *size)
 static char *copyValue(XmlpSlice text, size_t *size)
 {
     const auto length = static_cast<uint32_t>(text.length);
-    *size = xmlp_unTransStrLen(text.bytes, length);
+    const bool isPlain = memchr(text.bytes, '&', length) == nullptr;
+    *size = isPlain ? length : xmlp_unTransStrLen(text.bytes, length);
     char *value = *size != 0 ? static_cast<char *>(malloc(*size)) : nullptr;
-    if (value != nullptr) {
+    if (value == nullptr) {
+        return nullptr;
+    }
+    if (isPlain) {
+        memcpy(value, text.bytes, length);
+    } else {
         xmlp_unTransStr(value, text.bytes, length);
     }
     return value;
