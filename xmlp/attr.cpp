@@ -106,16 +106,13 @@ int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
     static constexpr AllocLines appendLines = {1363, 1369, 1380};
 
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        XMLP_ERROR(1296, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1296, "invalid params.");
     }
     if (!isValidName(name)) {
-        XMLP_ERROR(1301, "invalid attribute name %s.", name);
-        return -1;
+        return XMLP_ERROR(1301, "invalid attribute name %s.", name);
     }
     if (!isValidValue(value)) {
-        XMLP_ERROR(1306, "invalid attribute value.");
-        return -1;
+        return XMLP_ERROR(1306, "invalid attribute value.");
     }
     if (node->attrs == nullptr) {
         node->attrs = makeAttr(name, value, firstLines);
@@ -124,13 +121,11 @@ int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
     XmlpAttr *last = node->attrs;
     for (; last->next != nullptr; last = last->next) {
         if (isNamed(last, name)) {
-            XMLP_ERROR(1350, "attribute existed.");
-            return -1;
+            return XMLP_ERROR(1350, "attribute existed.");
         }
     }
     if (isNamed(last, name)) {
-        XMLP_ERROR(1357, "attribute existed.");
-        return -1;
+        return XMLP_ERROR(1357, "attribute existed.");
     }
     last->next = makeAttr(name, value, appendLines); // -fanalyzer loses sight of it: no leak
     return last->next != nullptr ? 0 : -1;
@@ -139,12 +134,10 @@ int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
 int xmlp_delNodeAttr(XmlpNode *node, const char *name)
 {
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        XMLP_ERROR(1412, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1412, "invalid params.");
     }
     if (node->attrs == nullptr) {
-        XMLP_ERROR(1417, "attribute not exist.");
-        return -1;
+        return XMLP_ERROR(1417, "attribute not exist.");
     }
     XmlpAttr *before = nullptr;
     XmlpAttr *attr = node->attrs;
@@ -153,8 +146,7 @@ int xmlp_delNodeAttr(XmlpNode *node, const char *name)
         attr = attr->next;
     }
     if (attr == nullptr) {
-        XMLP_ERROR(1448, "attribute not exist.");
-        return -1;
+        return XMLP_ERROR(1448, "attribute not exist.");
     }
     if (before == nullptr) {
         node->attrs = attr->next;
@@ -169,28 +161,23 @@ int xmlp_delNodeAttr(XmlpNode *node, const char *name)
 int xmlp_setNodeAttr(XmlpNode *node, const char *name, const char *value)
 {
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        XMLP_ERROR(1470, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1470, "invalid params.");
     }
     if (!isValidName(name)) {
-        XMLP_ERROR(1475, "invalid attribute name."); // without the name, on purpose
-        return -1;
+        return XMLP_ERROR(1475, "invalid attribute name."); // without the name, on purpose
     }
     if (!isValidValue(value)) {
-        XMLP_ERROR(1480, "invalid attribute value.");
-        return -1;
+        return XMLP_ERROR(1480, "invalid attribute value.");
     }
     XmlpAttr *attr = findAttr(node, name);
     if (attr == nullptr) {
-        XMLP_ERROR(1511, "attribute not exist.");
-        return -1;
+        return XMLP_ERROR(1511, "attribute not exist.");
     }
     char *copy = nullptr;
     if (value != nullptr) {
         copy = _copyString(value, strlen(value));
         if (copy == nullptr) {
-            XMLP_ERROR(1497, "malloc failed.");
-            return -1;
+            return XMLP_ERROR(1497, "malloc failed.");
         }
     }
     free(attr->value);
@@ -201,20 +188,17 @@ int xmlp_setNodeAttr(XmlpNode *node, const char *name, const char *value)
 int xmlp_getNodeAttr(const XmlpNode *node, const char *name, char **out)
 {
     if (node == nullptr || name == nullptr || out == nullptr) {
-        XMLP_ERROR(1532, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1532, "invalid params.");
     }
     const XmlpAttr *attr = findAttr(node, name);
     if (attr == nullptr) {
-        XMLP_ERROR(1558, "attribute not exist.");
-        return -1;
+        return XMLP_ERROR(1558, "attribute not exist.");
     }
     char *copy = nullptr;
     if (attr->value != nullptr) {
         copy = _copyString(attr->value, strlen(attr->value));
         if (copy == nullptr) {
-            XMLP_ERROR(1549, "malloc failed.");
-            return -1;
+            return XMLP_ERROR(1549, "malloc failed.");
         }
     }
     *out = copy;

@@ -1,100 +1,73 @@
-// The attribute names of one tag: is a new one the beginning of an earlier one?
+// The attribute names of a tag that has many: is one of them the beginning of an earlier one?
 //
-// A tag has few attributes, and walking their list is the quickest way to see. One with thousands
-// would take a time that grows with their square, so from some number on the names are kept in a
-// crit-bit tree. Each entry is a name and a fork: the names on the two sides of a fork agree up to
-// a bit and differ in it. The fork of the first entry is not used.
+// Sorted, the names that begin with another one follow it, so that the beginnings of each name lie
+// on a chain that leads back from it, each the beginning of the one before it on the way.
 
-#include "xmlp/xmlp_internal.h"
+#include "xmlp/tag.h"
 
 #include <stdlib.h>
 #include <string.h>
 
-enum : uint32_t { LISTED = 16, NAME = 1 }; // a link is twice an entry's number, plus NAME or not
-
-static unsigned char byteAt(XmlpSlice name, size_t at)
+namespace
 {
-    return at < name.length ? static_cast<unsigned char>(name.bytes[at]) : 0;
+struct Entry {
+    XmlpSlice name;
+    size_t number;          // of the attribute in its tag
+    const Entry *beginning; // the longest other name that this one begins with, or null
+};
+} // namespace
+
+static bool beginsWith(XmlpSlice name, XmlpSlice beginning)
+{
+    return beginning.length <= name.length &&
+           memcmp(name.bytes, beginning.bytes, beginning.length) == 0;
 }
 
-static unsigned sideOf(const XmlpAttrEntry *fork, XmlpSlice name)
+// By name; of equal ones the last comes first.
+static int compare(const void *a, const void *b)
 {
-    return (byteAt(name, fork->byte) & fork->bit) != 0 ? 1 : 0;
-}
-
-// The link at the end of the name's way through the forks that come before the bit of the byte.
-static uint32_t *follow(XmlpAttrNames *names, XmlpSlice name, size_t byte, unsigned bit)
-{
-    uint32_t *link = &names->top;
-    while ((*link & NAME) == 0) {
-        XmlpAttrEntry *fork = &names->entries[*link / 2];
-        if (fork->byte > byte || (fork->byte == byte && fork->bit <= bit)) {
-            break;
-        }
-        link = &fork->links[sideOf(fork, name)];
+    const auto *left = static_cast<const Entry *>(a);
+    const auto *right = static_cast<const Entry *>(b);
+    const size_t leftLength = left->name.length;
+    const size_t rightLength = right->name.length;
+    const int order = memcmp(left->name.bytes, right->name.bytes,
+                             leftLength < rightLength ? leftLength : rightLength);
+    if (order != 0) {
+        return order;
     }
-    return link;
+    if (leftLength != rightLength) {
+        return leftLength < rightLength ? -1 : 1;
+    }
+    return left->number < right->number ? 1 : -1;
 }
 
-static int reserveEntry(XmlpAttrNames *names)
+int _findBeginning(XmlpTag tag, size_t count, const char **found)
 {
-    if (names->used < names->capacity) {
-        return 0;
-    }
-    uint32_t capacity = names->capacity == 0 ? 4 * LISTED : 2 * names->capacity;
-    auto *entries = static_cast<XmlpAttrEntry *>(
-        realloc(names->entries, static_cast<size_t>(capacity) * sizeof(XmlpAttrEntry)));
+    auto *entries = static_cast<Entry *>(malloc(count * sizeof(Entry)));
     if (entries == nullptr) {
         return -1;
     }
-    names->entries = entries;
-    names->capacity = capacity;
-    return 0;
-}
-
-// Adds a name to the tree. 1 when it was there as a beginning, 0 when not, -1 without memory.
-static int addToTree(XmlpAttrNames *names, XmlpSlice name)
-{
-    if (reserveEntry(names) != 0) {
-        return -1;
+    XmlpSlice value;
+    for (size_t i = 0; i < count; i++) {
+        _nextAttr(&tag, &entries[i].name, &value);
+        entries[i].number = i;
     }
-    XmlpAttrEntry entry = {name, 0, 0, {0, 0}};
-    const uint32_t self = 2 * names->used;
-    uint32_t *link = &names->top;
-    if (names->used > 0) {
-        // No name agrees with the new one further than the one at the end of its way.
-        XmlpSlice nearest = names->entries[*follow(names, name, SIZE_MAX, 0) / 2].name;
-        while (entry.byte < name.length &&
-               byteAt(nearest, entry.byte) == byteAt(name, entry.byte)) {
-            entry.byte++;
+    qsort(entries, count, sizeof(Entry), compare);
+    const Entry *first = nullptr;
+    for (size_t i = 0; i < count; i++) {
+        const Entry *beginning = i > 0 ? &entries[i - 1] : nullptr;
+        while (beginning != nullptr && !beginsWith(entries[i].name, beginning->name)) {
+            beginning = beginning->beginning;
         }
-        if (entry.byte == name.length) {
-            return 1;
-        }
-        unsigned differ = byteAt(nearest, entry.byte) ^ byteAt(name, entry.byte);
-        entry.bit = 1u << (31 - __builtin_clz(differ));
-        link = follow(names, name, entry.byte, entry.bit);
-        entry.links[sideOf(&entry, name)] = self | NAME;
-        entry.links[1 - sideOf(&entry, name)] = *link;
-    }
-    names->entries[names->used] = entry;
-    *link = names->used == 0 ? self | NAME : self;
-    names->used++;
-    return 0;
-}
-
-int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, XmlpSlice name)
-{
-    if (++names->count <= LISTED) {
-        return _hasAttrName(attrs, name.bytes, static_cast<uint32_t>(name.length));
-    }
-    if (names->count == LISTED + 1) {
-        for (; attrs != nullptr; attrs = attrs->next) {
-            XmlpSlice earlier = {attrs->name, strlen(attrs->name)};
-            if (addToTree(names, earlier) < 0) {
-                return -1;
+        entries[i].beginning = beginning;
+        for (; beginning != nullptr; beginning = beginning->beginning) {
+            if (beginning->number > entries[i].number &&
+                (first == nullptr || beginning->number < first->number)) {
+                first = beginning;
             }
         }
     }
-    return addToTree(names, name);
+    *found = first != nullptr ? first->name.bytes : nullptr;
+    free(entries);
+    return 0;
 }

@@ -179,39 +179,33 @@ static XmlpAttr *newAttr(Builder *builder)
     return attr;
 }
 
-// Reads the next attribute. 1, 0 when there are no more, or -1.
-static inline int nextAttr(XmlpTag *tag, bool isLoose, XmlpSlice *name, XmlpSlice *value)
+// An attribute whose name is a beginning of an earlier one's, so many of them being no trouble to
+// compare with each other; those of a tag that has more are looked at in the end.
+enum : size_t { FEW_ATTRS = 16 };
+
+static int existedFault(Builder *builder, const char *name)
 {
-    if (isLoose) {
-        return _readLoosely(tag, name, value);
-    }
-    if (!_hasMore(tag)) {
-        return 0;
-    }
-    return _readAttr(tag, name, value) == 0 ? 1 : -1;
+    return treeFault(builder, "_getNameAttr", 690, "attr name existed.", name);
 }
 
-// Appends the rest of the tag to the node's empty list of attributes. 0, or -1 with either the tree
-// at fault or, without a word, the tag.
-static int buildAttrs(Builder *builder, XmlpTag *tag, bool isLoose, XmlpNode *node,
-                      XmlpAttrNames *names)
+// Appends the attributes of the tag to the node's empty list. 0, or -1 with either the tree at
+// fault or, without a word, the tag.
+static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
 {
-    const char *const function = "_getNameAttr";
+    const XmlpTag begin = tag;
+    size_t count = 0;
     XmlpAttr *last = nullptr;
     XmlpSlice name;
     XmlpSlice value;
     int more;
-    while ((more = nextAttr(tag, isLoose, &name, &value)) > 0) {
-        const int existed = _addAttrName(names, node->attrs, name);
-        if (existed > 0) {
-            return treeFault(builder, function, 690, "attr name existed.", name.bytes);
-        }
-        if (existed < 0) {
-            return treeFault(builder, function, 0, "", nullptr);
+    while ((more = _nextAttr(&tag, &name, &value)) > 0) {
+        if (count++ < FEW_ATTRS &&
+            _hasAttrName(node->attrs, name.bytes, static_cast<uint32_t>(name.length))) {
+            return existedFault(builder, name.bytes);
         }
         XmlpAttr *attr = newAttr(builder);
         if (attr == nullptr) {
-            return outOfMemory(builder, function, last == nullptr ? 672 : 771);
+            return outOfMemory(builder, "_getNameAttr", last == nullptr ? 672 : 771);
         }
         // The list owns it now; -fanalyzer loses sight of it and takes it for leaked.
         if (last == nullptr) {
@@ -226,20 +220,28 @@ static int buildAttrs(Builder *builder, XmlpTag *tag, bool isLoose, XmlpNode *no
             return -1;
         }
     }
-    return more < 0 && isLoose ? treeFault(builder, function, 0, "", tag->p) : more;
+    const char *existed = nullptr;
+    if ((more == 0 || tag.isLoose) && count > FEW_ATTRS &&
+        _findBeginning(begin, count, &existed) != 0) {
+        return treeFault(builder, "_getNameAttr", 0, "", nullptr);
+    }
+    if (existed != nullptr) {
+        return existedFault(builder, existed);
+    }
+    return more < 0 && tag.isLoose ? treeFault(builder, "_getNameAttr", 0, "", tag.p) : more;
 }
 
 // Gives the element's node its name and the attributes of its tag. 0, or -1 as buildAttrs.
 __attribute__((noinline)) static int readTag(Builder *builder, Open *element, char terminator)
 {
-    XmlpTag tag = {element->tag, builder->end, terminator};
+    XmlpTag tag = {element->tag, builder->end, terminator, false};
     XmlpSlice name;
     if (_readName(&tag, &name) != 0) {
         return -1;
     }
-    const bool isLoose = _isByte(*name.bytes, XMLP_BLANK);
-    if (isLoose) {
+    if (_isByte(*name.bytes, XMLP_BLANK)) {
         XmlpFinding fault;
+        tag.isLoose = true;
         tag.p = name.bytes;
         if (_checkNameAttr(name.bytes, terminator, &fault) != 0) {
             return -1;
@@ -258,10 +260,7 @@ __attribute__((noinline)) static int readTag(Builder *builder, Open *element, ch
         return -1;
     }
     element->nameLength = isValidName(name) ? static_cast<uint32_t>(name.length) : 0;
-    XmlpAttrNames names = {};
-    const int status = buildAttrs(builder, &tag, isLoose, node, &names);
-    free(names.entries);
-    return status;
+    return buildAttrs(builder, tag, node);
 }
 
 /* ---- Elements ------------------------------------------------------------------------------ */

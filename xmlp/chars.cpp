@@ -55,8 +55,7 @@ static int allOf(const void *buf, uint32_t length, unsigned byteClass)
 int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
 {
     if (slice == nullptr || name == nullptr) {
-        XMLP_ERROR(383, "invalid params.");
-        return -1;
+        return XMLP_ERROR(383, "invalid params.");
     }
     return strnlen(name, length) == length && memcmp(slice, name, length) == 0 &&
                    name[length] == '\0'
@@ -195,6 +194,22 @@ static const char *nextAmpersand(const char *text, const char *end)
     return found != nullptr ? static_cast<const char *>(found) : end;
 }
 
+// The first "&" of the text that begins no entity, or its end; takes off *length what the entities
+// before it are longer than their characters.
+static const char *passEntities(const char *text, const char *end, uint32_t *length)
+{
+    const char *p = nextAmpersand(text, end);
+    while (p < end) {
+        const Entity *entity = entityAt(p, end);
+        if (entity == nullptr) {
+            break;
+        }
+        *length -= entity->length - 1;
+        p = nextAmpersand(p + entity->length, end);
+    }
+    return p;
+}
+
 uint32_t xmlp_unTransStrLen(const void *str, uint32_t length)
 {
     if (str == nullptr) {
@@ -203,29 +218,12 @@ uint32_t xmlp_unTransStrLen(const void *str, uint32_t length)
     }
     const auto *text = static_cast<const char *>(str);
     const char *end = text + length;
-    uint32_t total = length;
-    for (const char *p = nextAmpersand(text, end); p < end; p = nextAmpersand(p, end)) {
-        const Entity *entity = entityAt(p, end);
-        if (entity == nullptr) {
-            return 0;
-        }
-        total -= entity->length - 1;
-        p += entity->length;
-    }
-    return total;
+    return passEntities(text, end, &length) == end ? length : 0;
 }
 
 const char *_badEntity(const char *str, uint32_t length)
 {
-    const char *end = str + length;
-    const char *p = nextAmpersand(str, end);
-    for (const Entity *entity; p < end; p = nextAmpersand(p + entity->length, end)) {
-        entity = entityAt(p, end);
-        if (entity == nullptr) {
-            break;
-        }
-    }
-    return p;
+    return passEntities(str, str + length, &length);
 }
 
 char *xmlp_unTransStr(void *dst, const void *src, uint32_t length)

@@ -3,7 +3,7 @@
 #include <stdarg.h>
 #include <stdio.h>
 
-void _xmlp_report(const char *function, int line, const char *format, ...)
+int _xmlp_report(const char *function, int line, const char *format, ...)
 {
     printf("[ERROR][%s():%d]: ", function, line);
     va_list args;
@@ -11,4 +11,5 @@ void _xmlp_report(const char *function, int line, const char *format, ...)
     vprintf(format, args);
     va_end(args);
     fputs("\r\n", stdout);
+    return -1;
 }

@@ -7,8 +7,7 @@
 int _initLock(XmlpDoc *doc)
 {
     if (doc == nullptr) {
-        XMLP_ERROR(78, "doc is null.");
-        return -1;
+        return XMLP_ERROR(78, "doc is null.");
     }
     return 0;
 }
@@ -32,62 +31,6 @@ void _destroyLock(XmlpDoc *doc)
     if (doc == nullptr) {
         XMLP_ERROR(168, "doc is null.");
     }
-}
-
-// A handle on the document of a text; null with *rejection filled in.
-static XmlpDoc *readTree(const char *xmlBuf, uint32_t length, uint32_t isStatic,
-                         XmlpLocationList *locations, XmlpRejection *rejection)
-{
-    *rejection = {};
-    if (xmlBuf == nullptr) {
-        rejection->fault = {"xmlp_xml2Tree", 1836, "xmlBuf is null.", nullptr};
-        return nullptr;
-    }
-    auto *doc = static_cast<XmlpDoc *>(malloc(sizeof(XmlpDoc)));
-    if (doc == nullptr) {
-        rejection->fault = {"xmlp_xml2Tree", 1842, "malloc failed.", nullptr};
-        return nullptr;
-    }
-    doc->tree = _parse(xmlBuf, length, isStatic, locations, rejection);
-    if (doc->tree == nullptr) {
-        free(doc);
-        return nullptr;
-    }
-    return doc;
-}
-
-XmlpDoc *xmlp_xml2Tree(const char *xmlBuf, uint32_t length, uint32_t isStatic)
-{
-    XmlpRejection rejection;
-    XmlpDoc *doc = readTree(xmlBuf, length, isStatic, nullptr, &rejection);
-    if (doc == nullptr) {
-        _reportRejection(&rejection);
-    }
-    return doc;
-}
-
-XmlpDoc *xmlp_loadDoc(const char *buffer, uint32_t length, uint32_t isStatic)
-{
-    XmlpDoc *doc = xmlp_xml2Tree(buffer, length, isStatic);
-    if (_initLock(doc) != 0) {
-        free(doc);
-        return nullptr;
-    }
-    doc->tree->refCount = 1;
-    return doc;
-}
-
-XmlpDoc *xmlp_readDoc(const char *buffer, uint32_t length, uint32_t isStatic, XmlpFault *fault,
-                      XmlpLocationList *locations)
-{
-    XmlpRejection rejection;
-    XmlpDoc *doc = readTree(buffer, length, isStatic, locations, &rejection);
-    if (doc == nullptr) {
-        *fault = _faultOf(&rejection, buffer);
-        return nullptr;
-    }
-    doc->tree->refCount = 1;
-    return doc;
 }
 
 XmlpDoc *xmlp_copyDoc(XmlpDoc *doc)

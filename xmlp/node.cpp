@@ -49,99 +49,65 @@ static bool wouldLoop(const XmlpNode *node, const XmlpNode *parent, const XmlpNo
     return false;
 }
 
+// Puts node between two neighbours below parent; a missing neighbour makes it first or last. Its
+// own links come last, so that a node that is its own neighbour ends the list.
+static int linkBetween(XmlpNode *node, XmlpNode *parent, XmlpNode *prev, XmlpNode *next)
+{
+    if (node == next || wouldLoop(node, parent, next)) {
+        return -1;
+    }
+    if (prev != nullptr) {
+        prev->next = node;
+    } else if (parent != nullptr) {
+        parent->firstChild = node;
+    }
+    if (next != nullptr) {
+        next->prev = node;
+    } else if (parent != nullptr) {
+        parent->lastChild = node;
+    }
+    node->parent = parent;
+    node->prev = prev;
+    node->next = next;
+    return 0;
+}
+
 int xmlp_insNodeFirst(XmlpNode *node, XmlpNode *parent)
 {
     if (node == nullptr || parent == nullptr) {
-        XMLP_ERROR(849, "invalid params.");
-        return -1;
+        return XMLP_ERROR(849, "invalid params.");
     }
-    if (wouldLoop(node, parent, parent->firstChild)) {
-        return -1;
-    }
-    node->next = parent->firstChild;
-    if (node->next != nullptr) {
-        node->next->prev = node;
-    } else {
-        parent->lastChild = node;
-    }
-    parent->firstChild = node;
-    node->prev = nullptr;
-    node->parent = parent;
-    return 0;
+    return linkBetween(node, parent, nullptr, parent->firstChild);
 }
 
 int xmlp_insNodeLast(XmlpNode *node, XmlpNode *parent)
 {
     if (node == nullptr || parent == nullptr) {
-        XMLP_ERROR(884, "invalid params.");
-        return -1;
+        return XMLP_ERROR(884, "invalid params.");
     }
-    if (wouldLoop(node, parent, nullptr)) {
-        return -1;
-    }
-    node->prev = parent->lastChild;
-    if (node->prev != nullptr) {
-        node->prev->next = node;
-    } else {
-        parent->firstChild = node;
-    }
-    parent->lastChild = node;
-    node->next = nullptr;
-    node->parent = parent;
-    return 0;
+    return linkBetween(node, parent, parent->lastChild, nullptr);
 }
 
 int xmlp_insNodeAfter(XmlpNode *node, XmlpNode *ref)
 {
     if (node == nullptr || ref == nullptr) {
-        XMLP_ERROR(918, "invalid params.");
-        return -1;
+        return XMLP_ERROR(918, "invalid params.");
     }
-    XmlpNode *parent = ref->parent;
-    if (node == ref || wouldLoop(node, parent, ref)) {
-        return -1;
-    }
-    node->parent = parent;
-    node->next = ref->next;
-    ref->next = node;
-    node->prev = ref;
-    if (node->next != nullptr) {
-        node->next->prev = node;
-    }
-    if (parent != nullptr && parent->lastChild == ref) {
-        parent->lastChild = node;
-    }
-    return 0;
+    return node != ref ? linkBetween(node, ref->parent, ref, ref->next) : -1;
 }
 
 int xmlp_insNodeBefore(XmlpNode *node, XmlpNode *ref)
 {
     if (node == nullptr || ref == nullptr) {
-        XMLP_ERROR(950, "invalid params.");
-        return -1;
+        return XMLP_ERROR(950, "invalid params.");
     }
-    XmlpNode *parent = ref->parent;
-    if (node == ref || wouldLoop(node, parent, ref)) {
-        return -1;
-    }
-    node->parent = parent;
-    node->prev = ref->prev;
-    ref->prev = node;
-    node->next = ref;
-    if (node->prev != nullptr) {
-        node->prev->next = node;
-    }
-    if (parent != nullptr && parent->firstChild == ref) {
-        parent->firstChild = node;
-    }
-    return 0;
+    return linkBetween(node, ref->parent, ref->prev, ref);
 }
 
 int xmlp_addChildNode(XmlpNode *node, XmlpNode *parent, uint32_t position)
 {
     if (node == nullptr || parent == nullptr) {
-        XMLP_ERROR(1064, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1064, "invalid params.");
     }
     if (position == 0) {
         return xmlp_insNodeFirst(node, parent);
@@ -151,8 +117,7 @@ int xmlp_addChildNode(XmlpNode *node, XmlpNode *parent, uint32_t position)
     }
     XmlpNode *ref = xmlp_getChildNode(parent, position - 1);
     if (ref == nullptr) {
-        XMLP_ERROR(1082, "child[%d] not found.", static_cast<int>(position - 1));
-        return -1;
+        return XMLP_ERROR(1082, "child[%d] not found.", static_cast<int>(position - 1));
     }
     return xmlp_insNodeAfter(node, ref);
 }
@@ -220,22 +185,18 @@ int _hasChildName(const XmlpNode *parent, const char *name)
 int xmlp_setNodeName(XmlpNode *node, const char *name)
 {
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        XMLP_ERROR(1162, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1162, "invalid params.");
     }
     size_t length = strlen(name);
     if (!xmlp_isValidName(name, static_cast<uint32_t>(length))) {
-        XMLP_ERROR(1168, "invalid name.");
-        return -1;
+        return XMLP_ERROR(1168, "invalid name.");
     }
     if (_hasChildName(node->parent, name)) {
-        XMLP_ERROR(1173, "node name existed.");
-        return -1;
+        return XMLP_ERROR(1173, "node name existed.");
     }
     char *copy = _copyString(name, length);
     if (copy == nullptr) {
-        XMLP_ERROR(1181, "malloc failed.");
-        return -1;
+        return XMLP_ERROR(1181, "malloc failed.");
     }
     _freeNodeName(node);
     node->name = copy;
@@ -245,27 +206,22 @@ int xmlp_setNodeName(XmlpNode *node, const char *name)
 int xmlp_setNodeValue(XmlpNode *pNode, const void *value, uint32_t valueSize)
 {
     if (pNode == nullptr) {
-        XMLP_ERROR(1207, "pNode is null.");
-        return -1;
+        return XMLP_ERROR(1207, "pNode is null.");
     }
     if (value == nullptr && valueSize > 0) {
-        XMLP_ERROR(1212, "value is null but valueSize > 0.");
-        return -1;
+        return XMLP_ERROR(1212, "value is null but valueSize > 0.");
     }
     if (value != nullptr && valueSize == 0) {
-        XMLP_ERROR(1217, "value is not null but valueSize is 0.");
-        return -1;
+        return XMLP_ERROR(1217, "value is not null but valueSize is 0.");
     }
     if (pNode->firstChild != nullptr) {
-        XMLP_ERROR(1222, "pNode is not leaf node.");
-        return -1;
+        return XMLP_ERROR(1222, "pNode is not leaf node.");
     }
     unsigned char *copy = nullptr;
     if (value != nullptr) {
         copy = static_cast<unsigned char *>(malloc(valueSize));
         if (copy == nullptr) {
-            XMLP_ERROR(1231, "malloc failed.");
-            return -1;
+            return XMLP_ERROR(1231, "malloc failed.");
         }
         memcpy(copy, value, valueSize);
     }
@@ -320,8 +276,7 @@ static void unlink(const XmlpNode *node)
 int xmlp_delNode(XmlpNode *node)
 {
     if (node == nullptr || node->firstChild != nullptr) {
-        XMLP_ERROR(1624, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1624, "invalid params.");
     }
     unlink(node);
     _freeAttrList(node->attrs);
@@ -338,8 +293,7 @@ int xmlp_delNode(XmlpNode *node)
 int xmlp_delDtree(XmlpNode *node)
 {
     if (node == nullptr) {
-        XMLP_ERROR(1673, "node is null.");
-        return -1;
+        return XMLP_ERROR(1673, "node is null.");
     }
     // Depth first without recursion, so that no depth of tree can exhaust the stack. Children that
     // were linked a second time belong to the parent that they name.
@@ -361,8 +315,7 @@ int xmlp_delDtree(XmlpNode *node)
 int xmlp_delStree(XmlpNode *rootNode)
 {
     if (rootNode == nullptr) {
-        XMLP_ERROR(1695, "rootNode is null.");
-        return -1;
+        return XMLP_ERROR(1695, "rootNode is null.");
     }
     // The block begins with the name of the top element; without one, with the document node.
     XmlpNode *top = rootNode->firstChild;

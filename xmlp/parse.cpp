@@ -59,8 +59,9 @@ static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const
     return 0;
 }
 
-XmlpTree *_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
-                 XmlpLocationList *locations, XmlpRejection *rejection)
+// xmlp_parse, without a word: null with *rejection filled in.
+static XmlpTree *parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
+                       XmlpLocationList *locations, XmlpRejection *rejection)
 {
     *rejection = {};
     if (xmlBuf == nullptr) {
@@ -88,7 +89,7 @@ XmlpTree *_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
 
 static const char elementMessage[] = "error xml tag."; // of whatever is around the fault
 
-void _reportRejection(const XmlpRejection *rejection)
+static void report(const XmlpRejection *rejection)
 {
     const XmlpFinding *fault = &rejection->fault;
     if (fault->line != 0) {
@@ -108,7 +109,7 @@ void _reportRejection(const XmlpRejection *rejection)
     }
 }
 
-XmlpFault _faultOf(const XmlpRejection *rejection, const char *xmlBuf)
+static XmlpFault faultOf(const XmlpRejection *rejection, const char *xmlBuf)
 {
     const XmlpFinding *fault = &rejection->fault;
     const uint32_t offset =
@@ -125,9 +126,65 @@ XmlpFault _faultOf(const XmlpRejection *rejection, const char *xmlBuf)
 XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic)
 {
     XmlpRejection rejection;
-    XmlpTree *tree = _parse(xmlBuf, length, isStatic, nullptr, &rejection);
+    XmlpTree *tree = parse(xmlBuf, length, isStatic, nullptr, &rejection);
     if (tree == nullptr) {
-        _reportRejection(&rejection);
+        report(&rejection);
     }
     return tree;
+}
+
+// A handle on the document of a text; null with *rejection filled in.
+static XmlpDoc *readTree(const char *xmlBuf, uint32_t length, uint32_t isStatic,
+                         XmlpLocationList *locations, XmlpRejection *rejection)
+{
+    *rejection = {};
+    if (xmlBuf == nullptr) {
+        rejection->fault = {"xmlp_xml2Tree", 1836, "xmlBuf is null.", nullptr};
+        return nullptr;
+    }
+    auto *doc = static_cast<XmlpDoc *>(malloc(sizeof(XmlpDoc)));
+    if (doc == nullptr) {
+        rejection->fault = {"xmlp_xml2Tree", 1842, "malloc failed.", nullptr};
+        return nullptr;
+    }
+    doc->tree = parse(xmlBuf, length, isStatic, locations, rejection);
+    if (doc->tree == nullptr) {
+        free(doc);
+        return nullptr;
+    }
+    return doc;
+}
+
+XmlpDoc *xmlp_xml2Tree(const char *xmlBuf, uint32_t length, uint32_t isStatic)
+{
+    XmlpRejection rejection;
+    XmlpDoc *doc = readTree(xmlBuf, length, isStatic, nullptr, &rejection);
+    if (doc == nullptr) {
+        report(&rejection);
+    }
+    return doc;
+}
+
+XmlpDoc *xmlp_loadDoc(const char *buffer, uint32_t length, uint32_t isStatic)
+{
+    XmlpDoc *doc = xmlp_xml2Tree(buffer, length, isStatic);
+    if (_initLock(doc) != 0) {
+        free(doc);
+        return nullptr;
+    }
+    doc->tree->refCount = 1;
+    return doc;
+}
+
+XmlpDoc *xmlp_readDoc(const char *buffer, uint32_t length, uint32_t isStatic, XmlpFault *fault,
+                      XmlpLocationList *locations)
+{
+    XmlpRejection rejection;
+    XmlpDoc *doc = readTree(buffer, length, isStatic, locations, &rejection);
+    if (doc == nullptr) {
+        *fault = faultOf(&rejection, buffer);
+        return nullptr;
+    }
+    doc->tree->refCount = 1;
+    return doc;
 }

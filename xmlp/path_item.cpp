@@ -40,8 +40,7 @@ int _checkOrder(const uint32_t *pos, uint32_t count)
     }
     for (uint32_t i = 1; i < count; i++) {
         if (pos[i] <= pos[i - 1]) {
-            XMLP_ERROR(255, "error order in pos.");
-            return -1;
+            return XMLP_ERROR(255, "error order in pos.");
         }
     }
     return 0;
@@ -82,16 +81,14 @@ static uint32_t distance(const Selection &items, uint32_t i)
     return items.mode == XMLP_POS_RUN ? 1 : items.pos[i] - items.pos[i - 1];
 }
 
-// What is done with addressed item number index; args are the operation's own.
-using ItemWork = int (*)(XmlpNode *item, uint32_t index, const void *args);
-
-// Works on one addressed item after the other, up to the first failure. Returns the number done.
-static uint32_t walkItems(const XmlpNode *list, const Selection &items, ItemWork work,
-                          const void *args)
+// Works on one addressed item after the other with work(item, index), up to the first failure.
+// Returns the number done.
+template <typename Work>
+static uint32_t walkItems(const XmlpNode *list, const Selection &items, Work work)
 {
     uint32_t done = 0;
     XmlpNode *item = xmlp_getChildNode(list, items.pos[0]);
-    while (work(item, done, args) == 0 && ++done < items.count) {
+    while (work(item, done) == 0 && ++done < items.count) {
         for (uint32_t step = distance(items, done); step > 0; step--) {
             item = item->next;
         }
@@ -99,9 +96,10 @@ static uint32_t walkItems(const XmlpNode *list, const Selection &items, ItemWork
     return done;
 }
 
-// The whole of an operation that gives the number of items done.
+// The whole of an operation that gives the number of items done. args are what it needs besides.
+template <typename Work>
 static uint32_t forItems(const XmlpFrame &frame, XmlpDoc *doc, const char *path,
-                         const Selection &items, ItemWork work, const void *args)
+                         const Selection &items, const void *args, Work work)
 {
     bool complete = args != nullptr && items.pos != nullptr && items.count != 0;
     const XmlpNode *list = _openPath(&frame, doc, path, complete);
@@ -110,7 +108,7 @@ static uint32_t forItems(const XmlpFrame &frame, XmlpDoc *doc, const char *path,
     }
     uint32_t done = 0;
     if (lastItem(frame, list, items) != nullptr) {
-        done = walkItems(list, items, work, args);
+        done = walkItems(list, items, work);
     }
     _unLock(doc);
     return done;
@@ -129,25 +127,6 @@ int xmlp_isItemExist(XmlpDoc *doc, const char *path, uint32_t position)
     return exists;
 }
 
-namespace
-{
-struct ValueCopies {
-    XmlpValue *values;
-    uint32_t mode;
-};
-} // namespace
-
-static int copyItemValue(XmlpNode *item, uint32_t index, const void *args)
-{
-    const auto *copies = static_cast<const ValueCopies *>(args);
-    if (_copyNodeValue(&copies->values[index], item, 1) != 0) {
-        int line = index == 0 ? 1039 : copies->mode == XMLP_POS_RUN ? 1061 : 1088;
-        _xmlp_report(getItemValue.name, line, "malloc failed.");
-        return -1;
-    }
-    return 0;
-}
-
 XmlpValue *xmlp_getItemValue(XmlpDoc *doc, const char *path, uint32_t mode, const uint32_t *pos,
                              uint32_t count, uint32_t *outCount)
 {
@@ -161,29 +140,33 @@ XmlpValue *xmlp_getItemValue(XmlpDoc *doc, const char *path, uint32_t mode, cons
         return nullptr;
     }
     const Selection items = {mode, pos, count};
-    ValueCopies copies = {nullptr, mode};
+    XmlpValue *values = nullptr;
     if (lastItem(getItemValue, list, items) != nullptr) {
-        copies.values = static_cast<XmlpValue *>(calloc(count, sizeof(XmlpValue)));
-        if (copies.values == nullptr) {
+        values = static_cast<XmlpValue *>(calloc(count, sizeof(XmlpValue)));
+        if (values == nullptr) {
             XMLP_ERROR(1027, "malloc failed.");
         } else {
-            *outCount = walkItems(list, items, copyItemValue, &copies);
+            *outCount = walkItems(list, items, [&](const XmlpNode *item, uint32_t i) {
+                const int status = _copyNodeValue(&values[i], item, 1);
+                if (status != 0) {
+                    int line = i == 0 ? 1039 : mode == XMLP_POS_RUN ? 1061 : 1088;
+                    _xmlp_report(getItemValue.name, line, "malloc failed.");
+                }
+                return status;
+            });
         }
     }
     _unLock(doc);
-    return copies.values;
-}
-
-static int setValueOfItem(XmlpNode *item, uint32_t index, const void *args)
-{
-    const auto *values = static_cast<const XmlpValue *>(args);
-    return xmlp_setNodeValue(item, values[index].data, values[index].size);
+    return values;
 }
 
 uint32_t xmlp_setItemValue(XmlpDoc *doc, const char *path, uint32_t mode, const XmlpValue *values,
                            const uint32_t *pos, uint32_t count)
 {
-    return forItems(setItemValue, doc, path, {mode, pos, count}, setValueOfItem, values);
+    return forItems(setItemValue, doc, path, {mode, pos, count}, values,
+                    [values](XmlpNode *item, uint32_t i) {
+                        return xmlp_setNodeValue(item, values[i].data, values[i].size);
+                    });
 }
 
 static bool hasAttrs(const XmlpNode *item, const XmlpAttrPair *pairs, uint32_t pairCount)
@@ -268,8 +251,7 @@ static int fillItem(XmlpNode *node, const XmlpItem *item)
     if (item->value != nullptr && item->valueSize != 0) {
         node->value = static_cast<unsigned char *>(malloc(item->valueSize));
         if (node->value == nullptr) {
-            _xmlp_report("_item2Node", 212, "malloc failed.");
-            return -1;
+            return _xmlp_report("_item2Node", 212, "malloc failed.");
         }
         memcpy(node->value, item->value, item->valueSize);
         node->valueSize = item->valueSize;
@@ -382,8 +364,7 @@ int xmlp_deleteItem(XmlpDoc *doc, const char *path, uint32_t mode, const uint32_
         return -1;
     }
     if (count == 0 && mode != XMLP_POS_RUN && pos[0] != XMLP_LAST) {
-        XMLP_ERROR(1351, "invalid params.");
-        return -1;
+        return XMLP_ERROR(1351, "invalid params.");
     }
     const XmlpNode *list = _lockNode(&deleteItem, doc, path);
     if (list == nullptr) {
@@ -397,51 +378,36 @@ int xmlp_deleteItem(XmlpDoc *doc, const char *path, uint32_t mode, const uint32_
 
 /* ---- Attributes ---------------------------------------------------------------------------- */
 
-static int getAttrOfItem(XmlpNode *item, uint32_t index, const void *args)
-{
-    XmlpAttrPair *pair = *static_cast<XmlpAttrPair *const *>(args) + index;
-    return xmlp_getNodeAttr(item, pair->name, &pair->value);
-}
-
 uint32_t xmlp_getItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, XmlpAttrPair *pairs,
                           const uint32_t *pos, uint32_t count)
 {
-    const void *args = pairs != nullptr ? &pairs : nullptr;
-    return forItems(getItemAttr, doc, path, {mode, pos, count}, getAttrOfItem, args);
-}
-
-static int setAttrOfItem(XmlpNode *item, uint32_t index, const void *args)
-{
-    const auto *pair = static_cast<const XmlpAttrPair *>(args) + index;
-    return xmlp_setNodeAttr(item, pair->name, pair->value);
+    return forItems(getItemAttr, doc, path, {mode, pos, count}, pairs,
+                    [pairs](const XmlpNode *item, uint32_t i) {
+                        return xmlp_getNodeAttr(item, pairs[i].name, &pairs[i].value);
+                    });
 }
 
 uint32_t xmlp_setItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const XmlpAttrPair *pairs,
                           const uint32_t *pos, uint32_t count)
 {
-    return forItems(setItemAttr, doc, path, {mode, pos, count}, setAttrOfItem, pairs);
-}
-
-static int addAttrToItem(XmlpNode *item, uint32_t index, const void *args)
-{
-    const auto *pair = static_cast<const XmlpAttrPair *>(args) + index;
-    return xmlp_addNodeAttr(item, pair->name, pair->value);
+    return forItems(setItemAttr, doc, path, {mode, pos, count}, pairs,
+                    [pairs](XmlpNode *item, uint32_t i) {
+                        return xmlp_setNodeAttr(item, pairs[i].name, pairs[i].value);
+                    });
 }
 
 uint32_t xmlp_addItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const XmlpAttrPair *pairs,
                           const uint32_t *pos, uint32_t count)
 {
-    return forItems(addItemAttr, doc, path, {mode, pos, count}, addAttrToItem, pairs);
-}
-
-static int deleteAttrOfItem(XmlpNode *item, uint32_t index, const void *args)
-{
-    static_cast<void>(index); // the same name for all
-    return xmlp_delNodeAttr(item, static_cast<const char *>(args));
+    return forItems(addItemAttr, doc, path, {mode, pos, count}, pairs,
+                    [pairs](XmlpNode *item, uint32_t i) {
+                        return xmlp_addNodeAttr(item, pairs[i].name, pairs[i].value);
+                    });
 }
 
 uint32_t xmlp_deleteItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const char *name,
                              const uint32_t *pos, uint32_t count)
 {
-    return forItems(deleteItemAttr, doc, path, {mode, pos, count}, deleteAttrOfItem, name);
+    return forItems(deleteItemAttr, doc, path, {mode, pos, count}, name,
+                    [name](XmlpNode *item, uint32_t) { return xmlp_delNodeAttr(item, name); });
 }

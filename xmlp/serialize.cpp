@@ -115,16 +115,22 @@ uint64_t _nodeLen(const XmlpNode *node)
     return 2 * name + attrs + strlen("<></>") + (hasValue(node) ? escapedLen(node) : 0);
 }
 
-// Stops adding where the sum no longer fits a length, and gives UINT64_MAX when it had to stop.
-template <typename NodeLen>
-static uint64_t sumOf(const XmlpNode *node, uint32_t level, NodeLen nodeLen)
+static uint64_t indentLen(uint32_t level)
+{
+    return uint64_t{2} * level;
+}
+
+// The length of the text of an element and all below it. Stops adding where the sum does not fit a
+// length, and gives UINT64_MAX when it had to stop.
+static uint64_t lengthOf(const XmlpNode *top, uint32_t topLevel, bool isFormatted)
 {
     uint64_t total = 0;
-    if (node == nullptr) {
+    if (top == nullptr) {
         return total;
     }
-    int status = walk(node, level, [&](const XmlpNode *at, uint32_t atLevel, bool leaving) {
-        total += nodeLen(at, atLevel, leaving);
+    int status = walk(top, topLevel, [&](const XmlpNode *node, uint32_t level, bool leaving) {
+        total += leaving ? 0 : _nodeLen(node);
+        total += isFormatted ? indentLen(level) + 1 : 0; // a line for entering, one for leaving
         return total < UINT32_MAX;
     });
     return status == 0 ? total : UINT64_MAX;
@@ -132,22 +138,12 @@ static uint64_t sumOf(const XmlpNode *node, uint32_t level, NodeLen nodeLen)
 
 uint64_t _treeLen(const XmlpNode *node)
 {
-    return sumOf(node, 0, [](const XmlpNode *at, uint32_t, bool leaving) {
-        return leaving ? 0 : _nodeLen(at);
-    });
-}
-
-static uint64_t indentLen(uint32_t level)
-{
-    return uint64_t{2} * level;
+    return lengthOf(node, 0, false);
 }
 
 uint64_t _formatLen(const XmlpNode *node, uint32_t level)
 {
-    // A line for entering, another one for leaving.
-    return sumOf(node, level, [](const XmlpNode *at, uint32_t atLevel, bool leaving) {
-        return indentLen(atLevel) + 1 + (leaving ? 0 : _nodeLen(at));
-    });
+    return lengthOf(node, level, true);
 }
 
 /* ---- Writing ------------------------------------------------------------------------------- */
@@ -213,9 +209,19 @@ static char *putStart(char *dst, const XmlpNode *node)
     return putEndTag(dst, node->name, nameLength);
 }
 
-static char *putTag(char *dst, const XmlpNode *node, bool leaving)
+// Writes that text. Returns the position behind it, or null without memory.
+static char *write(const XmlpNode *top, char *dst, uint32_t topLevel, bool isFormatted)
 {
-    return leaving ? putEndTag(dst, node->name, textLen(node->name)) : putStart(dst, node);
+    if (top == nullptr) {
+        return dst;
+    }
+    int status = walk(top, topLevel, [&](const XmlpNode *node, uint32_t level, bool leaving) {
+        dst = isFormatted ? putIndent(dst, level) : dst;
+        dst = leaving ? putEndTag(dst, node->name, textLen(node->name)) : putStart(dst, node);
+        dst = isFormatted ? putLiteral(dst, "\n") : dst;
+        return true;
+    });
+    return status == 0 ? dst : nullptr;
 }
 
 char *_tree2Xml(const XmlpNode *node, char *dst)
@@ -224,14 +230,7 @@ char *_tree2Xml(const XmlpNode *node, char *dst)
         XMLP_ERROR(200, "buf is null.");
         return nullptr;
     }
-    if (node == nullptr) {
-        return dst;
-    }
-    int status = walk(node, 0, [&dst](const XmlpNode *at, uint32_t, bool leaving) {
-        dst = putTag(dst, at, leaving);
-        return true;
-    });
-    return status == 0 ? dst : nullptr;
+    return write(node, dst, 0, false);
 }
 
 char *_tree2FormatXml(const XmlpNode *node, char *dst, uint32_t level)
@@ -240,16 +239,7 @@ char *_tree2FormatXml(const XmlpNode *node, char *dst, uint32_t level)
         XMLP_ERROR(286, "buf is null.");
         return nullptr;
     }
-    if (node == nullptr) {
-        return dst;
-    }
-    int status = walk(node, level, [&dst](const XmlpNode *at, uint32_t atLevel, bool leaving) {
-        dst = putIndent(dst, atLevel);
-        dst = putTag(dst, at, leaving);
-        dst = putLiteral(dst, "\n");
-        return true;
-    });
-    return status == 0 ? dst : nullptr;
+    return write(node, dst, level, true);
 }
 
 /* ---- Documents ----------------------------------------------------------------------------- */
@@ -268,7 +258,7 @@ static uint64_t documentLen(const XmlpTree *tree, bool compact)
     }
     for (const XmlpNode *node = firstElement(tree); node != nullptr && total < UINT32_MAX;
          node = node->next) {
-        uint64_t length = compact ? _treeLen(node) : _formatLen(node, 0);
+        uint64_t length = lengthOf(node, 0, !compact);
         total = length < UINT32_MAX ? total + length : UINT32_MAX;
     }
     return total;
@@ -283,7 +273,7 @@ static char *putDocument(char *dst, const XmlpTree *tree, bool compact)
     }
     for (const XmlpNode *node = firstElement(tree); node != nullptr && dst != nullptr;
          node = node->next) {
-        dst = compact ? _tree2Xml(node, dst) : _tree2FormatXml(node, dst, 0);
+        dst = write(node, dst, 0, !compact);
     }
     return dst;
 }

@@ -13,7 +13,7 @@ static int found(XmlpFinding *fault, const char *function, int line, const char 
 
 int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
 {
-    XmlpTag reader = {tag, tag, terminator};
+    XmlpTag reader = {tag, tag, terminator, false};
     XmlpSlice name;
     XmlpSlice value;
     int line = _readName(&reader, &name);

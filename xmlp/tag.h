@@ -14,6 +14,7 @@ struct XmlpTag {
     const char *p;   /* a fault, once there is one */
     const char *end; /* of the text, or nearer */
     char terminator; /* ">" of a start tag, "/" of an empty-element tag */
+    bool isLoose;    /* see _readLoosely */
 };
 
 /* Whether an attribute follows. */
@@ -135,6 +136,24 @@ static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
  * one that does not complete in the tag.
  */
 int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value);
+
+/* Reads the next attribute, whatever the tag. 1, 0 when there are no more, or -1. */
+static inline int _nextAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
+{
+    if (tag->isLoose) {
+        return _readLoosely(tag, name, value);
+    }
+    if (!_hasMore(tag)) {
+        return 0;
+    }
+    return _readAttr(tag, name, value) == 0 ? 1 : -1;
+}
+
+/*
+ * Sets *found to the first of the tag's count attribute names that is the beginning of an earlier
+ * one, or to null. tag has them before it. 0, or -1 without memory.
+ */
+int _findBeginning(XmlpTag tag, size_t count, const char **found);
 
 #pragma GCC visibility pop
 

@@ -13,7 +13,8 @@ extern "C" {
 
 /* ---- Diagnostics ----------------------------------------------------------------------- */
 
-void _xmlp_report(const char *function, int line, const char *format, ...)
+/* Returns -1, as most of what fails does. */
+int _xmlp_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
 /* Prints "[ERROR][function():line]: message" CR LF; line is part of the message. */
@@ -115,31 +116,6 @@ int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault);
  */
 int _checkEndTag(const char *open, const char *name, const char *close, XmlpFinding *fault);
 
-/* ---- Parser: attribute names ----------------------------------------------------------- */
-
-/* An attribute name, and a fork in the tree of names. */
-struct XmlpAttrEntry {
-    XmlpSlice name;
-    size_t byte;  /* the names below the fork agree up to this byte, */
-    unsigned bit; /* and to this bit of it */
-    uint32_t links[2];
-};
-
-/* The attribute names of one tag; see attr_names.cpp. All zero, it is empty. */
-struct XmlpAttrNames {
-    uint32_t count;         /* all names */
-    XmlpAttrEntry *entries; /* those in the tree; for the owner to free */
-    uint32_t used;
-    uint32_t capacity;
-    uint32_t top; /* the link to the tree */
-};
-
-/*
- * Adds the name of a new attribute; attrs are those before it. Returns what _hasAttrName says of
- * it, or -1 without memory.
- */
-int _addAttrName(XmlpAttrNames *names, const XmlpAttr *attrs, XmlpSlice name);
-
 /* ---- Parser: tree building ------------------------------------------------------------- */
 
 /* Types a node that was linked and named, and its parent with it. 0 or -1. */
@@ -152,18 +128,6 @@ int _setType(XmlpNode *node, XmlpFinding *fault);
  */
 XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const char *origin,
                      XmlpLocationList *locations, XmlpRejection *rejection);
-
-/* ---- Parser: documents ----------------------------------------------------------------- */
-
-/* xmlp_parse, without a word: returns null with *rejection filled in. */
-XmlpTree *_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
-                 XmlpLocationList *locations, XmlpRejection *rejection);
-
-/* Prints what the text was rejected for. */
-void _reportRejection(const XmlpRejection *rejection);
-
-/* The first line that would be printed, and where in the text at xmlBuf the fault is. */
-XmlpFault _faultOf(const XmlpRejection *rejection, const char *xmlBuf);
 
 /* ---- Path-addressed operations --------------------------------------------------------- */
 
