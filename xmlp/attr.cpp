@@ -79,25 +79,22 @@ struct AllocLines {
 
 static XmlpAttr *makeAttr(const char *name, const char *value, const AllocLines &lines)
 {
-    int failed = lines.record;
     auto *attr = static_cast<XmlpAttr *>(calloc(1, sizeof(XmlpAttr)));
+    int failed = lines.record;
     if (attr != nullptr) {
-        failed = lines.name;
         attr->name = _copyString(name, strlen(name));
-        if (attr->name != nullptr) {
-            if (value == nullptr) {
-                return attr;
-            }
-            failed = lines.value;
-            attr->value = _copyString(value, strlen(value));
-            if (attr->value != nullptr) {
-                return attr;
-            }
-        }
+        failed = attr->name != nullptr ? 0 : lines.name;
     }
-    _freeAttrList(attr);
-    _xmlp_report("xmlp_addNodeAttr", failed, "malloc failed.");
-    return nullptr;
+    if (failed == 0 && value != nullptr) {
+        attr->value = _copyString(value, strlen(value));
+        failed = attr->value != nullptr ? 0 : lines.value;
+    }
+    if (failed != 0) {
+        _freeAttrList(attr);
+        attr = nullptr;
+        _xmlp_report("xmlp_addNodeAttr", failed, "malloc failed.");
+    }
+    return attr;
 }
 
 int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)

@@ -41,8 +41,14 @@ static constexpr XmlpByteTable makeSteps()
 extern constexpr XmlpByteTable _xmlp_classes = makeClasses();
 extern constexpr XmlpByteTable _xmlp_steps = makeSteps();
 
-static int allOf(const void *buf, uint32_t length, unsigned byteClass)
+// Whether all bytes are of a class; line reports, for function, that there are none.
+static int allOf(unsigned byteClass, const void *buf, uint32_t length, const char *function,
+                 int line)
 {
+    if (buf == nullptr) {
+        _xmlp_report(function, line, "buf is null.");
+        return 0;
+    }
     const auto *bytes = static_cast<const char *>(buf);
     for (uint32_t i = 0; i < length; i++) {
         if (!_isByte(bytes[i], byteClass)) {
@@ -65,29 +71,17 @@ int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
 
 int xmlp_isValidChar(const void *buf, uint32_t length)
 {
-    if (buf == nullptr) {
-        XMLP_ERROR(421, "buf is null.");
-        return 0;
-    }
-    return allOf(buf, length, XMLP_TEXT);
+    return allOf(XMLP_TEXT, buf, length, __func__, 421);
 }
 
 int xmlp_isValidName(const void *buf, uint32_t length)
 {
-    if (buf == nullptr) {
-        XMLP_ERROR(458, "buf is null.");
-        return 0;
-    }
-    return allOf(buf, length, XMLP_NAME);
+    return allOf(XMLP_NAME, buf, length, __func__, 458);
 }
 
 int xmlp_isValidAttrValue(const void *buf, uint32_t length)
 {
-    if (buf == nullptr) {
-        XMLP_ERROR(502, "buf is null.");
-        return 0;
-    }
-    return allOf(buf, length, XMLP_ATTR_VALUE);
+    return allOf(XMLP_ATTR_VALUE, buf, length, __func__, 502);
 }
 
 namespace

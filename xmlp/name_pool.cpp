@@ -11,19 +11,14 @@ enum : size_t { WORD = XMLP_POOL_WORD, FEWEST_SLOTS = 256, MOST_SLOTS_AT_FIRST =
 /* ---- The index ----------------------------------------------------------------------------- */
 
 // The slot from index on that has the hash, or the free one that ends the search.
-static XmlpNameSlot *slotFrom(const XmlpNamePool *pool, size_t index, uint32_t hash)
+static XmlpNameSlot *slotFrom(const XmlpNamePool *pool, size_t index, uint64_t hash)
 {
     for (;; index++) {
         XmlpNameSlot *slot = &pool->slots[index & (pool->slotCount - 1)];
-        if (slot->place == 0 || slot->hash == hash) {
+        if (slot->place == 0 || slot->hash == static_cast<uint32_t>(hash)) {
             return slot;
         }
     }
-}
-
-static XmlpNameSlot *firstSlot(const XmlpNamePool *pool, uint64_t hash)
-{
-    return slotFrom(pool, static_cast<uint32_t>(hash), static_cast<uint32_t>(hash));
 }
 
 static XmlpNameSlot *nextSlot(const XmlpNamePool *pool, const XmlpNameSlot *slot)
@@ -33,7 +28,7 @@ static XmlpNameSlot *nextSlot(const XmlpNamePool *pool, const XmlpNameSlot *slot
 
 static XmlpNameSlot *freeSlot(const XmlpNamePool *pool, uint64_t hash)
 {
-    XmlpNameSlot *slot = firstSlot(pool, hash);
+    XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
     while (slot->place != 0) {
         slot = nextSlot(pool, slot);
     }
@@ -128,7 +123,7 @@ static bool standsAt(const char *name, const char *bytes, size_t length)
 // The string, or null.
 static char *find(const XmlpNamePool *pool, uint64_t hash, const char *bytes, size_t length)
 {
-    const XmlpNameSlot *slot = firstSlot(pool, hash);
+    const XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
     for (; slot->place != 0; slot = nextSlot(pool, slot)) {
         char *name = nameAt(pool, slot->place);
         if (name + length < pool->base + pool->used && standsAt(name, bytes, length)) {
@@ -176,7 +171,7 @@ char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
     size_t at = size;
     while (at > 0) {
         const uint64_t longer = addWord(hash, bytes + at - WORD, length - at + WORD);
-        if (firstSlot(pool, longer)->place == 0) {
+        if (slotFrom(pool, static_cast<uint32_t>(longer), longer)->place == 0) {
             break;
         }
         hash = longer;

@@ -29,11 +29,6 @@ XmlpNode *xmlp_seekXml(const XmlpDoc *doc, const char *path)
 
 /* ---- Frame --------------------------------------------------------------------------------- */
 
-void _refuseParams(const XmlpFrame *frame)
-{
-    _xmlp_report(frame->name, frame->invalidParams, "invalid params.");
-}
-
 static bool isAccepted(const XmlpFrame *frame, const XmlpNode *node)
 {
     return frame->errorNodeType == 0 ||

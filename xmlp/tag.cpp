@@ -20,7 +20,7 @@ int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
     if (line != 0) {
         return found(fault, __func__, line, "error xml tag name.", reader.p);
     }
-    while (_hasMore(&reader)) {
+    while (*reader.p != terminator) {
         line = _readAttr(&reader, &name, &value);
         if (line != 0) {
             // The doubled word is kept on purpose.

@@ -17,12 +17,6 @@ struct XmlpTag {
     bool isLoose;    /* see _readLoosely */
 };
 
-/* Whether an attribute follows. */
-static inline bool _hasMore(const XmlpTag *tag)
-{
-    return *tag->p != tag->terminator;
-}
-
 static inline const char *_skipBlanks(const char *p)
 {
     while (_isByte(*p, XMLP_BLANK)) {
@@ -143,7 +137,7 @@ static inline int _nextAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
     if (tag->isLoose) {
         return _readLoosely(tag, name, value);
     }
-    if (!_hasMore(tag)) {
+    if (*tag->p == tag->terminator) {
         return 0;
     }
     return _readAttr(tag, name, value) == 0 ? 1 : -1;

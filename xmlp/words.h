@@ -10,23 +10,11 @@
 #include <stdint.h>
 #include <string.h>
 
-static inline uint64_t _word8(const char *bytes)
+template <typename Word> static inline uint64_t _wordAt(const char *bytes)
 {
-    uint64_t word = 0;
-    memcpy(&word, bytes, sizeof word);
+    Word word;
+    memcpy(&word, bytes, sizeof(word));
     return word;
-}
-
-static inline uint64_t _word4(const char *bytes)
-{
-    uint32_t word = 0;
-    memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-static inline uint64_t _word1(const char *bytes)
-{
-    return static_cast<unsigned char>(*bytes);
 }
 
 /* Not 0 when a byte of the word is written as an entity. */
@@ -45,17 +33,18 @@ static inline bool _anyEntity(const char *bytes, size_t length)
 {
     const char *end = bytes + length;
     if (length >= 8) {
-        uint64_t found = _entitiesIn(_word8(end - 8));
+        uint64_t found = _entitiesIn(_wordAt<uint64_t>(end - 8));
         for (; end - bytes > 8; bytes += 8) {
-            found |= _entitiesIn(_word8(bytes));
+            found |= _entitiesIn(_wordAt<uint64_t>(bytes));
         }
         return found != 0;
     }
     if (length >= 4) {
-        return _entitiesIn(_word4(bytes) | _word4(end - 4) << 32) != 0;
+        return _entitiesIn(_wordAt<uint32_t>(bytes) | _wordAt<uint32_t>(end - 4) << 32) != 0;
     }
-    return length != 0 && _entitiesIn(_word1(bytes) | _word1(bytes + length / 2) << 8 |
-                                      _word1(end - 1) << 16) != 0;
+    return length != 0 &&
+           _entitiesIn(_wordAt<uint8_t>(bytes) | _wordAt<uint8_t>(bytes + length / 2) << 8 |
+                       _wordAt<uint8_t>(end - 1) << 16) != 0;
 }
 
 /* Copies length bytes; returns the position behind them. */

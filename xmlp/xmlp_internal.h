@@ -118,9 +118,6 @@ int _checkEndTag(const char *open, const char *name, const char *close, XmlpFind
 
 /* ---- Parser: tree building ------------------------------------------------------------- */
 
-/* Types a node that was linked and named, and its parent with it. 0 or -1. */
-int _setType(XmlpNode *node, XmlpFinding *fault);
-
 /*
  * Checks the text from text to end, which is what follows the declaration, and builds its tree.
  * Returns the document node, or null with *rejection filled in. The locations, null when nobody
@@ -149,18 +146,12 @@ struct XmlpFrame {
 
 #define XMLP_TYPE_BIT(type) (1u << (type))
 
-/* Reports "invalid params.". */
-void _refuseParams(const XmlpFrame *frame);
-
 /* The argument check; complete tells whether the operation has what it needs besides. */
 static inline int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path,
                                bool complete)
 {
-    if (doc == nullptr || path == nullptr || !complete) {
-        _refuseParams(frame);
-        return -1;
-    }
-    return 0;
+    const bool isMissing = doc == nullptr || path == nullptr || !complete;
+    return isMissing ? _xmlp_report(frame->name, frame->invalidParams, "invalid params.") : 0;
 }
 
 /* Locks the document and returns the node at path; unlocked again and null when refused. */
