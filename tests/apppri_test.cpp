@@ -169,6 +169,8 @@ TEST(Apppri, WithoutArgumentsOrDatabase)
         {[] { return _apppri_strToExpiredTime(nullptr, nullptr); }, "-1 "},
         {apppri_readDBFromFlash, "-1 [Error](apppri_readDBFromFlash) 1023: read db flash fail\n"},
         {apppri_analyzeDBFile, "-1 analyzeDBFile:1105 xmlParseMemory error.\r\n"},
+        {[] { return int{apppri_initPrimapFromDB(nullptr)}; },
+         "-1 initPrimapFromDB:1381 appSortList NULL.\r\n"},
         {[] { return apppri_initPrimapWithSort(nullptr, 1, 1); },
          "-1 initPrimapWithSort:1421 appSortList NULL.\r\n"},
         {appprio_readParaFromProfile,
@@ -195,9 +197,12 @@ TEST(Apppri, LoadsAndLookups)
     map[7] = 4; // of 260
     map[4095] = 3;
     EXPECT_EQ(Bytes(kernel.message.begin() + 64, kernel.message.end()), map);
-    EXPECT_EQ(apppri_initPrimapWithSort(map.data(), 2, 0x105), 0);
+    map.push_back(0); // behind it
+    EXPECT_EQ(apppri_initPrimapWithSort(map.data(), 1, 0x105), 0);
     EXPECT_EQ(apppri_initPrimapWithSort(map.data(), 9, 1), 0);
-    EXPECT_EQ(map[7], 5);
+    EXPECT_TRUE(map[7] == 5 && map[4095] == 5 && map[4096] == 0);
+    EXPECT_EQ(apppri_initPrimapWithSort(map.data(), 2, 6), 0);
+    EXPECT_TRUE(map[7] == 6 && map[4095] == 5);
 
     EXPECT_EQ(apppri_getAppIdByName("arther"), 4096);
     EXPECT_EQ(apppri_getAppIdByName("letters"), -1);

@@ -82,7 +82,7 @@ TEST(Decrypt, ArgumentsAndLengths)
     };
     for (const auto &[input, size, room, expected] : rows) {
         SCOPED_TRACE(expected);
-        std::vector<char> out(room);
+        std::vector<char> out(room + 16); /* so that zeros lie behind the room, too */
         uint32_t length = room;
         const std::string result =
             outcome(appmngr_decrypt, out.data(), &length, input.data(), size);

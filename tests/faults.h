@@ -1,7 +1,6 @@
 /*
  * Allocations that fail, one after the other, and what stays allocated. Every allocation of the
- * product comes here in a program that links the target faults; those inside of liblzma count as
- * one of the call that makes them.
+ * product, and those of its LZMA decoder, come here in a program that links the target faults.
  */
 #ifndef TESTS_FAULTS_H
 #define TESTS_FAULTS_H

@@ -2,15 +2,18 @@
 
 #include "loader/image.h"
 #include "loader/loader_internal.h"
-#include "tests/capture.h"
+#include "tests/faults.h"
 #include "tests/lzma_image.h"
 
 #include <unistd.h>
+
+#include <random>
 
 // What a load finds in the file: the text, or the lines it prints.
 static std::string readBack(const std::string &file)
 {
     const std::string path = testing::TempDir() + "image-" + std::to_string(getpid());
+    const size_t held = faults::live.size();
     std::ofstream(path, std::ios::binary) << file;
     std::string text;
     const std::string printed = captured([&] {
@@ -20,6 +23,7 @@ static std::string readBack(const std::string &file)
         appmngr_file_free();
     });
     unlink(path.c_str());
+    EXPECT_EQ(faults::live.size(), held);
     return text + lines(printed);
 }
 
@@ -55,6 +59,29 @@ TEST(Image, IsRead)
     }
     EXPECT_EQ(appmngr_checkDbPath("/dev/null"), 0);
     EXPECT_EQ(appmngr_readFile(0, 1, nullptr), -1);
+}
+
+// What the length field promises of bytes behind the image counts for nothing: they lie there.
+TEST(Image, ReadsNothingBehindTheImage)
+{
+    std::mt19937 random;
+    std::string noise(66000, '\0');
+    std::generate(noise.begin(), noise.end(), [&] { return static_cast<char>(random()); });
+    std::string file = image(noise);
+    const auto lengthOfText = [&file](uint32_t length) {
+        length = htonl(length);
+        memcpy(file.data(), &length, sizeof length);
+        std::string text(66000, '\0');
+        auto written = static_cast<uint32_t>(text.size());
+        appmngr_unpackImage(text.data(), &written,
+                            reinterpret_cast<const unsigned char *>(file.data()));
+        return written;
+    };
+    const uint32_t most = lengthOfText(65532);
+    EXPECT_LT(lengthOfText(65524), most);
+    for (uint32_t length = 65533; length <= 65541; length++) {
+        EXPECT_EQ(lengthOfText(length), most) << length;
+    }
 }
 
 TEST(Image, FaultyStream)
