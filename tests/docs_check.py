@@ -34,7 +34,7 @@ def main(document, examples, *programs):
         pathlib.Path(scratch, "out").mkdir()
         pathlib.Path(scratch, "notes.txt").write_text("notes\n")
         for command, _, expected in commands:
-            run = subprocess.run(["bash", "-c", command], cwd=scratch, env=environment, text=True,
+            run = subprocess.run(["bash", "-o", "pipefail", "-c", command], cwd=scratch, env=environment, text=True,
                                  stdin=subprocess.DEVNULL, capture_output=True, timeout=60)
             if run.returncode != 0 or (expected and run.stdout != expected):
                 wrong += 1

@@ -19,5 +19,5 @@ static const ProgramCase cases[] = {
 TEST(Loader, Program)
 {
     enterFolder("loader_test");
-    expectRuns(TARN_LOADER " ", cases);
+    expectRuns("tarn-db-loader ", cases);
 }

@@ -21,11 +21,15 @@ inline void enterFolder(const std::string &name)
     std::filesystem::current_path(folder);
 }
 
-/* The exit status; what the command prints is in the files out and err. */
+/*
+ * The exit status, of a pipeline the last that is not 0; above 128 for a program that crashed. What
+ * the command prints is in the files out and err.
+ */
 inline int run(const std::string &command)
 {
-    const std::string setting = "exec 2>err >out; PATH=" TARN_PROGRAMS ":$PATH; ";
-    return WEXITSTATUS(std::system((setting + command).c_str())); // NOLINT(cert-env33-c)
+    setenv("COMMAND", ("PATH=" TARN_PROGRAMS ":$PATH; " + command + "; exit").c_str(), 1);
+    const int status = std::system("bash -o pipefail -c \"$COMMAND\" 2>err >out");
+    return WEXITSTATUS(status); // NOLINT(cert-env33-c)
 }
 
 struct ProgramCase {

@@ -2,6 +2,8 @@
 
 #include "loader/image.h"
 #include "tests/program.h"
+#include "tests/update_file.h"
+#include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/image.h"
 
@@ -49,20 +51,58 @@ TEST(Tool, PacksWhatTheDeviceFinds)
     }
 }
 
+// An end mark, or as much text as the header announces, says that nothing is missing.
+TEST(Tool, UnpacksWholeStreamsOnly)
+{
+    const std::tuple<size_t, std::string, std::string> rows[] = {
+        {1, "", "whole"}, // without its end mark
+        {40, "", "damaged"},
+        {40, std::string(8, '\0'), "beginning"},
+        {40, std::string(8, '\xFF'), "beginning"},
+        {40, "\1", "damaged"},
+    };
+    for (const auto &[missing, announced, expected] : rows) {
+        SCOPED_TRACE(testing::Message() << missing << " " << announced);
+        std::string image = tool::packDatabase({"", app}, tool::applicationDatabase);
+        image.resize(image.size() - missing);
+        image.replace(0, 4, word(image.size() - 4)).replace(10, announced.size(), announced);
+        std::string found = "damaged";
+        try {
+            const std::string text = tool::unpackDatabase({"", image}, tool::applicationDatabase);
+            EXPECT_EQ(text, app.substr(0, text.size()));
+            found = text.size() == app.size() ? "whole" : "beginning";
+        } catch (const tool::Failure &) {
+        }
+        EXPECT_EQ(found, expected);
+    }
+}
+
+static int resultOfFsync;
+
+extern "C" int __wrap_fsync(int)
+{
+    return resultOfFsync;
+}
+
 TEST(Tool, ReplacesAFileWholeOrNotAtAll)
 {
     enterFolder("tool_test.output");
     tool::writeFile("app.xml", app);
     tool::writeFile("noise", noise(64000, 256));
     tool::writeFile("old.img", "old");
-    std::filesystem::permissions("old.img", std::filesystem::perms{0640});
+    std::filesystem::permissions("old.img", std::filesystem::perms{04750});
     std::filesystem::create_symlink("old.img", "link.img");
     EXPECT_EQ(run("ulimit -f 1; trap '' XFSZ; tarn-db-tool pack noise -o old.img"), 1);
+    resultOfFsync = -1;
+    EXPECT_THROW(tool::writeFile("old.img", "new"), tool::Failure);
+    resultOfFsync = 0;
     EXPECT_EQ(contents("old.img"), "old");
     EXPECT_EQ(run("tarn-db-tool pack app.xml -o link.img; ls | grep -F img."), 1);
     EXPECT_TRUE(std::filesystem::is_symlink("link.img"));
     EXPECT_EQ(loaded(contents("old.img")), app);
-    EXPECT_EQ(std::filesystem::status("old.img").permissions(), std::filesystem::perms{0640});
+    EXPECT_EQ(std::filesystem::status("old.img").permissions(), std::filesystem::perms{0750});
+    EXPECT_EQ(run("umask 013; tarn-db-tool pack app.xml -o new.img"), 0);
+    EXPECT_EQ(std::filesystem::status("new.img").permissions(), std::filesystem::perms{0664});
 }
 
 // A character that does not fit its field whole is replaced.
@@ -93,6 +133,13 @@ const ProgramCase cases[] = {
     {"bundle -o no.img --app app.xml --version 1.3.0", 2, "", "...tarn-db-tool: "},
     {"bundle -o up --priority sorts.xml --version 1.2.255 && tarn-db-tool check up", 0,
      "0 errors, 0 warnings\n"},
+    {"bundle -o fit --priority fit.xml --version 1.2.0 && tarn-db-tool verify fit", 0,
+     "...\nresult: APPMNGR_SUCCESS\n", "..."},
+    {"bundle -o no.img --priority large.xml --version 1.2.0", 1, "",
+     "...database takes 8 bytes more than the 65528 "},
+    {"verify longest", 0, "file 0: type 1, 196575 bytes, ignored\nresult: APPMNGR_SUCCESS\n",
+     "file index:0\r\n"},
+    {"verify longer", 1, "result: APPMNGR_ERR_FILE_INVALID_LEN\n"},
     {"verify fmt.xml", 1, "result: APPMNGR_ERR_FILE_INVALID_LEN\n"},
     {"verify - <old.img", 1, "result: APPMNGR_ERR_FILE_CHECK\n",
      "[Error](appmngr_db_writeFromDatabase) 2873: MD5 error!\r\n"},
@@ -151,13 +198,15 @@ const ProgramCase cases[] = {
      "~ rule           7  tcp 0:9 10.1.1.10:443\n"
      "    orig.dpiType    \"" CUT "\" -> \"\"\n"
      "- keyword        7  \"bird\"\n"},
-    {"diff --json old.img new.img | compact", 0,
+    {"diff --json old.img new.img | compact", 1,
      R"(...{"same":false,"changes":[{"change":"changed","kind":"type","id":3,)"
      R"("old":{"name":"Voice","applications":[7]},"new":{"name":"Voice","applications":[]}},)"},
     {"diff --json - old.img <old.img | compact", 0, R"({"same":true,"changes":[]})"},
     {"diff old.img none", 2, "", "...tarn-db-tool: none: No such file"},
     {"diff - - <old.img", 2, "", "...standard input: is there for one file only"},
-    {"diff old.img new.img >/dev/full", 2, "", "...standard output: No space left"},
+    {"diff old.img new.img >/dev/full", 2, "", "...standard output: No space left"}};
+
+const ProgramCase colours[] = {
     {"-h >/dev/null; for no in '' 1; do"
      " NO_COLOR=$no script -qc 'tarn-db-tool diff old.img new.img' /dev/null | tail -1; done",
      0, "\033[31m- keyword        7  \"bird\"\033[0m\r\n- keyword        7  \"bird\"\r\n"}};
@@ -176,10 +225,22 @@ TEST(Tool, Subcommands)
         {"fmt.xml", "<a> <b></b></a>"},
         {"zeros", std::string(204800, '\0')},
         {"noise", noise(66000, 256)},
+        {"longest", container(1, entry(1, std::string(196575, 'x')))},
+        {"longer", container(1, entry(1, std::string(196576, 'x')))},
         {"large", std::string(16383, 'x')}};
     for (const auto &[name, text] : files) {
         tool::writeFile(name, text);
     }
+    // The largest database that a container takes, and one of a few bytes more.
+    std::string text = noise(64580, 256);
+    while (tool::packDatabase({"", text}, tool::priorityDatabase).size() > 65500) {
+        text.pop_back();
+    }
+    tool::writeFile("fit.xml", text);
+    tool::writeFile("large.xml", text + "!?+-!?+-");
     expectRuns("compact() { sed 's/^ *//; s/\": /\":/' | tr -d '\\n'; }; tarn-db-tool ", cases);
+    if (run("script -qc true /dev/null") == 0) { // there is a terminal to be had
+        expectRuns("tarn-db-tool ", colours);
+    }
     EXPECT_FALSE(std::filesystem::exists("no.img"));
 }

@@ -14,16 +14,6 @@ namespace tool
 namespace
 {
 
-/* A kind of file that a container carries. */
-struct FileKind {
-    uint8_t type;
-    const Database &database;
-    size_t limit; /* longest encrypted file that the device has room for */
-};
-
-const FileKind applicationFile = {DBIMAGE_TYPE_APP, applicationDatabase, 204800 - 8};
-const FileKind priorityFile = {DBIMAGE_TYPE_PRIORITY, priorityDatabase, 65536 - 8};
-
 constexpr char series[] = "1.2.";
 constexpr size_t seriesLength = sizeof(series) - 1;
 
@@ -75,17 +65,18 @@ std::string databaseFile(const std::string &image, int patch)
 }
 
 /* The entry for the database in the file at path. */
-std::string entry(const std::string &path, const FileKind &kind, int patch)
+std::string entry(const std::string &path, uint8_t type, const Database &database, int patch)
 {
     const InputFile text = readFile(path);
-    const std::string file = databaseFile(packDatabase(text, kind.database), patch);
-    if (file.size() > kind.limit) {
-        throw Failure(text.name, "the encrypted " + std::string(kind.database.name) + " takes " +
-                                     std::to_string(file.size() - kind.limit) +
-                                     " bytes more than the " + std::to_string(kind.limit) +
-                                     " there is room for");
+    const std::string file = databaseFile(packDatabase(text, database), patch);
+    /* The device decrypts it into the buffer for the text and wants a block to spare. */
+    const size_t limit = database.textLimit + 1 - 8;
+    if (file.size() > limit) {
+        throw Failure(text.name, "the encrypted " + std::string(database.name) + " takes " +
+                                     std::to_string(file.size() - limit) + " bytes more than the " +
+                                     std::to_string(limit) + " there is room for");
     }
-    const dbimage_entryHead head = {kind.type, {}, htonl(static_cast<uint32_t>(file.size()))};
+    const dbimage_entryHead head = {type, {}, htonl(static_cast<uint32_t>(file.size()))};
     std::string bytes;
     append(bytes, head);
     return bytes + file;
@@ -104,11 +95,11 @@ int bundle(const Arguments &arguments)
     dbimage_containerHead head = {};
     std::string entries;
     if (!arguments.input.empty()) {
-        entries += entry(arguments.input, applicationFile, patch);
+        entries += entry(arguments.input, DBIMAGE_TYPE_APP, applicationDatabase, patch);
         ++head.fileCount;
     }
     if (!arguments.priority.empty()) {
-        entries += entry(arguments.priority, priorityFile, patch);
+        entries += entry(arguments.priority, DBIMAGE_TYPE_PRIORITY, priorityDatabase, patch);
         ++head.fileCount;
     }
     md5_digest(head.digest, entries.data(), static_cast<uint32_t>(entries.size()));
