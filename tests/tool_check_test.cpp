@@ -1,7 +1,7 @@
 // The check of tarn-db-tool: each rule alone, what the loader says of the same file, and the places
 // that are shown.
 
-#include "tests/capture.h"
+#include "tests/faults.h"
 #include "tests/update_file.h"
 #include "tool/check_file.h"
 #include "tool/check_loader.h"
@@ -89,6 +89,11 @@ const FileCase files[] = {
     {"app-without-rules", edit(app, "</app>", "$&<app><id>8</id>$&")},
     {"uncounted-record", edit(app, "</AppDB>", "<dnsKwList><dnsKw>x</dnsKw></dnsKwList>$&")},
     {"", edit(app, "(<appList>.*</appList>)(<appTypeList>.*</appTypeList>)", "$2$1")},
+    // Above 4 MiB, nothing is looked at.
+    {"text-size refused-text", "<" + std::string((4 << 20) - 1, ' ')},
+    {"text-size", "<" + std::string(4 << 20, ' ')},
+    {"container-length", container(1, entry(1, std::string((4 << 20) - 25, 'x')))},
+    {"unknown-format", container(1, entry(1, std::string((4 << 20) - 24, 'x')))},
     // The loader prints a line that no other rule foresees.
     {"loader-line misplaced-element", edit(app, "<appList>", "<typeId>9</typeId>$&")}};
 
@@ -100,13 +105,19 @@ struct EditCase {
 };
 
 // What the loader prints a line about.
-const EditCase heard[] = {
-    {"no-application unknown-app", "<app>.*</app>", ""}, {"refused-text", "</ver>", "</vre>"},
-    {"bad-tuple", "</tuple>", "$&<tuple>tcp 0:0$&"},     {"wrong-root", "AppDB", "DB"},
-    {"unknown-type", "</typeId>", "$&<typeId>4$&"},      {"no-tuple", "<tuple>.*</tuple>", ""},
-    {"no-type", "<(typeId|appType)>.*</\\1>", ""},       {"bad-expiry", "2998-12", "2998/12"},
-    {"refused-element", "</sort>", "<x>1</x>$&"},        {"count-mismatch", "Num>1", "Num>2"},
-    {"count-mismatch", "<appNum>1</appNum>", ""}};
+const EditCase heard[] = {{"no-application unknown-app", "<app>.*</app>", ""},
+                          {"refused-text", "</ver>", "</vre>"},
+                          {"bad-tuple", "</tuple>", "$&<tuple>tcp 0:0$&"},
+                          {"wrong-root", "AppDB", "DB"},
+                          {"unknown-type", "</typeId>", "$&<typeId>4$&"},
+                          {"no-tuple", "<tuple>.*</tuple>", ""},
+                          {"no-type", "<(typeId|appType)>.*</\\1>", ""},
+                          {"bad-expiry", "2998-12", "2998/12"},
+                          {"refused-element", "</sort>", "<x>1</x>$&"},
+                          {"count-mismatch", "Num>1", "Num>2"},
+                          {"count-mismatch", "<appNum>1</appNum>", ""},
+                          {"bad-expiry", "59:59", "$& 1"},
+                          {"bad-expiry", "2998[^<]*", " "}};
 
 // What it takes without a line, or does not see before it sends.
 const EditCase unheard[] = {
@@ -178,6 +189,31 @@ TEST(ToolCheck, EachRuleAlone)
     }
 }
 
+TEST(ToolCheck, WhyAnUpdateIsRefused)
+{
+    const std::string file = container(1, update());
+    faults::countdown = UINT32_MAX;
+    check(file);
+    faults::countdown = UINT32_MAX - faults::countdown; // the last allocation, for the update
+    EXPECT_EQ(check(file),
+              "db:1:1: error: the update is refused: [Error](appmngr_db_writeAppDbFromDatabase) "
+              "2753: alloc memory fail [loader-line]\n1 error, 0 warnings\n");
+}
+
+TEST(ToolCheck, NearestName)
+{
+    const std::pair<const char *, const char *> names[] = {
+        {"visibel", "visible"}, {"TUPPLE", "tuple"}, {"teiped", "typeId"},
+        {"appLs", "appList"},   {"axep", "app"},     {"aa", "app"}};
+    for (const auto &[name, nearest] : names) {
+        const std::string element = std::string("<") + name + ">1</" + name + "></AppDB>";
+        const std::string printed = check(edit(app, "</AppDB>", element));
+        EXPECT_NE(printed.find("known name is '" + std::string(nearest) + "' [unk"), printed.npos)
+            << name << "\n"
+            << printed;
+    }
+}
+
 TEST(ToolCheck, ShowsThePlace)
 {
     const std::string wide(200, 'w');
@@ -192,6 +228,19 @@ TEST(ToolCheck, ShowsThePlace)
         {"<AppDB>" + wide + "\x1B</x></AppDB>",
          "db:1:211: error: the end tag is not that of the open element [refused-text]\n..." +
              wide.substr(0, 57) + "?</x></AppDB>\n" + std::string(63, ' ') + "^\n"},
+        {"<" + wide.substr(0, 39) + "\xC3\xA4/>",
+         "db:1:1: error: the top element is '" + wide.substr(0, 39) + "...', not"},
+        // A character is one column, a byte that only continues one is none, and none is cut.
+        {"<AppDB>\xC3\xBF\xE2\x82\xAC\xF0\x9F\x98\x80\x80\xBF<a></b></AppDB>",
+         "db:1:16: error: the end tag is not that of the open element [refused-text]\n"
+         "<AppDB>\xC3\xBF\xE2\x82\xAC\xF0\x9F\x98\x80\x80\xBF<a></b></AppDB>\n" +
+             std::string(15, ' ') + "^\n"},
+        {"<AppDB>\xF0\x9F\x98\x80" + wide.substr(0, 57) + "</x>" + wide.substr(0, 36) +
+             "\xE2\x82\xAC</AppDB>",
+         "db:1:68: error: the end tag is not that of the open element [refused-text]\n"
+         "...\xF0\x9F\x98\x80" +
+             wide.substr(0, 57) + "</x>" + wide.substr(0, 36) + "...\n" + std::string(63, ' ') +
+             "^\n"},
         {edit(app, "tcp 0:0 192.0.2.1:80", "tcp &amp;:0 x"),
          "db:1:214: error: '&' is no IPv4 address; any address is written 0 [bad-tuple]\n"
          "...</typeId></typeIdList><ruleList><rule><tupleList><tuple>tcp &amp;:0 "
