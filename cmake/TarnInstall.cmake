@@ -40,7 +40,7 @@ install(FILES
 
 # Relative to the file itself, so that an installed tree can be moved.
 file(RELATIVE_PATH tarn_prefix_from_pc
-  ${CMAKE_INSTALL_PREFIX}/${tarn_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" tarn_prefix_from_pc ${tarn_prefix_from_pc})
 list(TRANSFORM tarn_libraries PREPEND -ltarn- OUTPUT_VARIABLE link_flags)
 list(JOIN link_flags " " tarn_link_flags)
