@@ -50,13 +50,10 @@ public:
 
     std::string contents() const
     {
-        std::string text;
-        char block[65536];
-        ssize_t count = 0;
-        while ((count = pread(descriptor_, block, sizeof(block), static_cast<off_t>(text.size()))) >
-               0) {
-            text.append(block, static_cast<size_t>(count));
-        }
+        const off_t size = lseek(descriptor_, 0, SEEK_END);
+        std::string text(static_cast<size_t>(std::max<off_t>(size, 0)), '\0');
+        const ssize_t count = pread(descriptor_, text.data(), text.size(), 0);
+        text.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
         return text;
     }
 

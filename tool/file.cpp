@@ -31,10 +31,10 @@ Failure systemFailure(const std::string &file)
 std::string readAll(FILE *stream, const std::string &name)
 {
     std::string contents;
-    char block[65536];
+    std::string block(65536, '\0');
     size_t count = 0;
-    while ((count = fread(block, 1, sizeof(block), stream)) > 0) {
-        contents.append(block, count);
+    while ((count = fread(block.data(), 1, block.size(), stream)) > 0) {
+        contents.append(block, 0, count);
     }
     if (ferror(stream) != 0) {
         throw systemFailure(name);

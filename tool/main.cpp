@@ -7,7 +7,9 @@
 
 #include <cstdio>
 #include <exception>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
 
 namespace
 {
@@ -183,6 +185,18 @@ const struct Command {
     {"diff", "Compare the application databases of two images", declareDiff, tool::diff},
 };
 
+// So that no file becomes one of them. Those that the program was started without fail when they are
+// used, but for standard error. Returns whether all are open.
+bool openStandardStreams()
+{
+    bool areOpen = true;
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO && areOpen; fd++) {
+        const int mode = fd == STDOUT_FILENO ? O_RDONLY : O_WRONLY;
+        areOpen = fcntl(fd, F_GETFD) != -1 || open("/dev/null", mode) == fd;
+    }
+    return areOpen;
+}
+
 std::string usageMessage(const CLI::App *, const CLI::Error &error)
 {
     return std::string("tarn-db-tool: ") + error.what() +
@@ -206,7 +220,7 @@ int runTool(int argc, char **argv)
     try {
         parser.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return parser.exit(error) == 0 ? 0 : wrongCommandLine;
+        status = parser.exit(error) == 0 ? 0 : wrongCommandLine;
     }
     tool::writeStandardOutput("");
     return status;
@@ -217,7 +231,7 @@ int runTool(int argc, char **argv)
 int main(int argc, char **argv)
 {
     try {
-        return runTool(argc, argv);
+        return openStandardStreams() ? runTool(argc, argv) : failed;
     } catch (const std::exception &error) {
         fprintf(stderr, "tarn-db-tool: %s\n", error.what());
         return failed;
