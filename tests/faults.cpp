@@ -54,20 +54,13 @@ void __wrap_free(void *block)
     __real_free(block);
 }
 
-/* No dictionary that a text needs is this large. */
-static void *takenByLzma(void *, size_t count, size_t size)
-{
-    return count * size < 1 << 20 ? __wrap_malloc(count * size) : nullptr;
-}
-
-static void freedByLzma(void *, void *block)
-{
-    __wrap_free(block);
-}
-
 lzma_ret __wrap_lzma_raw_decoder(lzma_stream *stream, const lzma_filter *filters)
 {
-    static const lzma_allocator allocator = {takenByLzma, freedByLzma, nullptr};
+    static const lzma_allocator allocator = {
+        [](void *, size_t count, size_t size) { // no text needs a dictionary of 1 MiB
+            return count * size < 1 << 20 ? __wrap_malloc(count * size) : nullptr;
+        },
+        [](void *, void *block) { __wrap_free(block); }, nullptr};
     stream->allocator = &allocator;
     return __real_lzma_raw_decoder(stream, filters);
 }

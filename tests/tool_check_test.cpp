@@ -57,6 +57,14 @@ static std::string update(uint32_t version = 0x010200, uint32_t magic = 0x040000
     return entry(0, databaseFile(image(app).substr(4), version, magic, reserved));
 }
 
+// An image without its last bytes, with another text length in its header.
+static std::string unfinished(size_t missing, const std::string &announced)
+{
+    std::string bytes = image(app);
+    bytes.resize(bytes.size() - missing);
+    return bytes.replace(0, 4, word(bytes.size() - 4)).replace(10, announced.size(), announced);
+}
+
 struct FileCase {
     std::string rules; // that are broken, in the order of their list
     std::string file;
@@ -76,6 +84,12 @@ const FileCase files[] = {
     {"image-size", patched(image(app), 1, "\1")},
     {"image-cut", image(app).substr(0, image(app).size() - 1)},
     {"image-damaged", patched(image(app), image(app).size() - 6, "??????")},
+    // An end mark, or as much text as the header announces, says that nothing is missing.
+    {"", unfinished(1, "")},
+    {"refused-text image-damaged", unfinished(40, "")},
+    {"refused-text image-damaged", unfinished(40, "\1")},
+    {"refused-text", unfinished(40, std::string(8, '\0'))},
+    {"refused-text", unfinished(40, std::string(8, '\xFF'))},
     {"refused-text", image("<AppDB\xF4")}, // a tag, and a character, without an end
     {"text-size", app + std::string(204800 - app.size(), ' ')},
     {"", app + std::string(204799 - app.size(), '\n')},

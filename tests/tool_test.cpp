@@ -51,32 +51,6 @@ TEST(Tool, PacksWhatTheDeviceFinds)
     }
 }
 
-// An end mark, or as much text as the header announces, says that nothing is missing.
-TEST(Tool, UnpacksWholeStreamsOnly)
-{
-    const std::tuple<size_t, std::string, std::string> rows[] = {
-        {1, "", "whole"}, // without its end mark
-        {40, "", "damaged"},
-        {40, std::string(8, '\0'), "beginning"},
-        {40, std::string(8, '\xFF'), "beginning"},
-        {40, "\1", "damaged"},
-    };
-    for (const auto &[missing, announced, expected] : rows) {
-        SCOPED_TRACE(testing::Message() << missing << " " << announced);
-        std::string image = tool::packDatabase({"", app}, tool::applicationDatabase);
-        image.resize(image.size() - missing);
-        image.replace(0, 4, word(image.size() - 4)).replace(10, announced.size(), announced);
-        std::string found = "damaged";
-        try {
-            const std::string text = tool::unpackDatabase({"", image}, tool::applicationDatabase);
-            EXPECT_EQ(text, app.substr(0, text.size()));
-            found = text.size() == app.size() ? "whole" : "beginning";
-        } catch (const tool::Failure &) {
-        }
-        EXPECT_EQ(found, expected);
-    }
-}
-
 static int resultOfFsync;
 
 extern "C" int __wrap_fsync(int)
