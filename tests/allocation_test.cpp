@@ -23,11 +23,28 @@
 static int loadAndDump()
 {
     uint32_t length = 0; /* given also when there is no text */
-    const Document doc = loaded(R"(<?x?><a b="c" d="e"><f>1&lt;2</f></a>)", 0);
+    const Document doc = loaded(R"(<?x?><a b="c" d="e"><ff/><ff>1&lt;2</ff></a>)", 0);
     if (doc != nullptr) {
         free(xmlp_dumpDoc(doc.get(), 1, &length));
     }
     return static_cast<int>(length);
+}
+
+/* The name of each of 70 nested elements takes 4 words of the pool. */
+static int readLocations()
+{
+    std::string text;
+    for (int i = 170; i < 240; i++) {
+        text = "<element-no-" + std::to_string(i) + ">" + text + "</element-no-" +
+               std::to_string(i) + ">";
+    }
+    XmlpFault fault = {};
+    XmlpLocationList locations = {};
+    const Document doc(
+        xmlp_readDoc(text.data(), static_cast<uint32_t>(text.size()), 1, &fault, &locations),
+        xmlp_releaseDoc);
+    free(locations.items);
+    return doc != nullptr ? static_cast<int>(locations.count) : -fault.line;
 }
 
 static int allocDescriptions()
@@ -83,8 +100,10 @@ const Operation operations[] = {
      "_getNameAttr:672! ~"
      " | 0; _getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; _getNameAttr:771! ~"
      " | 0; _getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; xmlp_initNode:827! ~"
-     " | 0; _getNameAttr:645! ~ | 0 ~ | -1; xmlp_tree2Xml:1789! | 37 ~",
-     "37"},
+     " | 0; _getNameAttr:645! ~ | 0; xmlp_initNode:827! ~ | 0; _getNameAttr:645! ~ | 0 ~"
+     " | -1; xmlp_tree2Xml:1789! | 44 ~",
+     "44"},
+    {"locations", readLocations, "-1842 | -1438 | -1509 | -1572 | -1509", "70"},
     {"descriptions", allocDescriptions, "-1", "0"},
     {"parameters", sendParameters, "-2; malloc error!\n | 0;  malloc mem eroor", "64"},
     {"load", appmngr_load_database,
