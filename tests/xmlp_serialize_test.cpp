@@ -66,40 +66,31 @@ TEST(XmlpSerialize, treesThatNoTextGives)
 TEST(XmlpSerialize, nodesThatAreLinkedASecondTime)
 {
     enum { P, A, B, C };
-    const std::tuple<const char *, int (*)(XmlpNode *), int, const char *> rows[] = {
-        {"last again", [](XmlpNode *n) { return xmlp_insNodeLast(&n[C], &n[P]); }, 0,
-         "<a/><b/><c/>"},
-        {"first last", [](XmlpNode *n) { return xmlp_insNodeLast(&n[A], &n[P]); }, 0, "<a/>"},
-        {"first again", [](XmlpNode *n) { return xmlp_insNodeFirst(&n[A], &n[P]); }, -1,
-         "<a/><b/><c/>"},
-        {"last first", [](XmlpNode *n) { return xmlp_insNodeFirst(&n[C], &n[P]); }, -1,
-         "<a/><b/><c/>"},
-        {"after itself", [](XmlpNode *n) { return xmlp_insNodeAfter(&n[B], &n[B]); }, -1,
-         "<a/><b/><c/>"},
-        {"c after a", [](XmlpNode *n) { return xmlp_insNodeAfter(&n[C], &n[A]); }, -1,
-         "<a/><b/><c/>"},
-        {"a after c", [](XmlpNode *n) { return xmlp_insNodeAfter(&n[A], &n[C]); }, 0, "<a/>"},
-        {"before itself", [](XmlpNode *n) { return xmlp_insNodeBefore(&n[B], &n[B]); }, -1,
-         "<a/><b/><c/>"},
-        {"c before a", [](XmlpNode *n) { return xmlp_insNodeBefore(&n[C], &n[A]); }, -1,
-         "<a/><b/><c/>"},
-        {"a before c", [](XmlpNode *n) { return xmlp_insNodeBefore(&n[A], &n[C]); }, 0, "<a/><c/>"},
-        {"below itself", [](XmlpNode *n) { return xmlp_insNodeLast(&n[B], &n[B]); }, -1,
-         "<a/><b/><c/>"},
-        {"top below c", [](XmlpNode *n) { return xmlp_insNodeLast(&n[P], &n[C]); }, -1,
-         "<a/><b/><c/>"},
-        {"c below a", [](XmlpNode *n) { return xmlp_insNodeLast(&n[C], &n[A]); }, 0,
-         "<a><c/></a><b/><c/>"},
-    };
-    for (const auto &[what, relink, status, children] : rows) {
-        SCOPED_TRACE(what);
+    const char *const asBefore = "<a/><b/><c/>";
+    const std::tuple<int (*)(XmlpNode *, XmlpNode *), int, int, int, const char *> rows[] = {
+        {xmlp_insNodeLast, C, P, 0, asBefore},
+        {xmlp_insNodeLast, A, P, 0, "<a/>"},
+        {xmlp_insNodeFirst, A, P, -1, asBefore},
+        {xmlp_insNodeFirst, C, P, -1, asBefore},
+        {xmlp_insNodeAfter, B, B, -1, asBefore},
+        {xmlp_insNodeAfter, C, A, -1, asBefore},
+        {xmlp_insNodeAfter, A, C, 0, "<a/>"},
+        {xmlp_insNodeBefore, B, B, -1, asBefore},
+        {xmlp_insNodeBefore, C, A, -1, asBefore},
+        {xmlp_insNodeBefore, A, C, 0, "<a/><c/>"},
+        {xmlp_insNodeLast, B, B, -1, asBefore},
+        {xmlp_insNodeLast, P, C, -1, asBefore},
+        {xmlp_insNodeLast, C, A, 0, "<a><c/></a><b/><c/>"}};
+    int row = 0;
+    for (const auto &[insert, which, where, status, children] : rows) {
+        SCOPED_TRACE(row++);
         char names[][2] = {"p", "a", "b", "c"}, text[64] = "";
         XmlpNode nodes[4] = {};
         for (int i : {P, A, B, C}) {
             nodes[i].name = names[i];
             EXPECT_EQ(i == P || xmlp_insNodeLast(&nodes[i], &nodes[P]) == 0, true);
         }
-        EXPECT_EQ(relink(nodes), status);
+        EXPECT_EQ(insert(&nodes[which], &nodes[where]), status);
         *_tree2Xml(&nodes[P], text) = '\0';
         EXPECT_EQ(text, "<p>" + std::string(children) + "</p>");
         EXPECT_EQ(strlen(text), _treeLen(&nodes[P]));

@@ -185,8 +185,8 @@ const struct Command {
     {"diff", "Compare the application databases of two images", declareDiff, tool::diff},
 };
 
-// So that no file becomes one of them. Those that the program was started without fail when they are
-// used, but for standard error. Returns whether all are open.
+// So that no file becomes one of them. Those that the program was started without fail when they
+// are used, but for standard error. Returns whether all are open.
 bool openStandardStreams()
 {
     bool areOpen = true;
