@@ -35,8 +35,8 @@ static int readLocations()
 {
     std::string text;
     for (int i = 170; i < 240; i++) {
-        text = "<element-no-" + std::to_string(i) + ">" + text + "</element-no-" +
-               std::to_string(i) + ">";
+        const std::string tag = "element-no-" + std::to_string(i) + ">";
+        text.insert(0, "<" + tag).append("</" + tag);
     }
     XmlpFault fault = {};
     XmlpLocationList locations = {};
