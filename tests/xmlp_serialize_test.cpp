@@ -70,14 +70,15 @@ TEST(XmlpSerialize, nodesThatAreLinkedASecondTime)
     const std::tuple<int (*)(XmlpNode *, XmlpNode *), int, int, int, const char *> rows[] = {
         {xmlp_insNodeLast, C, P, 0, asBefore},
         {xmlp_insNodeLast, A, P, 0, "<a/>"},
-        {xmlp_insNodeFirst, A, P, -1, asBefore},
+        {xmlp_insNodeFirst, A, P, 0, asBefore},
         {xmlp_insNodeFirst, C, P, -1, asBefore},
-        {xmlp_insNodeAfter, B, B, -1, asBefore},
+        {xmlp_insNodeAfter, B, B, 0, asBefore},
         {xmlp_insNodeAfter, C, A, -1, asBefore},
         {xmlp_insNodeAfter, A, C, 0, "<a/>"},
-        {xmlp_insNodeBefore, B, B, -1, asBefore},
+        {xmlp_insNodeBefore, B, B, 0, asBefore},
         {xmlp_insNodeBefore, C, A, -1, asBefore},
         {xmlp_insNodeBefore, A, C, 0, "<a/><c/>"},
+        {xmlp_insNodeBefore, B, C, 0, asBefore},
         {xmlp_insNodeLast, B, B, -1, asBefore},
         {xmlp_insNodeLast, P, C, -1, asBefore},
         {xmlp_insNodeLast, C, A, 0, "<a><c/></a><b/><c/>"}};

@@ -103,13 +103,13 @@ int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
     static constexpr AllocLines appendLines = {1363, 1369, 1380};
 
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        return XMLP_ERROR(1296, "invalid params.");
+        return XMLP_FAIL(1296, "invalid params.");
     }
     if (!isValidName(name)) {
-        return XMLP_ERROR(1301, "invalid attribute name %s.", name);
+        return XMLP_FAIL(1301, "invalid attribute name %s.", name);
     }
     if (!isValidValue(value)) {
-        return XMLP_ERROR(1306, "invalid attribute value.");
+        return XMLP_FAIL(1306, "invalid attribute value.");
     }
     if (node->attrs == nullptr) {
         node->attrs = makeAttr(name, value, firstLines);
@@ -118,11 +118,11 @@ int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
     XmlpAttr *last = node->attrs;
     for (; last->next != nullptr; last = last->next) {
         if (isNamed(last, name)) {
-            return XMLP_ERROR(1350, "attribute existed.");
+            return XMLP_FAIL(1350, "attribute existed.");
         }
     }
     if (isNamed(last, name)) {
-        return XMLP_ERROR(1357, "attribute existed.");
+        return XMLP_FAIL(1357, "attribute existed.");
     }
     last->next = makeAttr(name, value, appendLines); // -fanalyzer loses sight of it: no leak
     return last->next != nullptr ? 0 : -1;
@@ -131,10 +131,10 @@ int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
 int xmlp_delNodeAttr(XmlpNode *node, const char *name)
 {
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        return XMLP_ERROR(1412, "invalid params.");
+        return XMLP_FAIL(1412, "invalid params.");
     }
     if (node->attrs == nullptr) {
-        return XMLP_ERROR(1417, "attribute not exist.");
+        return XMLP_FAIL(1417, "attribute not exist.");
     }
     XmlpAttr *before = nullptr;
     XmlpAttr *attr = node->attrs;
@@ -143,7 +143,7 @@ int xmlp_delNodeAttr(XmlpNode *node, const char *name)
         attr = attr->next;
     }
     if (attr == nullptr) {
-        return XMLP_ERROR(1448, "attribute not exist.");
+        return XMLP_FAIL(1448, "attribute not exist.");
     }
     if (before == nullptr) {
         node->attrs = attr->next;
@@ -158,23 +158,23 @@ int xmlp_delNodeAttr(XmlpNode *node, const char *name)
 int xmlp_setNodeAttr(XmlpNode *node, const char *name, const char *value)
 {
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        return XMLP_ERROR(1470, "invalid params.");
+        return XMLP_FAIL(1470, "invalid params.");
     }
     if (!isValidName(name)) {
-        return XMLP_ERROR(1475, "invalid attribute name."); // without the name, on purpose
+        return XMLP_FAIL(1475, "invalid attribute name."); // without the name, on purpose
     }
     if (!isValidValue(value)) {
-        return XMLP_ERROR(1480, "invalid attribute value.");
+        return XMLP_FAIL(1480, "invalid attribute value.");
     }
     XmlpAttr *attr = findAttr(node, name);
     if (attr == nullptr) {
-        return XMLP_ERROR(1511, "attribute not exist.");
+        return XMLP_FAIL(1511, "attribute not exist.");
     }
     char *copy = nullptr;
     if (value != nullptr) {
         copy = _copyString(value, strlen(value));
         if (copy == nullptr) {
-            return XMLP_ERROR(1497, "malloc failed.");
+            return XMLP_FAIL(1497, "malloc failed.");
         }
     }
     free(attr->value);
@@ -185,17 +185,17 @@ int xmlp_setNodeAttr(XmlpNode *node, const char *name, const char *value)
 int xmlp_getNodeAttr(const XmlpNode *node, const char *name, char **out)
 {
     if (node == nullptr || name == nullptr || out == nullptr) {
-        return XMLP_ERROR(1532, "invalid params.");
+        return XMLP_FAIL(1532, "invalid params.");
     }
     const XmlpAttr *attr = findAttr(node, name);
     if (attr == nullptr) {
-        return XMLP_ERROR(1558, "attribute not exist.");
+        return XMLP_FAIL(1558, "attribute not exist.");
     }
     char *copy = nullptr;
     if (attr->value != nullptr) {
         copy = _copyString(attr->value, strlen(attr->value));
         if (copy == nullptr) {
-            return XMLP_ERROR(1549, "malloc failed.");
+            return XMLP_FAIL(1549, "malloc failed.");
         }
     }
     *out = copy;

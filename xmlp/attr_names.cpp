@@ -1,73 +1,117 @@
 // The attribute names of a tag that has many: is one of them the beginning of an earlier one?
 //
-// Sorted, the names that begin with another one follow it, so that the beginnings of each name lie
-// on a chain that leads back from it, each the beginning of the one before it on the way.
+// A hash table knows where each name comes first. One that comes again is a beginning, and so is
+// one that is found when the beginnings of the names before it are looked up. Only such lengths are
+// looked up as names have, which keeps the work within the number of the tag's bytes.
 
+#include "xmlp/name_pool.h"
 #include "xmlp/tag.h"
 
 #include <stdlib.h>
-#include <string.h>
 
 namespace
 {
-struct Entry {
-    XmlpSlice name;
-    size_t number;          // of the attribute in its tag
-    const Entry *beginning; // the longest other name that this one begins with, or null
+struct Slot {
+    uint32_t hash;
+    uint32_t number; // of the attribute, counted from 1; 0 for a free slot
+};
+
+struct Names {
+    XmlpSlice *items;
+    size_t count;
+    Slot *slots;
+    size_t slotCount;        // a power of two
+    unsigned char *isLength; // whether a name is so long
+    uint64_t seed;
 };
 } // namespace
 
-static bool beginsWith(XmlpSlice name, XmlpSlice beginning)
+// The hash of a name from that of all but its last byte.
+static uint64_t addByte(uint64_t hash, char byte)
 {
-    return beginning.length <= name.length &&
-           memcmp(name.bytes, beginning.bytes, beginning.length) == 0;
+    hash = (hash ^ static_cast<unsigned char>(byte)) * 0x9E3779B97F4A7C15u;
+    return hash ^ (hash >> 32);
 }
 
-// By name; of equal ones the last comes first.
-static int compare(const void *a, const void *b)
+// The slot of the name, if its number is greater than after, or the free one that ends the search.
+static Slot *slotOf(const Names *names, uint64_t hash, XmlpSlice name, size_t after)
 {
-    const auto *left = static_cast<const Entry *>(a);
-    const auto *right = static_cast<const Entry *>(b);
-    const size_t leftLength = left->name.length;
-    const size_t rightLength = right->name.length;
-    const int order = memcmp(left->name.bytes, right->name.bytes,
-                             leftLength < rightLength ? leftLength : rightLength);
-    if (order != 0) {
-        return order;
+    for (size_t i = static_cast<uint32_t>(hash);; i++) {
+        Slot *slot = &names->slots[i & (names->slotCount - 1)];
+        if (slot->number == 0) {
+            return slot;
+        }
+        const XmlpSlice *known = &names->items[slot->number - 1];
+        if (slot->number > after && slot->hash == static_cast<uint32_t>(hash) &&
+            known->length == name.length && memcmp(known->bytes, name.bytes, name.length) == 0) {
+            return slot;
+        }
     }
-    if (leftLength != rightLength) {
-        return leftLength < rightLength ? -1 : 1;
+}
+
+// Enters the names. Returns the number of the first that comes again, or the count.
+static size_t enterNames(Names *names)
+{
+    for (size_t i = 0; i < names->count; i++) {
+        const XmlpSlice name = names->items[i];
+        uint64_t hash = names->seed;
+        for (size_t at = 0; at < name.length; at++) {
+            hash = addByte(hash, name.bytes[at]);
+        }
+        Slot *slot = slotOf(names, hash, name, 0);
+        if (slot->number != 0) {
+            return i;
+        }
+        *slot = {static_cast<uint32_t>(hash), static_cast<uint32_t>(i + 1)};
+        names->isLength[name.length] = 1;
     }
-    return left->number < right->number ? 1 : -1;
+    return names->count;
+}
+
+// Returns the number of the first name, before that numbered end, that is a beginning of an earlier
+// one; or end.
+static size_t firstBeginning(const Names *names, size_t end)
+{
+    size_t first = end;
+    for (size_t i = 0; i < first; i++) {
+        const XmlpSlice name = names->items[i];
+        uint64_t hash = names->seed;
+        for (size_t length = 0; length < name.length; length++) {
+            if (names->isLength[length] != 0) {
+                const Slot *slot = slotOf(names, hash, {name.bytes, length}, i + 1);
+                if (slot->number != 0 && slot->number - 1 < first) {
+                    first = slot->number - 1;
+                }
+            }
+            hash = addByte(hash, name.bytes[length]);
+        }
+    }
+    return first;
 }
 
 int _findBeginning(XmlpTag tag, size_t count, const char **found)
 {
-    auto *entries = static_cast<Entry *>(malloc(count * sizeof(Entry)));
-    if (entries == nullptr) {
-        return -1;
+    Names names = {nullptr, count, nullptr, 64, nullptr, _randomSeed()};
+    while (names.slotCount < 2 * count) {
+        names.slotCount *= 2;
     }
-    XmlpSlice value;
-    for (size_t i = 0; i < count; i++) {
-        _nextAttr(&tag, &entries[i].name, &value);
-        entries[i].number = i;
+    names.items = static_cast<XmlpSlice *>(malloc(count * sizeof(XmlpSlice)));
+    names.slots = static_cast<Slot *>(calloc(names.slotCount, sizeof(Slot)));
+    size_t longest = 0;
+    for (size_t i = 0; names.items != nullptr && i < count; i++) {
+        XmlpSlice value;
+        _nextAttr(&tag, &names.items[i], &value);
+        longest = names.items[i].length > longest ? names.items[i].length : longest;
     }
-    qsort(entries, count, sizeof(Entry), compare);
-    const Entry *first = nullptr;
-    for (size_t i = 0; i < count; i++) {
-        const Entry *beginning = i > 0 ? &entries[i - 1] : nullptr;
-        while (beginning != nullptr && !beginsWith(entries[i].name, beginning->name)) {
-            beginning = beginning->beginning;
-        }
-        entries[i].beginning = beginning;
-        for (; beginning != nullptr; beginning = beginning->beginning) {
-            if (beginning->number > entries[i].number &&
-                (first == nullptr || beginning->number < first->number)) {
-                first = beginning;
-            }
-        }
+    names.isLength = static_cast<unsigned char *>(calloc(longest + 1, 1));
+    int status = -1;
+    if (names.items != nullptr && names.slots != nullptr && names.isLength != nullptr) {
+        const size_t first = firstBeginning(&names, enterNames(&names));
+        *found = first < count ? names.items[first].bytes : nullptr;
+        status = 0;
     }
-    *found = first != nullptr ? first->name.bytes : nullptr;
-    free(entries);
-    return 0;
+    free(names.items);
+    free(names.slots);
+    free(names.isLength);
+    return status;
 }

@@ -69,22 +69,19 @@ static size_t countBits(uint64_t bits)
     bits -= bits >> 1 & 0x5555555555555555;
     bits = (bits & 0x3333333333333333) + (bits >> 2 & 0x3333333333333333);
     bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0F;
-    return bits * 0x0101010101010101 >> 56;
+    return static_cast<size_t>(bits * 0x0101010101010101 >> 56);
 }
 
-// The brackets of a block. "<" and ">" are the even ones of four neighbours; the odd ones, "=" and
-// "?", are counted.
-static uint64_t bracketsOf(const char *block, XmlpChunk *equals, uint64_t *inside)
+// The brackets of a block; its quotes are added up.
+static uint64_t bracketsOf(const char *block, XmlpChunk *quotes, uint64_t *inside)
 {
-    static_assert('<' == 0x3C && '=' == 0x3D && '>' == 0x3E && '?' == 0x3F, "four neighbours");
+    const XmlpChunk oneBit = _fill(static_cast<unsigned char>(~('<' ^ '>')));
     uint64_t brackets = 0;
     XmlpChunk any = {};
     for (size_t i = 0; i < XMLP_BLOCK; i += XMLP_CHUNK) {
         const XmlpChunk chunk = _loadChunk(block + i);
-        const XmlpChunk neighbours = _areEqual(chunk & _fill(0xFC), _fill('<'));
-        const XmlpChunk odd = _areOdd(chunk);
-        brackets |= uint64_t{_bitsOf(neighbours & ~odd)} << i;
-        *equals = _count(*equals, neighbours & odd);
+        brackets |= uint64_t{_bitsOf(_areEqual(chunk & oneBit, _fill('<' & '>')))} << i;
+        *quotes = _count(*quotes, _areEqual(chunk, _fill('"')));
         any |= chunk;
     }
     if (_anyHigh(any) || *inside != 0) {
@@ -105,14 +102,14 @@ int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size)
     char rest[XMLP_BLOCK] = {};
     memcpy(rest, text + whole * XMLP_BLOCK, size % XMLP_BLOCK);
     uint64_t inside = 0;
-    XmlpChunk equals = {};
+    XmlpChunk quotes = {};
     for (size_t i = 0; i <= whole; i++) {
         const char *block = i < whole ? text + i * XMLP_BLOCK : rest;
-        brackets->blocks[i] = bracketsOf(block, &equals, &inside);
+        brackets->blocks[i] = bracketsOf(block, &quotes, &inside);
         brackets->count += countBits(brackets->blocks[i]);
         if (i % BLOCKS_PER_COUNT == BLOCKS_PER_COUNT - 1 || i == whole) {
-            brackets->equals += sumOf(equals);
-            equals = XmlpChunk();
+            brackets->quotes += sumOf(quotes);
+            quotes = XmlpChunk();
         }
     }
     return 0;

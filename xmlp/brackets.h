@@ -18,7 +18,7 @@ struct XmlpBrackets {
     uint64_t *blocks; /* bit i of block n is that of byte n * XMLP_BLOCK + i */
     size_t blockCount;
     size_t count;  /* of all brackets */
-    size_t equals; /* at least as many as there are equal signs in the text */
+    size_t quotes; /* those inside of characters too */
 };
 
 /* Fills in brackets for the size bytes at text. 0, or -1 without memory; blocks is to be freed. */
@@ -28,6 +28,12 @@ int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size);
 static inline size_t _elementBound(const XmlpBrackets *brackets)
 {
     return brackets->count / 2;
+}
+
+/* Nor more attributes: each has a value in two quotes. */
+static inline size_t _attrBound(const XmlpBrackets *brackets)
+{
+    return brackets->quotes / 2;
 }
 
 /* The brackets from some block on. */

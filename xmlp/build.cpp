@@ -14,7 +14,7 @@
 //     +-----------+----------------+-------------------+---------------+--------------------+
 //
 // It begins with the name of the top element, and freeing that name frees it. How much each part
-// takes at most is known from the number of brackets and equal signs of the text.
+// takes at most is known from the number of brackets and quotes of the text.
 
 #include "xmlp/brackets.h"
 #include "xmlp/name_pool.h"
@@ -234,7 +234,7 @@ static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
 // Gives the element's node its name and the attributes of its tag. 0, or -1 as buildAttrs.
 __attribute__((noinline)) static int readTag(Builder *builder, Open *element, char terminator)
 {
-    XmlpTag tag = {element->tag, builder->end, terminator, false};
+    XmlpTag tag = {element->tag, builder->end, terminator, false, false};
     XmlpSlice name;
     if (_readName(&tag, &name) != 0) {
         return -1;
@@ -561,12 +561,13 @@ static int readDocument(Builder *builder, XmlpBracketCursor brackets)
 static char *allocateBlock(Builder *builder, const XmlpBrackets *found)
 {
     const auto size = static_cast<uint64_t>(builder->end - builder->text);
-    const uint64_t strings = uint64_t{_elementBound(found)} + 2 * uint64_t{found->equals};
-    const uint64_t valuesAt = size + strings * XMLP_POOL_WORD;
+    const uint64_t nodes = uint64_t{_elementBound(found)} + 1;
+    const uint64_t attrs = _attrBound(found);
+    const uint64_t valuesAt = size + (nodes + 2 * attrs) * XMLP_POOL_WORD;
     const uint64_t attrsAt = (valuesAt + size + XMLP_CHUNK) / 16 * 16 + 16;
-    const uint64_t nodesAt = attrsAt + found->equals * sizeof(XmlpAttr);
-    const uint64_t blockSize = nodesAt + (uint64_t{_elementBound(found)} + 1) * sizeof(XmlpNode);
-    if (_initNamePool(&builder->pool, 2 * found->equals) != 0) {
+    const uint64_t nodesAt = attrsAt + attrs * sizeof(XmlpAttr);
+    const uint64_t blockSize = nodesAt + nodes * sizeof(XmlpNode);
+    if (_initNamePool(&builder->pool, found->quotes) != 0) {
         outOfMemory(builder, "xmlp_parse", 1509);
         return nullptr;
     }
@@ -623,7 +624,7 @@ static XmlpNode *build(Builder *builder, const XmlpBrackets *found, XmlpLocation
     if (locations != nullptr) {
         *locations = {builder->locations, builder->count};
     }
-    if (builder->isStatic && builder->count == 0) {
+    if (block != nullptr && builder->count == 0) {
         root = reinterpret_cast<XmlpNode *>(block); // where a tree without names is freed
         *root = {};
     }

@@ -61,7 +61,7 @@ static int allOf(unsigned byteClass, const void *buf, uint32_t length, const cha
 int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
 {
     if (slice == nullptr || name == nullptr) {
-        return XMLP_ERROR(383, "invalid params.");
+        return XMLP_FAIL(383, "invalid params.");
     }
     return strnlen(name, length) == length && memcmp(slice, name, length) == 0 &&
                    name[length] == '\0'

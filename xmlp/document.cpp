@@ -7,7 +7,7 @@
 int _initLock(XmlpDoc *doc)
 {
     if (doc == nullptr) {
-        return XMLP_ERROR(78, "doc is null.");
+        return XMLP_FAIL(78, "doc is null.");
     }
     return 0;
 }

@@ -70,7 +70,7 @@ static int reservePlaces(XmlpNamePool *pool, size_t count)
 
 /* ---- Strings and their tails --------------------------------------------------------------- */
 
-// The first word of a string of length bytes as a number, filled up with bytes of its own.
+// The first word of a string of length bytes as a number, that of a shorter one with its length.
 static uint32_t firstWord(const char *bytes, size_t length)
 {
     uint32_t word = 0;
@@ -80,7 +80,8 @@ static uint32_t firstWord(const char *bytes, size_t length)
         const auto at = [bytes](size_t i) {
             return uint32_t{static_cast<unsigned char>(bytes[i])};
         };
-        word = at(0) | at(length / 2) << 8 | at(length - 1) << 16;
+        const auto size = static_cast<uint32_t>(length);
+        word = at(0) | at(length / 2) << 8 | at(length - 1) << 16 | size << 24;
     }
     return word;
 }
@@ -120,20 +121,28 @@ static bool standsAt(const char *name, const char *bytes, size_t length)
     return firstWord(name, length) == firstWord(bytes, length) && name[length] == '\0';
 }
 
-// The string, or null.
-static char *find(const XmlpNamePool *pool, uint64_t hash, const char *bytes, size_t length)
+// The place of the string, or 0.
+static uint32_t find(const XmlpNamePool *pool, uint64_t hash, const char *bytes, size_t length)
 {
     const XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
     for (; slot->place != 0; slot = nextSlot(pool, slot)) {
-        char *name = nameAt(pool, slot->place);
+        const char *name = nameAt(pool, slot->place);
         if (name + length < pool->base + pool->used && standsAt(name, bytes, length)) {
-            return name;
+            break;
         }
     }
-    return nullptr;
+    return slot->place;
 }
 
 /* ---- The pool ------------------------------------------------------------------------------ */
+
+uint64_t _randomSeed(void)
+{
+    // Where the kernel has no random bytes yet, the place of the stack has to do.
+    uint64_t seed = reinterpret_cast<uintptr_t>(&seed);
+    (void)!getrandom(&seed, sizeof(seed), GRND_NONBLOCK);
+    return seed;
+}
 
 int _initNamePool(XmlpNamePool *pool, size_t expected)
 {
@@ -146,11 +155,7 @@ int _initNamePool(XmlpNamePool *pool, size_t expected)
     if (pool->slots == nullptr) {
         return -1;
     }
-    // So that nobody can write a text whose hashes collide. Where the kernel has no random bytes
-    // yet, the place of the memory has to do.
-    if (getrandom(&pool->seed, sizeof(pool->seed), GRND_NONBLOCK) != sizeof(pool->seed)) {
-        pool->seed = reinterpret_cast<uintptr_t>(pool->slots);
-    }
+    pool->seed = _randomSeed();
     return 0;
 }
 
@@ -177,11 +182,11 @@ char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
         hash = longer;
         at -= WORD;
     }
-    char *known = at < size ? find(pool, hash, bytes + at, length - at) : nullptr;
-    if (known != nullptr && at == 0) {
-        return known;
+    const uint32_t known = at < size ? find(pool, hash, bytes + at, length - at) : 0;
+    if (known != 0 && at == 0) {
+        return nameAt(pool, known);
     }
-    if (known == nullptr) { // no tail is there, or another string has its hash
+    if (known == 0) { // no tail is there, or another string has its hash
         hash = pool->seed;
         at = size;
     }

@@ -46,6 +46,9 @@ struct XmlpNamePool {
     uint64_t seed; /* of the hashes */
 };
 
+/* A number that differs from call to call, so that nobody can write a text whose hashes collide. */
+uint64_t _randomSeed(void);
+
 /* Makes an empty pool in which so many strings are expected. 0, or -1 without memory. */
 int _initNamePool(XmlpNamePool *pool, size_t expected);
 

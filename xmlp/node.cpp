@@ -30,30 +30,34 @@ XmlpNode *xmlp_initNode(void)
 
 /* ---- Linking ------------------------------------------------------------------------------- */
 
-// Whether the list from sibling on, or the way down, would go round in circles with node below
-// parent. A new node, which has neither parent nor children, is not looked for.
-static bool wouldLoop(const XmlpNode *node, const XmlpNode *parent, const XmlpNode *sibling)
+// Whether the list from next on, or the way down, would go round in circles with node before next
+// and below parent. A node that was never linked is not looked for.
+static bool wouldLoop(const XmlpNode *node, const XmlpNode *parent, const XmlpNode *next)
 {
-    if (node->parent != nullptr && node->parent == parent) {
-        while (sibling != nullptr && sibling != node) {
-            sibling = sibling->next;
+    if (node->parent != nullptr || node->prev != nullptr || node->next != nullptr) {
+        for (; next != nullptr; next = next->next) {
+            if (next == node) {
+                return true;
+            }
         }
-        return sibling != nullptr;
     }
     if (node == parent || node->firstChild != nullptr) {
-        while (parent != nullptr && parent != node) {
-            parent = parent->parent;
+        for (; parent != nullptr; parent = parent->parent) {
+            if (parent == node) {
+                return true;
+            }
         }
-        return parent != nullptr;
     }
     return false;
 }
 
-// Puts node between two neighbours below parent; a missing neighbour makes it first or last. Its
-// own links come last, so that a node that is its own neighbour ends the list.
+// Puts node between two neighbours below parent; a missing neighbour makes it first or last.
 static int linkBetween(XmlpNode *node, XmlpNode *parent, XmlpNode *prev, XmlpNode *next)
 {
-    if (node == next || wouldLoop(node, parent, next)) {
+    if (node == prev || node == next) {
+        return 0; // it is there already
+    }
+    if (wouldLoop(node, parent, next)) {
         return -1;
     }
     if (prev != nullptr) {
@@ -75,7 +79,7 @@ static int linkBetween(XmlpNode *node, XmlpNode *parent, XmlpNode *prev, XmlpNod
 int xmlp_insNodeFirst(XmlpNode *node, XmlpNode *parent)
 {
     if (node == nullptr || parent == nullptr) {
-        return XMLP_ERROR(849, "invalid params.");
+        return XMLP_FAIL(849, "invalid params.");
     }
     return linkBetween(node, parent, nullptr, parent->firstChild);
 }
@@ -83,7 +87,7 @@ int xmlp_insNodeFirst(XmlpNode *node, XmlpNode *parent)
 int xmlp_insNodeLast(XmlpNode *node, XmlpNode *parent)
 {
     if (node == nullptr || parent == nullptr) {
-        return XMLP_ERROR(884, "invalid params.");
+        return XMLP_FAIL(884, "invalid params.");
     }
     return linkBetween(node, parent, parent->lastChild, nullptr);
 }
@@ -91,15 +95,15 @@ int xmlp_insNodeLast(XmlpNode *node, XmlpNode *parent)
 int xmlp_insNodeAfter(XmlpNode *node, XmlpNode *ref)
 {
     if (node == nullptr || ref == nullptr) {
-        return XMLP_ERROR(918, "invalid params.");
+        return XMLP_FAIL(918, "invalid params.");
     }
-    return node != ref ? linkBetween(node, ref->parent, ref, ref->next) : -1;
+    return linkBetween(node, ref->parent, ref, ref->next);
 }
 
 int xmlp_insNodeBefore(XmlpNode *node, XmlpNode *ref)
 {
     if (node == nullptr || ref == nullptr) {
-        return XMLP_ERROR(950, "invalid params.");
+        return XMLP_FAIL(950, "invalid params.");
     }
     return linkBetween(node, ref->parent, ref->prev, ref);
 }
@@ -107,7 +111,7 @@ int xmlp_insNodeBefore(XmlpNode *node, XmlpNode *ref)
 int xmlp_addChildNode(XmlpNode *node, XmlpNode *parent, uint32_t position)
 {
     if (node == nullptr || parent == nullptr) {
-        return XMLP_ERROR(1064, "invalid params.");
+        return XMLP_FAIL(1064, "invalid params.");
     }
     if (position == 0) {
         return xmlp_insNodeFirst(node, parent);
@@ -117,7 +121,7 @@ int xmlp_addChildNode(XmlpNode *node, XmlpNode *parent, uint32_t position)
     }
     XmlpNode *ref = xmlp_getChildNode(parent, position - 1);
     if (ref == nullptr) {
-        return XMLP_ERROR(1082, "child[%d] not found.", static_cast<int>(position - 1));
+        return XMLP_FAIL(1082, "child[%d] not found.", static_cast<int>(position - 1));
     }
     return xmlp_insNodeAfter(node, ref);
 }
@@ -185,18 +189,18 @@ int _hasChildName(const XmlpNode *parent, const char *name)
 int xmlp_setNodeName(XmlpNode *node, const char *name)
 {
     if (node == nullptr || name == nullptr || name[0] == '\0') {
-        return XMLP_ERROR(1162, "invalid params.");
+        return XMLP_FAIL(1162, "invalid params.");
     }
     size_t length = strlen(name);
     if (!xmlp_isValidName(name, static_cast<uint32_t>(length))) {
-        return XMLP_ERROR(1168, "invalid name.");
+        return XMLP_FAIL(1168, "invalid name.");
     }
     if (_hasChildName(node->parent, name)) {
-        return XMLP_ERROR(1173, "node name existed.");
+        return XMLP_FAIL(1173, "node name existed.");
     }
     char *copy = _copyString(name, length);
     if (copy == nullptr) {
-        return XMLP_ERROR(1181, "malloc failed.");
+        return XMLP_FAIL(1181, "malloc failed.");
     }
     _freeNodeName(node);
     node->name = copy;
@@ -206,22 +210,22 @@ int xmlp_setNodeName(XmlpNode *node, const char *name)
 int xmlp_setNodeValue(XmlpNode *pNode, const void *value, uint32_t valueSize)
 {
     if (pNode == nullptr) {
-        return XMLP_ERROR(1207, "pNode is null.");
+        return XMLP_FAIL(1207, "pNode is null.");
     }
     if (value == nullptr && valueSize > 0) {
-        return XMLP_ERROR(1212, "value is null but valueSize > 0.");
+        return XMLP_FAIL(1212, "value is null but valueSize > 0.");
     }
     if (value != nullptr && valueSize == 0) {
-        return XMLP_ERROR(1217, "value is not null but valueSize is 0.");
+        return XMLP_FAIL(1217, "value is not null but valueSize is 0.");
     }
     if (pNode->firstChild != nullptr) {
-        return XMLP_ERROR(1222, "pNode is not leaf node.");
+        return XMLP_FAIL(1222, "pNode is not leaf node.");
     }
     unsigned char *copy = nullptr;
     if (value != nullptr) {
         copy = static_cast<unsigned char *>(malloc(valueSize));
         if (copy == nullptr) {
-            return XMLP_ERROR(1231, "malloc failed.");
+            return XMLP_FAIL(1231, "malloc failed.");
         }
         memcpy(copy, value, valueSize);
     }
@@ -242,41 +246,27 @@ void _freeNodeName(XmlpNode *node)
     }
 }
 
-// The sibling whose next is node. A node that was appended a second time names itself.
-static XmlpNode *siblingBefore(const XmlpNode *node)
-{
-    XmlpNode *sibling = node->prev;
-    if (sibling == node) {
-        sibling = node->parent->firstChild;
-        while (sibling != nullptr && sibling->next != node) {
-            sibling = sibling->next;
-        }
-    }
-    return sibling;
-}
-
 static void unlink(const XmlpNode *node)
 {
-    XmlpNode *prev = siblingBefore(node);
-    if (prev != nullptr) {
-        prev->next = node->next;
+    XmlpNode *parent = node->parent;
+    if (node->prev != nullptr) {
+        node->prev->next = node->next;
     }
     if (node->next != nullptr) {
-        node->next->prev = prev;
+        node->next->prev = node->prev;
     }
-    XmlpNode *parent = node->parent;
     if (parent != nullptr && parent->firstChild == node) {
         parent->firstChild = node->next;
     }
     if (parent != nullptr && parent->lastChild == node) {
-        parent->lastChild = prev;
+        parent->lastChild = node->prev;
     }
 }
 
 int xmlp_delNode(XmlpNode *node)
 {
     if (node == nullptr || node->firstChild != nullptr) {
-        return XMLP_ERROR(1624, "invalid params.");
+        return XMLP_FAIL(1624, "invalid params.");
     }
     unlink(node);
     _freeAttrList(node->attrs);
@@ -293,7 +283,7 @@ int xmlp_delNode(XmlpNode *node)
 int xmlp_delDtree(XmlpNode *node)
 {
     if (node == nullptr) {
-        return XMLP_ERROR(1673, "node is null.");
+        return XMLP_FAIL(1673, "node is null.");
     }
     // Depth first without recursion, so that no depth of tree can exhaust the stack. Children that
     // were linked a second time belong to the parent that they name.
@@ -315,7 +305,7 @@ int xmlp_delDtree(XmlpNode *node)
 int xmlp_delStree(XmlpNode *rootNode)
 {
     if (rootNode == nullptr) {
-        return XMLP_ERROR(1695, "rootNode is null.");
+        return XMLP_FAIL(1695, "rootNode is null.");
     }
     // The block begins with the name of the top element; without one, with the document node.
     XmlpNode *top = rootNode->firstChild;

@@ -40,7 +40,7 @@ int _checkOrder(const uint32_t *pos, uint32_t count)
     }
     for (uint32_t i = 1; i < count; i++) {
         if (pos[i] <= pos[i - 1]) {
-            return XMLP_ERROR(255, "error order in pos.");
+            return XMLP_FAIL(255, "error order in pos.");
         }
     }
     return 0;
@@ -251,7 +251,8 @@ static int fillItem(XmlpNode *node, const XmlpItem *item)
     if (item->value != nullptr && item->valueSize != 0) {
         node->value = static_cast<unsigned char *>(malloc(item->valueSize));
         if (node->value == nullptr) {
-            return _xmlp_report("_item2Node", 212, "malloc failed.");
+            _xmlp_report("_item2Node", 212, "malloc failed.");
+            return -1;
         }
         memcpy(node->value, item->value, item->valueSize);
         node->valueSize = item->valueSize;
@@ -364,7 +365,7 @@ int xmlp_deleteItem(XmlpDoc *doc, const char *path, uint32_t mode, const uint32_
         return -1;
     }
     if (count == 0 && mode != XMLP_POS_RUN && pos[0] != XMLP_LAST) {
-        return XMLP_ERROR(1351, "invalid params.");
+        return XMLP_FAIL(1351, "invalid params.");
     }
     const XmlpNode *list = _lockNode(&deleteItem, doc, path);
     if (list == nullptr) {

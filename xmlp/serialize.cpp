@@ -25,8 +25,8 @@ template <typename Visit> static int walk(const XmlpNode *top, uint32_t level, V
         if (!leaving && node->firstChild != nullptr) {
             if (depth == capacity) {
                 capacity = capacity == 0 ? 64 : 2 * capacity;
-                auto *grown =
-                    static_cast<const XmlpNode **>(realloc(open, capacity * sizeof(*open)));
+                auto *grown = static_cast<const XmlpNode **>(
+                    realloc(open, capacity * sizeof(const XmlpNode *)));
                 if (grown == nullptr) {
                     going = false;
                     break;

@@ -2,8 +2,6 @@
 
 #include "xmlp/tag.h"
 
-#include <string.h>
-
 static int found(XmlpFinding *fault, const char *function, int line, const char *message,
                  const char *at)
 {
@@ -13,7 +11,7 @@ static int found(XmlpFinding *fault, const char *function, int line, const char 
 
 int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
 {
-    XmlpTag reader = {tag, tag, terminator, false};
+    XmlpTag reader = {tag, tag, terminator, false, false};
     XmlpSlice name;
     XmlpSlice value;
     int line = _readName(&reader, &name);
@@ -49,14 +47,9 @@ int _checkEndTag(const char *open, const char *name, const char *close, XmlpFind
     return *p == '>' ? 0 : _checkNameAttr(open, '>', fault);
 }
 
-// A NUL ends the name or value that it lies in.
-static XmlpSlice sliceToNul(const char *from, const char *to)
-{
-    return {from, strnlen(from, static_cast<size_t>(to - from))};
-}
-
 int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
+    tag->isWide = true; // unchecked, that is
     const char *p = _skipBlanks(tag->p);
     if (*p == tag->terminator || *p == '>') {
         return 0;
@@ -65,7 +58,7 @@ int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
     while (*p != '=' && *p != '>' && !_isByte(*p, XMLP_BLANK)) {
         p += _stepOf(*p);
     }
-    *name = sliceToNul(begin, p);
+    *name = _sliceOf(tag, begin, p);
     while (*p != '"' && *p != '>') {
         p += _stepOf(*p);
     }
@@ -76,7 +69,7 @@ int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
     if (*p != '"') {
         return -1;
     }
-    *value = sliceToNul(begin, p);
+    *value = _sliceOf(tag, begin, p);
     tag->p = p + 1;
     return 1;
 }

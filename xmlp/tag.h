@@ -7,6 +7,8 @@
 #include "xmlp/wide.h"
 #include "xmlp/xmlp_internal.h"
 
+#include <string.h>
+
 #pragma GCC visibility push(hidden)
 
 /* A tag on the way through it. Its ">", which is a byte of no name or value, ends every scan. */
@@ -15,6 +17,7 @@ struct XmlpTag {
     const char *end; /* of the text, or nearer */
     char terminator; /* ">" of a start tag, "/" of an empty-element tag */
     bool isLoose;    /* see _readLoosely */
+    bool isWide;     /* a multi-byte character was met, which may hide a NUL */
 };
 
 static inline const char *_skipBlanks(const char *p)
@@ -41,7 +44,7 @@ template <bool isValue> static inline XmlpChunk _stopsOf(XmlpChunk chunk)
  * Returns the first character from the tag's position on that is none of a name or, if isValue, of
  * an attribute's value. A ">" is none of either.
  */
-template <bool isValue> static inline const char *_skip(const XmlpTag *tag)
+template <bool isValue> static inline const char *_skip(XmlpTag *tag)
 {
     const char *p = tag->p;
     for (;;) {
@@ -58,13 +61,16 @@ template <bool isValue> static inline const char *_skip(const XmlpTag *tag)
             (isValue && *p == tag->terminator)) {
             return p;
         }
+        tag->isWide = tag->isWide || _stepOf(*p) > 1;
         p += _stepOf(*p);
     }
 }
 
-static inline XmlpSlice _slice(const char *from, const char *to)
+/* A NUL ends the name or value that it lies in. */
+static inline XmlpSlice _sliceOf(const XmlpTag *tag, const char *from, const char *to)
 {
-    return {from, static_cast<size_t>(to - from)};
+    const auto length = static_cast<size_t>(to - from);
+    return {from, tag->isWide ? strnlen(from, length) : length};
 }
 
 /*
@@ -77,6 +83,7 @@ static inline int _readName(XmlpTag *tag, XmlpSlice *name)
     if (*begin == tag->terminator) {
         return 155;
     }
+    tag->isWide = _stepOf(*begin) > 1;
     tag->p = begin + _stepOf(*begin);
     const char *end = _skip<false>(tag);
     tag->p = end;
@@ -85,7 +92,7 @@ static inline int _readName(XmlpTag *tag, XmlpSlice *name)
     }
     tag->p = _skipBlanks(end);
     const bool isEmpty = *begin == '\0' || _isByte(*begin, XMLP_BLANK);
-    *name = _slice(begin, isEmpty ? begin : end);
+    *name = _sliceOf(tag, begin, isEmpty ? begin : end);
     return 0;
 }
 
@@ -98,7 +105,7 @@ static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
         return 188;
     }
     p = _skip<false>(tag);
-    *name = _slice(begin, p);
+    *name = _sliceOf(tag, begin, p);
     if (*p == tag->terminator) {
         return 232;
     }
@@ -118,7 +125,7 @@ static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
     if (*p != '"') {
         return 223;
     }
-    *value = _slice(begin, p);
+    *value = _sliceOf(tag, begin, p);
     p = _skipBlanks(p + 1);
     return 0;
 }

@@ -32,12 +32,12 @@ static inline XmlpChunk _loadChunk(const char *bytes)
  */
 static inline unsigned _gatherBits(uint64_t flags)
 {
+    flags = flags >> 7 & 0x0101010101010101;
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    const uint64_t toTopByte = 0x0002040810204081;
+    return static_cast<unsigned>(flags * 0x0102040810204080 >> 56);
 #else
-    const uint64_t toTopByte = 0x8040201008040201;
+    return static_cast<unsigned>(flags * 0x8040201008040201 >> 56);
 #endif
-    return static_cast<unsigned>((flags & 0x8080808080808080) * toTopByte >> 56);
 }
 
 #ifdef XMLP_VECTOR
@@ -50,11 +50,6 @@ static inline XmlpChunk _fill(unsigned char byte)
 static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
 {
     return reinterpret_cast<XmlpChunk>(chunk == to);
-}
-
-static inline XmlpChunk _areOdd(XmlpChunk chunk)
-{
-    return _areEqual(chunk & _fill(1), _fill(1));
 }
 
 /* byte is 0x80 or more. */
@@ -109,11 +104,6 @@ static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
 {
     const uint64_t differ = chunk ^ to;
     return ~(((differ & ~XMLP_HIGHS) + ~XMLP_HIGHS) | differ) & XMLP_HIGHS;
-}
-
-static inline XmlpChunk _areOdd(XmlpChunk chunk)
-{
-    return chunk << 7 & XMLP_HIGHS;
 }
 
 static inline XmlpChunk _areBelow(XmlpChunk chunk, unsigned char byte)

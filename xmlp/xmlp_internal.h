@@ -13,12 +13,14 @@ extern "C" {
 
 /* ---- Diagnostics ----------------------------------------------------------------------- */
 
-/* Returns -1, as most of what fails does. */
-int _xmlp_report(const char *function, int line, const char *format, ...)
+void _xmlp_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
 /* Prints "[ERROR][function():line]: message" CR LF; line is part of the message. */
 #define XMLP_ERROR(line, ...) _xmlp_report(__func__, line, __VA_ARGS__)
+
+/* The same, as what a function that fails with -1 returns. */
+#define XMLP_FAIL(line, ...) (XMLP_ERROR(line, __VA_ARGS__), -1)
 
 /* ---- Bytes ----------------------------------------------------------------------------- */
 
@@ -146,23 +148,14 @@ struct XmlpFrame {
 
 #define XMLP_TYPE_BIT(type) (1u << (type))
 
-/* The argument check; complete tells whether the operation has what it needs besides. */
-static inline int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path,
-                               bool complete)
-{
-    const bool isMissing = doc == nullptr || path == nullptr || !complete;
-    return isMissing ? _xmlp_report(frame->name, frame->invalidParams, "invalid params.") : 0;
-}
+/* The argument check; complete tells whether the operation has what it needs besides. 0 or -1. */
+int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path, bool complete);
 
 /* Locks the document and returns the node at path; unlocked again and null when refused. */
 XmlpNode *_lockNode(const XmlpFrame *frame, XmlpDoc *doc, const char *path);
 
 /* _checkParams and _lockNode. */
-static inline XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path,
-                                  bool complete)
-{
-    return _checkParams(frame, doc, path, complete) == 0 ? _lockNode(frame, doc, path) : nullptr;
-}
+XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path, bool complete);
 
 /* Fills in a copy of the value of node with terminator bytes 0 behind it. Reports nothing. */
 int _copyNodeValue(XmlpValue *copy, const XmlpNode *node, uint32_t terminator);
