@@ -95,7 +95,7 @@ int _findBeginning(XmlpTag tag, size_t count, const char **found)
     while (names.slotCount < 2 * count) {
         names.slotCount *= 2;
     }
-    names.items = static_cast<XmlpSlice *>(malloc(count * sizeof(XmlpSlice)));
+    names.items = static_cast<XmlpSlice *>(calloc(count, sizeof(XmlpSlice)));
     names.slots = static_cast<Slot *>(calloc(names.slotCount, sizeof(Slot)));
     size_t longest = 0;
     for (size_t i = 0; names.items != nullptr && i < count; i++) {

@@ -29,13 +29,9 @@ XmlpNode *xmlp_seekXml(const XmlpDoc *doc, const char *path)
 
 /* ---- Frame --------------------------------------------------------------------------------- */
 
-int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path, bool complete)
+void _rejectParams(const XmlpFrame *frame)
 {
-    if (doc != nullptr && path != nullptr && complete) {
-        return 0;
-    }
     _xmlp_report(frame->name, frame->invalidParams, "invalid params.");
-    return -1;
 }
 
 static bool isAccepted(const XmlpFrame *frame, const XmlpNode *node)
@@ -62,11 +58,6 @@ XmlpNode *_lockNode(const XmlpFrame *frame, XmlpDoc *doc, const char *path)
     }
     _unLock(doc);
     return nullptr;
-}
-
-XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path, bool complete)
-{
-    return _checkParams(frame, doc, path, complete) == 0 ? _lockNode(frame, doc, path) : nullptr;
 }
 
 /* ---- Records that callers exchange --------------------------------------------------------- */

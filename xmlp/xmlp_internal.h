@@ -148,14 +148,29 @@ struct XmlpFrame {
 
 #define XMLP_TYPE_BIT(type) (1u << (type))
 
+/* Reports "invalid params.". */
+void _rejectParams(const XmlpFrame *frame);
+
 /* The argument check; complete tells whether the operation has what it needs besides. 0 or -1. */
-int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path, bool complete);
+static inline int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path,
+                               bool complete)
+{
+    if (doc == nullptr || path == nullptr || !complete) {
+        _rejectParams(frame);
+        return -1;
+    }
+    return 0;
+}
 
 /* Locks the document and returns the node at path; unlocked again and null when refused. */
 XmlpNode *_lockNode(const XmlpFrame *frame, XmlpDoc *doc, const char *path);
 
 /* _checkParams and _lockNode. */
-XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path, bool complete);
+static inline XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path,
+                                  bool complete)
+{
+    return _checkParams(frame, doc, path, complete) == 0 ? _lockNode(frame, doc, path) : nullptr;
+}
 
 /* Fills in a copy of the value of node with terminator bytes 0 behind it. Reports nothing. */
 int _copyNodeValue(XmlpValue *copy, const XmlpNode *node, uint32_t terminator);
