@@ -179,8 +179,8 @@ static XmlpAttr *newAttr(Builder *builder)
     return attr;
 }
 
-// An attribute whose name is a beginning of an earlier one's, so many of them being no trouble to
-// compare with each other; those of a tag that has more are looked at in the end.
+// So many names of attributes are compared with each other as they come. Those of a tag that has
+// more are looked at in the end.
 enum : size_t { FEW_ATTRS = 16 };
 
 static int existedFault(Builder *builder, const char *name)

@@ -142,7 +142,13 @@ int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value);
 static inline int _nextAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
     if (tag->isLoose) {
-        return _readLoosely(tag, name, value);
+        XmlpTag copy = *tag;
+        XmlpSlice parts[2] = {};
+        const int more = _readLoosely(&copy, &parts[0], &parts[1]);
+        *tag = copy;
+        *name = parts[0];
+        *value = parts[1];
+        return more;
     }
     if (*tag->p == tag->terminator) {
         return 0;
