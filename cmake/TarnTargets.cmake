@@ -22,6 +22,9 @@ elseif(TARN_HARDENING)
   target_link_options(tarn-settings INTERFACE LINKER:-z,relro LINKER:-z,now)
 endif()
 
+# For what needs neither exceptions nor RTTI, and no tables to unwind the stack by.
+set(TARN_PLAIN_CODE -fno-exceptions -fno-rtti -fno-asynchronous-unwind-tables -fno-unwind-tables)
+
 # tarn_add_library(NAME SOURCES file... [LINKS target...] [PRIVATE_LINKS target...])
 #
 # A static product library tarn-NAME, linked as tarn::NAME. Its code needs neither exceptions
@@ -31,7 +34,7 @@ function(tarn_add_library name)
   add_library(tarn-${name} STATIC ${ARG_SOURCES})
   add_library(tarn::${name} ALIAS tarn-${name})
   set_target_properties(tarn-${name} PROPERTIES EXPORT_NAME ${name})
-  target_compile_options(tarn-${name} PRIVATE -fno-exceptions -fno-rtti
+  target_compile_options(tarn-${name} PRIVATE ${TARN_PLAIN_CODE}
     -ffunction-sections -fdata-sections) # the linker drops what a program does not use
   target_include_directories(tarn-${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>

@@ -50,7 +50,7 @@ static Slot *slotOf(const Names *names, uint64_t hash, XmlpSlice name, size_t af
 }
 
 // Enters the names. Returns the number of the first that comes again, or the count.
-static size_t enterNames(Names *names)
+XMLP_COLD static size_t enterNames(Names *names)
 {
     for (size_t i = 0; i < names->count; i++) {
         const XmlpSlice name = names->items[i];
@@ -70,7 +70,7 @@ static size_t enterNames(Names *names)
 
 // Returns the number of the first name, before that numbered end, that is a beginning of an earlier
 // one; or end.
-static size_t firstBeginning(const Names *names, size_t end)
+XMLP_COLD static size_t firstBeginning(const Names *names, size_t end)
 {
     size_t first = end;
     for (size_t i = 0; i < first; i++) {
@@ -89,7 +89,7 @@ static size_t firstBeginning(const Names *names, size_t end)
     return first;
 }
 
-int _findBeginning(XmlpTag tag, size_t count, const char **found)
+XMLP_COLD int _findBeginning(XmlpTag tag, size_t count, const char **found)
 {
     Names names = {nullptr, count, nullptr, 64, nullptr, _randomSeed()};
     while (names.slotCount < 2 * count) {

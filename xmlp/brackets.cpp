@@ -90,6 +90,18 @@ static uint64_t bracketsOf(const char *block, XmlpChunk *quotes, uint64_t *insid
     return brackets;
 }
 
+// The bytes of a block from each odd bracket to before the next one. *inTag is all ones when the
+// block begins between such two, and is set for the next block.
+static uint64_t tagBytesOf(uint64_t brackets, uint64_t *inTag)
+{
+    for (unsigned shift = 1; shift < XMLP_BLOCK; shift *= 2) {
+        brackets ^= brackets << shift;
+    }
+    brackets ^= *inTag;
+    *inTag = 0 - (brackets >> 63);
+    return brackets;
+}
+
 int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size)
 {
     const size_t whole = size / XMLP_BLOCK;
@@ -102,11 +114,14 @@ int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size)
     char rest[XMLP_BLOCK] = {};
     memcpy(rest, text + whole * XMLP_BLOCK, size % XMLP_BLOCK);
     uint64_t inside = 0;
+    uint64_t inTag = 0;
     XmlpChunk quotes = {};
     for (size_t i = 0; i <= whole; i++) {
         const char *block = i < whole ? text + i * XMLP_BLOCK : rest;
         brackets->blocks[i] = bracketsOf(block, &quotes, &inside);
         brackets->count += countBits(brackets->blocks[i]);
+        const uint64_t there = i < whole ? ~uint64_t{0} : (uint64_t{1} << size % XMLP_BLOCK) - 1;
+        brackets->tagBytes += countBits(tagBytesOf(brackets->blocks[i], &inTag) & there);
         if (i % BLOCKS_PER_COUNT == BLOCKS_PER_COUNT - 1 || i == whole) {
             brackets->quotes += sumOf(quotes);
             quotes = XmlpChunk();

@@ -17,8 +17,9 @@ enum : size_t { XMLP_BLOCK = 64 };
 struct XmlpBrackets {
     uint64_t *blocks; /* bit i of block n is that of byte n * XMLP_BLOCK + i */
     size_t blockCount;
-    size_t count;  /* of all brackets */
-    size_t quotes; /* those inside of characters too */
+    size_t count;    /* of all brackets */
+    size_t quotes;   /* those inside of characters too */
+    size_t tagBytes; /* from an opening bracket to the closing one, if they take turns */
 };
 
 /* Fills in brackets for the size bytes at text. 0, or -1 without memory; blocks is to be freed. */

@@ -14,7 +14,8 @@
 //     +-----------+----------------+-------------------+---------------+--------------------+
 //
 // It begins with the name of the top element, and freeing that name frees it. How much each part
-// takes at most is known from the number of brackets and quotes of the text.
+// takes at most is known from the number of brackets and quotes of the text,
+// and from the bytes in and between its tags.
 
 #include "xmlp/brackets.h"
 #include "xmlp/name_pool.h"
@@ -70,8 +71,8 @@ struct Builder {
 
 /* ---- Faults -------------------------------------------------------------------------------- */
 
-static int textFault(Builder *builder, const char *function, int line, const char *message,
-                     const char *at)
+XMLP_COLD static int textFault(Builder *builder, const char *function, int line,
+                               const char *message, const char *at)
 {
     builder->rejection->fault = {function, line, message, at};
     return -1;
@@ -83,8 +84,8 @@ static int tagFault(Builder *builder, int line, const char *at)
 }
 
 // Ends the building of the tree. Only the first fault counts.
-static int treeFault(Builder *builder, const char *function, int line, const char *message,
-                     const char *at)
+XMLP_COLD static int treeFault(Builder *builder, const char *function, int line,
+                               const char *message, const char *at)
 {
     if (builder->isBuilding) {
         builder->isBuilding = false;
@@ -480,12 +481,11 @@ static inline int endElement(Builder *builder, const char *name, const char *clo
 
 /* ---- The document -------------------------------------------------------------------------- */
 
-// The content of the top element, which is open, up to its end tag. 0 or -1.
-static int readContent(Builder *builder, XmlpBracketCursor *cursor)
+// The top element, from its start tag to its end tag. 0 or -1.
+static int readTop(Builder *builder, XmlpBracketCursor *cursor)
 {
     XmlpBracketCursor brackets = *cursor;
-    const size_t outermost = builder->depth - 1;
-    while (builder->depth > outermost) {
+    do {
         const char *p = _nextBracket(&brackets);
         if (p == nullptr) {
             return tagFault(builder, 374, builder->end);
@@ -512,7 +512,7 @@ static int readContent(Builder *builder, XmlpBracketCursor *cursor)
         } else if (endElement(builder, p + 2, close) != 0) {
             return -1;
         }
-    }
+    } while (builder->depth > 1);
     *cursor = brackets;
     return 0;
 }
@@ -524,6 +524,7 @@ static int topFault(Builder *builder, int line, const char *at)
 
 static int readDocument(Builder *builder, XmlpBracketCursor brackets)
 {
+    XmlpBracketCursor top = brackets;
     const char *p = _nextBracket(&brackets);
     if (p == nullptr) {
         return textFault(builder, "_checkXml", 452, "no xml tag found.", builder->end);
@@ -534,24 +535,22 @@ static int readDocument(Builder *builder, XmlpBracketCursor brackets)
     if (builder->end - p > 1 && p[1] == '/') {
         return topFault(builder, 411, p);
     }
-    const char *close = _nextBracket(&brackets);
-    if (close == nullptr) {
+    p = _nextBracket(&brackets);
+    if (p == nullptr) {
         return 0; // a tag that does not end is no element
     }
-    if (*close == '<') {
-        return topFault(builder, 406, close);
+    if (*p == '<') {
+        return topFault(builder, 406, p);
     }
-    XmlpRejection *rejection = builder->rejection;
-    if (startElement(builder, p + 1, close) != 0) {
-        rejection->topLine = 431;
+    if (readTop(builder, &top) != 0) {
+        XmlpRejection *rejection = builder->rejection;
+        const bool isEmpty = builder->depth == 1; // its tag is all that there is of it
+        rejection->tagLine = isEmpty ? 0 : rejection->tagLine;
+        rejection->elementLines = isEmpty ? 0 : builder->depth - 2;
+        rejection->topLine = isEmpty ? 431 : 441;
         return -1;
     }
-    if (builder->depth > 1 && readContent(builder, &brackets) != 0) {
-        rejection->elementLines = builder->depth - 2;
-        rejection->topLine = 441;
-        return -1;
-    }
-    p = _nextBracket(&brackets);
+    p = _nextBracket(&top);
     return p == nullptr ? 0 : topFault(builder, *p == '<' ? 406 : 424, p);
 }
 
@@ -561,10 +560,11 @@ static int readDocument(Builder *builder, XmlpBracketCursor brackets)
 static char *allocateBlock(Builder *builder, const XmlpBrackets *found)
 {
     const auto size = static_cast<uint64_t>(builder->end - builder->text);
+    const uint64_t textBytes = size - found->tagBytes;
     const uint64_t nodes = uint64_t{_elementBound(found)} + 1;
     const uint64_t attrs = _attrBound(found);
-    const uint64_t valuesAt = size + (nodes + 2 * attrs) * XMLP_POOL_WORD;
-    const uint64_t attrsAt = (valuesAt + size + XMLP_CHUNK) / 16 * 16 + 16;
+    const uint64_t valuesAt = found->tagBytes + (nodes + 2 * attrs) * XMLP_POOL_WORD;
+    const uint64_t attrsAt = (valuesAt + textBytes + XMLP_CHUNK) / 16 * 16 + 16;
     const uint64_t nodesAt = attrsAt + attrs * sizeof(XmlpAttr);
     const uint64_t blockSize = nodesAt + nodes * sizeof(XmlpNode);
     if (_initNamePool(&builder->pool, found->quotes) != 0) {

@@ -12,3 +12,12 @@ void _xmlp_report(const char *function, int line, const char *format, ...)
     va_end(args);
     fputs("\r\n", stdout);
 }
+
+void _xmlp_reportOften(size_t times, const char *function, int line, const char *message)
+{
+    char text[128];
+    snprintf(text, sizeof(text), "[ERROR][%s():%d]: %s\r\n", function, line, message);
+    for (; times > 0; times--) {
+        fputs(text, stdout);
+    }
+}

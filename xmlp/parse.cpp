@@ -89,7 +89,7 @@ static XmlpTree *parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
 
 static const char elementMessage[] = "error xml tag."; // of whatever is around the fault
 
-static void report(const XmlpRejection *rejection)
+XMLP_COLD static void report(const XmlpRejection *rejection)
 {
     const XmlpFinding *fault = &rejection->fault;
     if (fault->line != 0) {
@@ -101,9 +101,7 @@ static void report(const XmlpRejection *rejection)
     if (rejection->tagLine != 0) {
         _xmlp_report("_subXml", rejection->tagLine, "%s", elementMessage);
     }
-    for (size_t i = 0; i < rejection->elementLines; i++) {
-        _xmlp_report("_subXml", 359, "%s", elementMessage);
-    }
+    _xmlp_reportOften(rejection->elementLines, "_subXml", 359, elementMessage);
     if (rejection->topLine != 0) {
         _xmlp_report("_checkXml", rejection->topLine, "%s", elementMessage);
     }

@@ -102,17 +102,19 @@ uint64_t _attrsLen(const XmlpAttr *attr)
     return total;
 }
 
-uint64_t _nodeLen(const XmlpNode *node)
+static inline uint64_t nodeLen(const XmlpNode *node)
 {
-    if (node == nullptr) {
-        return 0;
-    }
-    uint64_t name = textLen(node->name);
-    uint64_t attrs = _attrsLen(node->attrs);
+    const uint64_t name = textLen(node->name);
+    const uint64_t attrs = node->attrs != nullptr ? _attrsLen(node->attrs) : 0;
     if (isEmpty(node)) {
         return name + attrs + strlen("</>");
     }
     return 2 * name + attrs + strlen("<></>") + (hasValue(node) ? escapedLen(node) : 0);
+}
+
+uint64_t _nodeLen(const XmlpNode *node)
+{
+    return node != nullptr ? nodeLen(node) : 0;
 }
 
 static uint64_t indentLen(uint32_t level)
@@ -129,7 +131,7 @@ static uint64_t lengthOf(const XmlpNode *top, uint32_t topLevel, bool isFormatte
         return total;
     }
     int status = walk(top, topLevel, [&](const XmlpNode *node, uint32_t level, bool leaving) {
-        total += leaving ? 0 : _nodeLen(node);
+        total += leaving ? 0 : nodeLen(node);
         total += isFormatted ? indentLen(level) + 1 : 0; // a line for entering, one for leaving
         return total < UINT32_MAX;
     });

@@ -9,7 +9,7 @@ static int found(XmlpFinding *fault, const char *function, int line, const char 
     return -1;
 }
 
-int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
+XMLP_COLD int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
 {
     XmlpTag reader = {tag, tag, terminator, false, false};
     XmlpSlice name;
@@ -30,7 +30,8 @@ int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault)
     return 0;
 }
 
-int _checkEndTag(const char *open, const char *name, const char *close, XmlpFinding *fault)
+XMLP_COLD int _checkEndTag(const char *open, const char *name, const char *close,
+                           XmlpFinding *fault)
 {
     const char *p = open;
     for (; name < close; name++, p++) {
@@ -47,7 +48,7 @@ int _checkEndTag(const char *open, const char *name, const char *close, XmlpFind
     return *p == '>' ? 0 : _checkNameAttr(open, '>', fault);
 }
 
-int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
+XMLP_COLD int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
     tag->isWide = true; // unchecked, that is
     const char *p = _skipBlanks(tag->p);

@@ -16,11 +16,17 @@ extern "C" {
 void _xmlp_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
+/* The same line again and again, as for each of the elements around a fault. */
+void _xmlp_reportOften(size_t times, const char *function, int line, const char *message);
+
 /* Prints "[ERROR][function():line]: message" CR LF; line is part of the message. */
 #define XMLP_ERROR(line, ...) _xmlp_report(__func__, line, __VA_ARGS__)
 
 /* The same, as what a function that fails with -1 returns. */
 #define XMLP_FAIL(line, ...) (XMLP_ERROR(line, __VA_ARGS__), -1)
+
+/* What only a text that is rejected needs: small rather than fast. */
+#define XMLP_COLD __attribute__((cold))
 
 /* ---- Bytes ----------------------------------------------------------------------------- */
 
