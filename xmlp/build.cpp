@@ -266,26 +266,28 @@ __attribute__((noinline)) static int readTag(Builder *builder, Open *element, ch
 
 /* ---- Elements ------------------------------------------------------------------------------ */
 
-// Makes a node below parent. Returns null, with the tree at fault, without memory.
-static inline XmlpNode *newNode(Builder *builder, XmlpNode *parent)
+// The memory of a new node. Returns null, with the tree at fault, without memory.
+static inline XmlpNode *newNode(Builder *builder)
 {
     XmlpNode *node =
         builder->isStatic ? builder->nodes++ : static_cast<XmlpNode *>(malloc(sizeof(XmlpNode)));
     if (node == nullptr) {
         outOfMemory(builder, "xmlp_initNode", 827);
-        return nullptr;
     }
-    XmlpNode *prev = parent != nullptr ? parent->lastChild : nullptr;
+    return node;
+}
+
+// Makes new memory the last child of parent.
+static inline void beginNode(XmlpNode *node, XmlpNode *parent)
+{
+    XmlpNode *prev = parent->lastChild;
     *node = {nullptr, nullptr, 0, XMLP_NODE_NONE, nullptr, parent, prev, nullptr, nullptr, nullptr};
     if (prev != nullptr) {
         prev->next = node;
-    } else if (parent != nullptr) {
+    } else {
         parent->firstChild = node;
     }
-    if (parent != nullptr) {
-        parent->lastChild = node;
-    }
-    return node;
+    parent->lastChild = node;
 }
 
 // Types the parent of a new node, unless that is the document node. 0 or -1.
@@ -310,10 +312,11 @@ static inline int setType(Builder *builder, const XmlpNode *node, const char *na
 // tag, at stop. 0, or -1 with either the tree at fault or, without a word, the tag.
 static inline int buildNode(Builder *builder, const char *name, const char *stop, Open *element)
 {
-    XmlpNode *node = newNode(builder, builder->open[builder->depth - 1].node);
+    XmlpNode *node = newNode(builder);
     if (node == nullptr) {
         return -1;
     }
+    beginNode(node, builder->open[builder->depth - 1].node);
     element->node = node;
     const auto length = static_cast<size_t>(stop - name);
     const ShortName *known = recall(builder, name, length);
@@ -502,7 +505,7 @@ static int readTop(Builder *builder, XmlpBracketCursor *cursor)
         if (*close == '<') {
             return tagFault(builder, 272, close);
         }
-        if (p[1] != '/') {
+        if (builder->depth == 1 || p[1] != '/') { // the top element's, or not an end tag
             if (startElement(builder, p + 1, close) != 0) {
                 builder->rejection->tagLine = 298;
                 return -1;
@@ -604,9 +607,12 @@ static XmlpNode *build(Builder *builder, const XmlpBrackets *found, XmlpLocation
     char *block = builder->isStatic ? allocateBlock(builder, found) : nullptr;
     builder->locations = locations != nullptr ? allocateLocations(builder, found) : nullptr;
     if (builder->isBuilding) {
-        builder->root = newNode(builder, nullptr);
+        builder->root = newNode(builder);
     }
-    builder->open[builder->depth++] = {nullptr, nullptr, builder->root, 0, 0};
+    if (builder->root != nullptr) {
+        *builder->root = {};
+    }
+    builder->open[builder->depth++] = {builder->text, builder->text, builder->root, 0, 0};
     int status = readDocument(builder, _firstBlock(found, builder->text));
     if (status == 0 && !builder->isBuilding) {
         builder->rejection->fault = builder->treeFault;
