@@ -1,7 +1,6 @@
 // The companion tool's check of a file: as it is, an image of two texts, a container of files. What
 // the loader complains about must be an error.
 
-#include "appmngr/appmngr.h"
 #include "fuzz/input.h"
 #include "loader/image.h"
 #include "loader/loader.h"
@@ -9,8 +8,6 @@
 #include "tool/check_file.h"
 #include "tool/check_report.h"
 #include "tool/image.h"
-
-#include <algorithm>
 
 static std::string imageOf(fuzz::Input *input)
 {

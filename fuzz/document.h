@@ -1,40 +1,20 @@
 /*
  * What holds of every document.
  */
-#ifndef FUZZ_DOCUMENT_H
-#define FUZZ_DOCUMENT_H
+#pragma once
 
 #include "fuzz/input.h"
 #include "tests/document.h"
 #include "xmlp/xmlp_internal.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace fuzz
 {
-
-inline bool isEmpty(const XmlpNode *node)
-{
-    return node->firstChild == nullptr && node->valueSize == 0;
-}
 
 /* All that a text can say of a document. */
 inline std::string describe(const Document &doc)
 {
     std::string all(reinterpret_cast<const char *>(doc->tree->header), doc->tree->headerLen);
-    for (const XmlpNode *node : nodesOf(doc)) {
-        all += "\n" + std::to_string(xmlp_getChildNodeCount(node));
-        if (node != doc->tree->root) {
-            const bool isTyped = !isEmpty(node) || node->type == XMLP_NODE_ITEM;
-            all.append(node->name).append(std::to_string(isTyped ? node->type : 0));
-            for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
-                all.append(" ").append(attr->name).append("=");
-                all.append(attr->value != nullptr ? attr->value : "");
-            }
-            all.append(">").append(reinterpret_cast<const char *>(node->value), node->valueSize);
-        }
-    }
+    ::describe(nodesOf(doc)[0], false, &all);
     return all;
 }
 
@@ -43,24 +23,23 @@ inline bool isReadable(const XmlpNode *node)
 {
     const auto isNamedItem = [](const XmlpNode *any) { return strcmp(any->name, "item") == 0; };
     const auto nameLength = static_cast<uint32_t>(strlen(node->name));
-    bool isReadable = isEmpty(node) || xmlp_isValidName(node->name, nameLength);
-    // As an item of "/", a structure that has no children yet can be given a value.
-    const bool mayHaveValue = node->type == XMLP_NODE_VALUE || node->type == XMLP_NODE_ITEM;
-    isReadable = isReadable && (node->valueSize == 0 || mayHaveValue);
-    // An item that lost its children stays what they made of it.
-    const bool wasItem = isNamedItem(node) && node->type != XMLP_NODE_ITEM;
-    isReadable = isReadable && !(isEmpty(node) && wasItem);
+    const bool isValue = node->type == XMLP_NODE_VALUE || node->type == XMLP_NODE_ITEM;
+    // An item that lost its children stays what they made of it; as an item of "/", a structure
+    // that has no children yet can be given a value.
+    bool isReadable = nameLength > 0 && (node->valueSize == 0 || isValue) &&
+                      (isEmpty(node) ? !isNamedItem(node) || node->type == XMLP_NODE_ITEM
+                                     : xmlp_isValidName(node->name, nameLength) != 0);
     std::string earlier;
     for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
         const std::string name = std::string("\n") + attr->name; // refused as a beginning of one
-        isReadable = isReadable && earlier.find(name) == std::string::npos;
-        isReadable = isReadable && !(isEmpty(node) && attr->value && strchr(attr->value, '/'));
+        isReadable = isReadable && earlier.find(name) == std::string::npos &&
+                     !(isEmpty(node) && attr->value && strchr(attr->value, '/'));
         earlier += name;
     }
     for (const XmlpNode *child = node->firstChild; child != nullptr; child = child->next) {
         isReadable = isReadable && isNamedItem(child) == (node->type == XMLP_NODE_LIST);
     }
-    return isReadable && nameLength > 0;
+    return isReadable;
 }
 
 /*
@@ -82,5 +61,3 @@ inline void expectReadBack(const Document &doc, int compact)
 }
 
 } // namespace fuzz
-
-#endif

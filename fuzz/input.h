@@ -2,15 +2,11 @@
  * What a fuzz target makes of its input: the values coded in it, a file that holds it, the update
  * files that it is the inside of.
  */
-#ifndef FUZZ_INPUT_H
-#define FUZZ_INPUT_H
+#pragma once
 
-#include "tests/capture.h"
 #include "tests/update_file.h"
 
-#include <string_view>
 #include <sys/mman.h>
-#include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
@@ -82,5 +78,3 @@ inline std::string container(Input *input)
 }
 
 } // namespace fuzz
-
-#endif

@@ -1,8 +1,7 @@
 /*
  * What holds of every message that the kernel is sent.
  */
-#ifndef FUZZ_MESSAGE_H
-#define FUZZ_MESSAGE_H
+#pragma once
 
 #include "appdist/message.h"
 #include "tests/fake_kernel.h"
@@ -29,5 +28,3 @@ inline void expectWhole(const Bytes &message)
 }
 
 } // namespace fuzz
-
-#endif

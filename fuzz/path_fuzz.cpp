@@ -5,9 +5,6 @@
 
 #include "fuzz/document.h"
 
-#include <functional>
-#include <iterator>
-
 static bool drop(XmlpValue *values, const uint32_t *count)
 {
     for (uint32_t i = 0; values != nullptr && i < *count; i++) {

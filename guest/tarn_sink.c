@@ -10,8 +10,8 @@
  *     | protocol | port id  | length   | length bytes   |
  *     +----------+----------+----------+----------------+
  *
- * A datagram of type 30 is answered by the bytes that follow its netlink header. With the parameter
- * refuse=1 nothing is received, with refuse=2 every datagram is answered by an error.
+ * With the parameter refuse=1 nothing is received, with refuse=2 every datagram is answered by an
+ * error.
  */
 #include <linux/module.h>
 #include <linux/mutex.h>
@@ -23,7 +23,6 @@
 #include <net/sock.h>
 
 #define RECEIVED_ROOM (4u << 20)
-#define ANSWER_TYPE   30
 
 static const int protocols[] = {22, 13};
 
@@ -47,28 +46,13 @@ static void keep(const struct sk_buff *datagram)
     received_length += sizeof(head) + datagram->len;
 }
 
-static void send_answer(const struct sk_buff *datagram)
-{
-    size_t length = datagram->len - NLMSG_HDRLEN;
-    struct sk_buff *reply = alloc_skb(length, GFP_KERNEL);
-
-    if (reply) {
-        skb_put_data(reply, datagram->data + NLMSG_HDRLEN, length);
-        netlink_unicast(datagram->sk, reply, NETLINK_CB(datagram).portid, MSG_DONTWAIT);
-    }
-}
-
 static void on_datagram(struct sk_buff *datagram)
 {
-    struct nlmsghdr *header = nlmsg_hdr(datagram);
-
     mutex_lock(&lock);
     keep(datagram);
     mutex_unlock(&lock);
     if (refuse)
-        netlink_ack(datagram, header, -EPERM, NULL);
-    else if (datagram->len > NLMSG_HDRLEN && header->nlmsg_type == ANSWER_TYPE)
-        send_answer(datagram);
+        netlink_ack(datagram, nlmsg_hdr(datagram), -EPERM, NULL);
 }
 
 static ssize_t read_received(struct file *file, char __user *to, size_t size, loff_t *position)

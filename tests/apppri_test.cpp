@@ -4,7 +4,6 @@
 
 #include "appmngr/appmngr.h"
 #include "loader/image.h"
-#include "tests/capture.h"
 #include "tests/fake_kernel.h"
 #include "tests/lzma_image.h"
 

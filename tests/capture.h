@@ -1,15 +1,13 @@
-#ifndef TESTS_CAPTURE_H
-#define TESTS_CAPTURE_H
+#pragma once
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
-#include <utility>
+#include <random>
 
 /* What action prints on standard output. */
 template <typename Action> std::string captured(Action action)
@@ -51,11 +49,18 @@ std::string lines(const std::string &printed);
 /* The text with what matches the regular expression replaced; $1 stands for its first group. */
 std::string edit(const std::string &text, const std::string &pattern, const std::string &to);
 
+inline std::string repeated(size_t count, const std::string &text)
+{
+    std::string all;
+    while (count-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
 /* All bytes of a file. */
 inline std::string contents(const std::string &path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
-
-#endif

@@ -3,13 +3,7 @@
 #include "dbimage/dbimage_internal.h"
 
 #include "apppri/apppri.h"
-#include "tests/capture.h"
 #include "tests/update_file.h"
-
-#include <string.h>
-
-#include <tuple>
-#include <vector>
 
 using Bytes = std::string;
 
@@ -151,7 +145,6 @@ TEST(Container, Faults)
     const std::string bytesLeft = "-8980 " + at + "2913: FILESIZE ERROR\r\n";
     const std::string otherCount = "-8981 " + at + "2919: FILENUM ERROR\r\n";
     const Bytes one = entry(1, "x"); /* of a type that is ignored */
-    const Bytes four = one + one + one + one, many = four + four + four + four + one;
     const std::pair<Bytes, std::string> rows[] = {
         {digestOf(""), "-8980 "},
         {container(0, Bytes(196600 - 16, 0)), "-8980 "},
@@ -164,7 +157,7 @@ TEST(Container, Faults)
         {container(1, one + "t"), bytesLeft},
         {container(1, one + entry(1, "")), bytesLeft},
         {container(2, one), otherCount},
-        {container(16, many), otherCount},
+        {container(16, repeated(17, one)), otherCount},
         {container(2, entry(3, Bytes(16, 0)) + one),
          "-8979 file index:0\r\n" + sizes +
              "[Error](appmngr_decrypt) 2653: invalid length: srcLen = [16] *pDstlen = [65536]\n"

@@ -1,16 +1,10 @@
 /*
  * XML documents, from text and back.
  */
-#ifndef TESTS_DOCUMENT_H
-#define TESTS_DOCUMENT_H
+#pragma once
 
 #include "tests/capture.h"
 #include "xmlp/xmlp.h"
-
-#include <cstdlib>
-#include <memory>
-#include <string>
-#include <vector>
 
 using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;
 
@@ -33,6 +27,33 @@ inline std::string dumped(const Document &doc, int compact)
     return {text.get(), length};
 }
 
+inline bool isEmpty(const XmlpNode *node)
+{
+    return node->firstChild == nullptr && node->valueSize == 0;
+}
+
+/*
+ * name:type attr=value attr'value'[child][child]; unless it is exact, only what can be read again
+ * from a text.
+ */
+inline void describe(const XmlpNode *node, bool isExact, std::string *out)
+{
+    const auto textOf = [](const char *text) { return text != nullptr ? text : ""; };
+    const bool isTyped = isExact || !isEmpty(node) || node->type == XMLP_NODE_ITEM;
+    out->append(textOf(node->name)).append(isTyped ? ":" + std::to_string(node->type) : ":0");
+    for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
+        out->append(" ").append(attr->name).append(attr->value || !isExact ? "=" : "");
+        out->append(textOf(attr->value));
+    }
+    if (node->valueSize > 0) {
+        *out += "'" + std::string(node->value, node->value + node->valueSize) + "'";
+    }
+    for (const XmlpNode *child = node->firstChild; child != nullptr; child = child->next) {
+        describe(child, isExact, &out->append("["));
+        out->append("]");
+    }
+}
+
 /* All nodes, level by level; every link must have its counterpart. */
 inline std::vector<const XmlpNode *> nodesOf(const Document &doc)
 {
@@ -48,5 +69,3 @@ inline std::vector<const XmlpNode *> nodesOf(const Document &doc)
     }
     return nodes;
 }
-
-#endif

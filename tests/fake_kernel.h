@@ -2,18 +2,13 @@
  * A kernel for the channel to talk to. The system calls are replaced at link time, and a test says
  * what goes wrong. One source file of a program includes this.
  */
-#ifndef TESTS_FAKE_KERNEL_H
-#define TESTS_FAKE_KERNEL_H
+#pragma once
 
-#include <errno.h>
+#include "tests/capture.h"
+
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/netlink.h>
-#include <string.h>
 #include <sys/select.h>
-#include <sys/socket.h>
-
-#include <vector>
 
 using Bytes = std::vector<unsigned char>;
 
@@ -127,5 +122,3 @@ ssize_t __wrap_recvfrom(int, void *buffer, size_t length, int, sockaddr *from, s
 }
 
 } /* extern "C" */
-
-#endif

@@ -2,15 +2,9 @@
  * Allocations that fail, one after the other, and what stays allocated. Every allocation of the
  * product, and those of its LZMA decoder, come here in a program that links the target faults.
  */
-#ifndef TESTS_FAULTS_H
-#define TESTS_FAULTS_H
+#pragma once
 
 #include "tests/capture.h"
-
-#include <stdint.h>
-
-#include <algorithm>
-#include <set>
 
 namespace faults
 {
@@ -64,5 +58,3 @@ Outcomes outcomesOf(Before before, Call call, After after, Release release)
     return outcomes;
 }
 } // namespace faults
-
-#endif

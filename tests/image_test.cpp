@@ -5,10 +5,6 @@
 #include "tests/faults.h"
 #include "tests/lzma_image.h"
 
-#include <unistd.h>
-
-#include <random>
-
 // What a load finds in the file: the text, or the lines it prints.
 static std::string readBack(const std::string &file)
 {

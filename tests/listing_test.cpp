@@ -5,11 +5,6 @@
 #include "loader/image.h"
 #include "tests/capture.h"
 
-#include <arpa/inet.h>
-#include <string.h>
-
-#include <filesystem>
-
 static appmngr_app apps[] = {{7, 1, "Bird Call"}, {0xFFFFFFFF, -1, ""}};
 static appmngr_appType types[] = {{3, "Voice", {0x80000080, 0x04030304}}, {0xFFFFFFFE, "", {}}};
 static appmngr_rule rules[2];

@@ -1,14 +1,11 @@
 /*
  * Database images made with the encoder of liblzma.
  */
-#ifndef TESTS_LZMA_IMAGE_H
-#define TESTS_LZMA_IMAGE_H
+#pragma once
 
-#include <arpa/inet.h>
+#include "tests/capture.h"
+
 #include <lzma.h>
-#include <string.h>
-
-#include <string>
 
 /* Length, a byte, 5 bytes of properties, 8 bytes, a raw LZMA1 stream; what does not count is 0. */
 inline std::string image(const std::string &text)
@@ -27,5 +24,3 @@ inline std::string image(const std::string &text)
     memcpy(bytes, &length, sizeof length);
     return file.substr(0, end);
 }
-
-#endif

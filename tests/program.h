@@ -1,16 +1,9 @@
 /*
  * Programs run as a user runs them, from a shell.
  */
-#ifndef TESTS_PROGRAM_H
-#define TESTS_PROGRAM_H
+#pragma once
 
 #include "tests/capture.h"
-
-#include <sys/wait.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 
 /* Makes a new folder the current one. */
 inline void enterFolder(const std::string &name)
@@ -56,5 +49,3 @@ template <typename Cases> void expectRuns(const std::string &program, const Case
         EXPECT_TRUE(matches(contents("err"), c.errors)) << c.command << "\n" << contents("err");
     }
 }
-
-#endif

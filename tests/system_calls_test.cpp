@@ -3,7 +3,6 @@
 // kernel, those on files for real.
 
 #include "appdist/message.h"
-#include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
 #include "apppri/list.h"
 #include "loader/image.h"
@@ -11,11 +10,6 @@
 #include "tests/fake_kernel.h"
 #include "tests/faults.h"
 #include "tests/update_file.h"
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
 
 // The open descriptors and allocated blocks.
 static long held()

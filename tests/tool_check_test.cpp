@@ -6,10 +6,7 @@
 #include "tool/check_file.h"
 #include "tool/check_loader.h"
 #include "tool/check_report.h"
-#include "tool/file.h"
 #include "tool/image.h"
-
-#include <deque>
 
 const std::string app =
     "<AppDB><ver>1.2.0</ver><proModel>m</proModel><expired>2999-12-31</expired><appList><app>"
@@ -25,15 +22,6 @@ const std::string sorts =
     "<appNum>1</appNum><sortList><sort><id>1</id><name>s</name><prio>7</prio><type>1</type>"
     "<appList><app><appId>7</appId><appType>3</appType><appName>n</appName></app></appList>"
     "</sort></sortList></AppSortDB>";
-
-static std::string repeated(int count, const std::string &text)
-{
-    std::string all;
-    for (int i = 0; i < count; i++) {
-        all += text;
-    }
-    return all;
-}
 
 static std::string image(const std::string &text, const std::string &priorities = "")
 {
@@ -65,12 +53,8 @@ static std::string unfinished(size_t missing, const std::string &announced)
     return bytes.replace(0, 4, word(bytes.size() - 4)).replace(10, announced.size(), announced);
 }
 
-struct FileCase {
-    std::string rules; // that are broken, in the order of their list
-    std::string file;
-};
-
-const FileCase files[] = {
+// The rules that are broken, in the order of their list.
+const std::pair<const char *, std::string> files[] = {
     {"unknown-format", "text"},
     {"unknown-format", patched(image("x"), 1, "\1")},
     {"container-length", container(1, update() + "x")},
@@ -112,33 +96,28 @@ const FileCase files[] = {
     // The loader prints a line that no other rule foresees.
     {"loader-line misplaced-element", edit(app, "<appList>", "<typeId>9</typeId>$&")}};
 
-// An image with both databases; the edit is of the second when it does not change the first.
-struct EditCase {
-    std::string rules; // as above
-    std::string pattern;
-    std::string to;
-};
-
-// What the loader prints a line about.
-const EditCase heard[] = {{"no-application unknown-app", "<app>.*</app>", ""},
-                          {"refused-text", "</ver>", "</vre>"},
-                          {"bad-tuple", "</tuple>", "$&<tuple>tcp 0:0$&"},
-                          {"wrong-root", "AppDB", "DB"},
-                          {"unknown-type", "</typeId>", "$&<typeId>4$&"},
-                          {"no-tuple", "<tuple>.*</tuple>", ""},
-                          {"no-type", "<(typeId|appType)>.*</\\1>", ""},
-                          {"bad-expiry", "2998-12", "2998/12"},
-                          {"refused-element", "</sort>", "<x>1</x>$&"},
-                          {"count-mismatch", "Num>1", "Num>2"},
-                          {"count-mismatch", "<appNum>1</appNum>", ""},
-                          {"bad-expiry", "59:59", "$& 1"},
-                          {"bad-expiry", "2998[^<]*", " "},
-                          {"bad-tuple", "tcp", "sctp"},
-                          {"refused-text", "<appList>", "<!-- -->$&"},
-                          {"bad-tuple", ":80", ":80:1"}};
+// The rules, and an edit of an image with both databases: of the second when it does not change the
+// first. What the loader prints a line about:
+using Edit = std::tuple<const char *, const char *, const char *>;
+const Edit heard[] = {{"no-application unknown-app", "<app>.*</app>", ""},
+                      {"refused-text", "</ver>", "</vre>"},
+                      {"bad-tuple", "</tuple>", "$&<tuple>tcp 0:0$&"},
+                      {"wrong-root", "AppDB", "DB"},
+                      {"unknown-type", "</typeId>", "$&<typeId>4$&"},
+                      {"no-tuple", "<tuple>.*</tuple>", ""},
+                      {"no-type", "<(typeId|appType)>.*</\\1>", ""},
+                      {"bad-expiry", "2998-12", "2998/12"},
+                      {"refused-element", "</sort>", "<x>1</x>$&"},
+                      {"count-mismatch", "Num>1", "Num>2"},
+                      {"count-mismatch", "<appNum>1</appNum>", ""},
+                      {"bad-expiry", "59:59", "$& 1"},
+                      {"bad-expiry", "2998[^<]*", " "},
+                      {"bad-tuple", "tcp", "sctp"},
+                      {"refused-text", "<appList>", "<!-- -->$&"},
+                      {"bad-tuple", ":80", ":80:1"}};
 
 // What it takes without a line, or does not see before it sends.
-const EditCase unheard[] = {
+const Edit unheard[] = {
     {"misplaced-element", "</app>", "<end>1</end>$&"},
     {"unknown-element", "visible", "visibel"},
     {"repeated-element", "</app>", "<id>7</id>$&"},
@@ -166,7 +145,7 @@ const EditCase unheard[] = {
     {"app-id-range", "<appId>7", "<appId>4096"},
     {"bad-number", ":80", ":80x"},
     {"unclear-expiry", "2999-12", "2999-13"},
-    {"cut-text", ":80", ":" + std::string(60, '0')},
+    {"cut-text", ":80", ":00000000000000000000000000000000000000000000000000000000000000080"},
     {"duplicate-app-id", "<appNum>1(.*)(<app><.*</app>)", "<appNum>2$1$2$2"},
     {"misplaced-element", "</AppDB>", "<ruleList><x>1</x></ruleList>$&"}};
 
@@ -197,29 +176,26 @@ TEST(ToolCheck, EachRuleAlone)
         EXPECT_EQ(brokenRules(file), rules) << file.substr(0, 2000);
         tested += rules + " ";
     };
-    const auto expectEdit = [&](const EditCase &c, bool isHeard) {
-        SCOPED_TRACE(c.rules);
-        const std::string first = edit(app, c.pattern, c.to);
-        const std::string second = first != app ? sorts : edit(sorts, c.pattern, c.to);
-        expectRules(c.rules, image(first, second));
-        const tool::LoaderRun run = tool::loadApplicationText(first);
-        EXPECT_EQ(!(run.lines + tool::loadPriorityText(second).lines).empty(), isHeard);
+    const auto expectEdits = [&](const auto &edits, bool areHeard) {
+        for (const auto &[rules, pattern, to] : edits) {
+            SCOPED_TRACE(rules);
+            const std::string first = edit(app, pattern, to);
+            const std::string second = first != app ? sorts : edit(sorts, pattern, to);
+            expectRules(rules, image(first, second));
+            const std::string lines = tool::loadApplicationText(first).lines;
+            EXPECT_EQ(!(lines + tool::loadPriorityText(second).lines).empty(), areHeard);
+        }
     };
-    for (const FileCase &c : files) {
-        expectRules(c.rules, c.file);
+    for (const auto &[rules, file] : files) {
+        expectRules(rules, file);
     }
-    for (const EditCase &c : heard) {
-        expectEdit(c, true);
-    }
-    for (const EditCase &c : unheard) {
-        expectEdit(c, false);
-    }
+    expectEdits(heard, true);
+    expectEdits(unheard, false);
     const std::string page = tool::readFile(TARN_SOURCE "/docs/check.md").contents;
     for (const tool::RuleDescription &rule : tool::allRules()) {
         const std::string name = rule.name;
-        const bool isError = rule.severity == tool::Severity::Error;
-        const std::string entry =
-            "### " + name + "\n\n**" + (isError ? "Error" : "Warning") + ".** " + rule.sentence;
+        const char *const word = rule.severity == tool::Severity::Error ? "Error" : "Warning";
+        const std::string entry = "### " + name + "\n\n**" + word + ".** " + rule.sentence;
         EXPECT_NE(tested.find(" " + name + " "), std::string::npos) << name;
         EXPECT_NE(page.find(entry), std::string::npos) << name;
     }
@@ -249,35 +225,31 @@ TEST(ToolCheck, NearestName)
 
 TEST(ToolCheck, ShowsThePlace)
 {
-    const std::string wide(200, 'w');
+    const std::string wide(200, 'w'), most = wide.substr(0, 57), some = wide.substr(0, 39);
+    const std::string endTag =
+        " error: the end tag is not that of the open element [refused-text]\n";
+    const std::string below = std::string(63, ' ') + "^\n",
+                      odd = "\xC3\xBF\xF0\x9F\x98\x80\x80\xBF";
     const std::pair<std::string, std::string> places[] = {
         {"\xEF\xBB\xBF<AppDB>\r\n\t<name>\xC3\xA4</nome>\r\n</AppDB>",
-         "db:2:12: error: the end tag is not that of the open element [refused-text]\n"
-         "\t<name>\xC3\xA4</nome>\n\t          ^\n"},
+         "db:2:12:" + endTag + "\t<name>\xC3\xA4</nome>\n\t          ^\n"},
         {"<AppDB><a b='" + wide + "'/></AppDB>",
          "db:1:13: error: the value of an attribute needs double quotes [refused-text]\n"
          "<AppDB><a b='" +
-             wide.substr(0, 39) + "...\n            ^\n"},
+             some + "...\n            ^\n"},
         {"<AppDB>" + wide + "\x1B</x></AppDB>",
-         "db:1:211: error: the end tag is not that of the open element [refused-text]\n..." +
-             wide.substr(0, 57) + "?</x></AppDB>\n" + std::string(63, ' ') + "^\n"},
-        {"<" + wide.substr(0, 39) + "\xC3\xA4/>",
-         "db:1:1: error: the top element is '" + wide.substr(0, 39) + "...', not"},
+         "db:1:211:" + endTag + "..." + most + "?</x></AppDB>\n" + below},
+        {"<" + some + "\xC3\xA4/>", "db:1:1: error: the top element is '" + some + "...', not"},
         // A character is one column, a byte that only continues one is none, and none is cut.
-        {"<AppDB>\xC3\xBF\xE2\x82\xAC\xF0\x9F\x98\x80\x80\xBF<a></b></AppDB>",
-         "db:1:16: error: the end tag is not that of the open element [refused-text]\n"
-         "<AppDB>\xC3\xBF\xE2\x82\xAC\xF0\x9F\x98\x80\x80\xBF<a></b></AppDB>\n" +
-             std::string(15, ' ') + "^\n"},
-        {"<AppDB>\xF0\x9F\x98\x80" + wide.substr(0, 57) + "</x>" + wide.substr(0, 36) +
-             "\xE2\x82\xAC</AppDB>",
-         "db:1:68: error: the end tag is not that of the open element [refused-text]\n"
-         "...\xF0\x9F\x98\x80" +
-             wide.substr(0, 57) + "</x>" + wide.substr(0, 36) + "...\n" + std::string(63, ' ') +
-             "^\n"},
+        {"<AppDB>" + odd + "<a></b></AppDB>",
+         "db:1:15:" + endTag + "<AppDB>" + odd + "<a></b></AppDB>\n              ^\n"},
+        {"<AppDB>\xF0\x9F\x98\x80" + most + "</x>" + wide.substr(0, 36) + "\xE2\x82\xAC</AppDB>",
+         "db:1:68:" + endTag + "...\xF0\x9F\x98\x80" + most + "</x>" + wide.substr(0, 36) +
+             "...\n" + below},
         {edit(app, "tcp 0:0 192.0.2.1:80", "tcp &amp;:0 x"),
-         "db:1:214: error: '&' is no IPv4 address; any address is written 0 [bad-tuple]\n"
-         "...</typeId></typeIdList><ruleList><rule><tupleList><tuple>tcp &amp;:0 "
-         "x</tuple></tupleLi"},
+         "db:1:214: error: '&' is no IPv4 address; any address is written 0 "
+         "[bad-tuple]\n...</typeId>"
+         "</typeIdList><ruleList><rule><tupleList><tuple>tcp &amp;:0 x</tuple></tupleLi"},
     };
     for (const auto &[text, expected] : places) {
         const std::string printed = check(text);

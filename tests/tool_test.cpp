@@ -4,11 +4,7 @@
 #include "tests/program.h"
 #include "tests/update_file.h"
 #include "tool/failure.h"
-#include "tool/file.h"
 #include "tool/image.h"
-
-#include <algorithm>
-#include <random>
 
 const std::string app =
     "<AppDB><ver>1.2.3</ver><appList><app><id>7</id><name>Bird \"Call\"</name><typeIdList>"

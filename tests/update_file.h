@@ -1,14 +1,10 @@
 /*
  * Update containers and the database files in them, put together from their parts.
  */
-#ifndef TESTS_UPDATE_FILE_H
-#define TESTS_UPDATE_FILE_H
+#pragma once
 
 #include "dbimage/dbimage.h"
-
-#include <arpa/inet.h>
-
-#include <string>
+#include "tests/capture.h"
 
 /* The low 32 bits, big-endian. */
 inline std::string word(uint64_t value)
@@ -57,5 +53,3 @@ inline std::string container(int count, const std::string &entries)
 {
     return digestOf(entries) + static_cast<char>(count) + entries;
 }
-
-#endif

@@ -3,8 +3,6 @@
 #include "tests/document.h"
 #include "xmlp/xmlp_internal.h"
 
-#include <functional>
-
 // A line, the call that it refuses, as text, and what makes the call.
 using Refusal = std::tuple<int, std::string, std::function<int()>>;
 

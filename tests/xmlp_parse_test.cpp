@@ -3,27 +3,7 @@
 #include "tests/document.h"
 #include "xmlp/name_pool.h"
 
-#include <random>
-
-// name:type attr=value attr'value'[child][child]
-static std::string dump(const XmlpNode *node)
-{
-    std::string out = node->name != nullptr ? node->name : "";
-    out += ":" + std::to_string(node->type);
-    for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
-        out += std::string(" ") + attr->name;
-        out += attr->value != nullptr ? std::string("=") + attr->value : "";
-    }
-    if (node->valueSize > 0) {
-        out += "'" + std::string(node->value, node->value + node->valueSize) + "'";
-    }
-    for (const XmlpNode *child = node->firstChild; child != nullptr; child = child->next) {
-        out += "[" + dump(child) + "]";
-    }
-    return out;
-}
-
-// The dump of the text's tree, or the rejected offset and the lines that are printed, without their
+// The tree as described, or the rejected offset and the lines that are printed, without their
 // "error xml tag."; the same for a static and a dynamic tree.
 static std::string outcome(const std::string &text)
 {
@@ -36,7 +16,8 @@ static std::string outcome(const std::string &text)
             const auto size = static_cast<uint32_t>(text.size());
             const Document doc(xmlp_readDoc(text.data(), size, isStatic, &fault, &locations),
                                xmlp_releaseDoc);
-            tree = doc != nullptr ? dump(nodesOf(doc)[0]) : std::to_string(fault.offset);
+            tree = doc != nullptr ? "" : std::to_string(fault.offset);
+            doc != nullptr ? describe(nodesOf(doc)[0], true, &tree) : void();
         });
         EXPECT_EQ(quiet, "");
         const std::string printed = lines(captured([&] { loaded(text, isStatic); }));

@@ -4,10 +4,7 @@
 #include "tests/document.h"
 #include "xmlp/xmlp_internal.h"
 
-#include <algorithm>
-
-const int formatted = 0;
-const int compact = 1;
+const int formatted = 0, compact = 1;
 
 TEST(XmlpSerialize, writesTheSameTree)
 {
@@ -110,16 +107,12 @@ TEST(XmlpSerialize, nodesThatAreLinkedASecondTime)
 TEST(XmlpSerialize, anyDepthOnASmallStack)
 {
     const int depth = 1000000;
-    std::string start, end;
-    for (int i = 0; i < depth; i++) {
-        start += "<a>";
-        end += "</a>";
-    }
+    const std::string start = repeated(depth, "<a>"), text = start + "x" + repeated(depth, "</a>");
     const std::string tooLong = capturedOnSmallStack([&] {
         for (uint32_t isStatic : {0u, 1u}) {
             uint32_t length = 0;
-            const Document doc = loaded(start + "x" + end, isStatic);
-            EXPECT_TRUE(dumped(doc, compact) == start + "x" + end);
+            const Document doc = loaded(text, isStatic);
+            EXPECT_TRUE(dumped(doc, compact) == text);
             EXPECT_EQ(xmlp_dumpDoc(doc.get(), formatted, &length), nullptr);
             EXPECT_EQ(length, UINT32_MAX);
         }

@@ -71,10 +71,6 @@ NO_KEYWORD = f"{UPLOAD}2547: send db to kernel failed\n{SEND_FAILED}"
 REFUSED, TOO_LONG = (f"app netlink sendto fail, ret:-1\n{reason}\n"
                      f"{UPLOAD}2540: send db to kernel failed\n{SEND_FAILED}"
                      for reason in ("Connection refused", "Message too long"))
-# Results and errors of the steps of receive_check. A second handle finds its port id taken.
-RECEIVING = ("Here?\nsecond handle 0/4; answer in time 20/0; blocking answer 20/0; "
-             "polled answer 20/0; refused header -1/10; silence in time 0/15; "
-             "polled silence 0/15; other sender -1/6\n")
 
 
 def all_of(*outputs):
@@ -97,7 +93,6 @@ CASES = [
     Case("no_module", LOADER, ABSENT, received=None, module="absent"),
     Case("refused", LOADER, REFUSED, module="refuses"),
     Case("priority", f"{REPEAT} priority 1 1", all_of(""), received=(20,)),
-    Case("receive_check", "bin/receive_check", RECEIVING * 2, image=None, received=None),
     Case("processes_in_a_row",
          f"sh -c 'for load in $(seq 50); do {LOADER} $0; echo $?; done | sort | uniq -c'",
          "     50 0\n", received=None),
