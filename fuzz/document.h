@@ -13,9 +13,8 @@ namespace fuzz
 /* All that a text can say of a document. */
 inline std::string describe(const Document &doc)
 {
-    std::string all(reinterpret_cast<const char *>(doc->tree->header), doc->tree->headerLen);
-    ::describe(nodesOf(doc)[0], false, &all);
-    return all;
+    const auto *header = reinterpret_cast<const char *>(doc->tree->header);
+    return std::string(header, doc->tree->headerLen) + ::describe(nodesOf(doc)[0], false);
 }
 
 /* Whether the parser takes what the serializer writes for a node. */

@@ -1,29 +1,55 @@
-// An image file, or the text in one, through a whole load; then what it filled is listed.
+// An image file, or the text in one, through a whole load of one of its two databases; then what it
+// filled is listed and looked up.
 
 #include "appmngr/appmngr_internal.h"
+#include "apppri/apppri.h"
 #include "fuzz/input.h"
 #include "fuzz/message.h"
 #include "loader/image.h"
 #include "loader/loader.h"
 
+static void loadApplications(std::string_view text)
+{
+    appmngr_file_alloc();
+    text.copy(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize - 1);
+    if (appmngr_analyzeDbFile() == 0) {
+        _appmngr_sendMsgToKernel();
+    }
+    appmngr_file_free();
+}
+
+static void loadPriorities(std::string_view text)
+{
+    apppri_DBResAlloc();
+    text.copy(apppri_db.xmlBuf, g_apppri_profile.bufSize - 1);
+    apppri_analyzeDBFile();
+    apppri_sendMsgToKernel();
+    apppri_DBResFree();
+}
+
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     kernel.look = fuzz::expectWhole;
     fuzz::Input input(data, size);
-    if (input.byte() % 2 == 0) {
-        appmngr_checkDbPath(fuzz::asFile(input.rest));
-        appmngr_load_database();
+    const int kind = input.byte() % 4;
+    const bool isPriority = kind >= 2;
+    if (kind % 2 == 0) {
+        appmngr_checkDbPath(fuzz::asFile(input.rest, isPriority ? APPPRI_IMAGE_OFFSET : 0));
+        isPriority ? apppri_database_init() : appmngr_load_database();
     } else {
-        appmngr_file_alloc();
-        input.rest.copy(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize - 1);
-        if (appmngr_analyzeDbFile() == 0) {
-            _appmngr_sendMsgToKernel();
-        }
-        appmngr_file_free();
+        isPriority ? loadPriorities(input.rest) : loadApplications(input.rest);
     }
     appmngr_showDb();
     appmngr_showApps();
     appmngr_writeJson(stdout);
     appmngr_dbReInit();
+    char name[APPPRI_NAME_SIZE];
+    const int32_t first = apppri_getAppIdByName("");
+    const auto *sort = apppri_getAppNameById(static_cast<uint32_t>(first), name, sizeof name);
+    EXPECT_TRUE(first == -1 || sort != nullptr);
+    unsigned char map[4096];
+    apppri_initPrimapWithSort(map, sort != nullptr ? sort->id : 0, 7);
+    apppri_showDB();
+    apppri_DBReInit();
     return 0;
 }

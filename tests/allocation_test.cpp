@@ -7,6 +7,7 @@
  * - the document of a priority database that could not be analysed: the next analysis;
  * - the record of a channel whose buffer size cannot be set: nobody (system_calls_test.cpp).
  */
+#include "appdist/appdist.h"
 #include "appmngr/appmngr_internal.h"
 #include "apppri/apppri.h"
 #include "dbimage/dbimage.h"

@@ -64,3 +64,12 @@ inline std::string contents(const std::string &path)
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
+
+/* Makes a new folder the current one. */
+inline void enterFolder(const std::string &name)
+{
+    const std::string folder = testing::TempDir() + name + ".folder";
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    std::filesystem::current_path(folder);
+}

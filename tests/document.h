@@ -36,22 +36,22 @@ inline bool isEmpty(const XmlpNode *node)
  * name:type attr=value attr'value'[child][child]; unless it is exact, only what can be read again
  * from a text.
  */
-inline void describe(const XmlpNode *node, bool isExact, std::string *out)
+inline std::string describe(const XmlpNode *node, bool isExact)
 {
-    const auto textOf = [](const char *text) { return text != nullptr ? text : ""; };
+    const auto textOf = [](const char *text) { return std::string(text != nullptr ? text : ""); };
     const bool isTyped = isExact || !isEmpty(node) || node->type == XMLP_NODE_ITEM;
-    out->append(textOf(node->name)).append(isTyped ? ":" + std::to_string(node->type) : ":0");
+    std::string all = textOf(node->name) + ":" + std::to_string(isTyped ? node->type : 0);
     for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
-        out->append(" ").append(attr->name).append(attr->value || !isExact ? "=" : "");
-        out->append(textOf(attr->value));
+        all +=
+            " " + textOf(attr->name) + (attr->value || !isExact ? "=" : "") + textOf(attr->value);
     }
     if (node->valueSize > 0) {
-        *out += "'" + std::string(node->value, node->value + node->valueSize) + "'";
+        all += "'" + std::string(node->value, node->value + node->valueSize) + "'";
     }
     for (const XmlpNode *child = node->firstChild; child != nullptr; child = child->next) {
-        describe(child, isExact, &out->append("["));
-        out->append("]");
+        all += "[" + describe(child, isExact) + "]";
     }
+    return all;
 }
 
 /* All nodes, level by level; every link must have its counterpart. */

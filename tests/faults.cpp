@@ -15,24 +15,15 @@ static bool fails()
 
 static void *taken(void *block)
 {
-    if (block != nullptr) {
-        live.insert(block);
-    }
-    return block;
+    return *live.insert(block).first;
 }
 
 extern "C" {
 
-void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);
 void __real_free(void *block);
 lzma_ret __real_lzma_raw_decoder(lzma_stream *stream, const lzma_filter *filters);
-
-void *__wrap_malloc(size_t size)
-{
-    return fails() ? nullptr : taken(__real_malloc(size));
-}
 
 void *__wrap_calloc(size_t count, size_t size)
 {
@@ -46,6 +37,11 @@ void *__wrap_realloc(void *block, size_t size)
     }
     live.erase(block);
     return taken(__real_realloc(block, size));
+}
+
+void *__wrap_malloc(size_t size)
+{
+    return __wrap_realloc(nullptr, size);
 }
 
 void __wrap_free(void *block)
@@ -74,8 +70,7 @@ void Outcomes::addFailure(const std::string &outcome)
     }
     const auto differs =
         std::mismatch(outcome.rbegin(), outcome.rend(), last.rbegin(), last.rend());
-    const auto same = static_cast<size_t>(differs.first - outcome.rbegin());
-    const size_t end = outcome.find("; ", outcome.size() - same);
+    const size_t end = outcome.find("; ", static_cast<size_t>(outcome.rend() - differs.first));
     failures += (failures.empty() ? "" : " | ") + outcome.substr(0, end);
     failures += end != std::string::npos ? " ~" : "";
     last = outcome;

@@ -5,15 +5,6 @@
 
 #include "tests/capture.h"
 
-/* Makes a new folder the current one. */
-inline void enterFolder(const std::string &name)
-{
-    const std::string folder = testing::TempDir() + name + ".folder";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    std::filesystem::current_path(folder);
-}
-
 /*
  * The exit status, of a pipeline the last that is not 0; above 128 for a program that crashed. What
  * the command prints is in the files out and err.

@@ -26,14 +26,14 @@ static std::string outcome(Call call, Arguments... arguments)
     int result = 0;
     appdist_errno = 0;
     testing::internal::CaptureStderr();
-    std::string printed = captured([&] {
+    const std::string printed = captured([&] {
         errno = 0;
         result = call(arguments...);
         kernel.fault = {};
     });
-    printed += testing::internal::GetCapturedStderr();
     return std::to_string(result) + "/" + std::to_string(appdist_errno) + "/" +
-           std::to_string(held() - before) + " " + printed;
+           std::to_string(held() - before) +
+           lines(printed + testing::internal::GetCapturedStderr());
 }
 
 // ---- The channel -----------------------------------------------------------------------
@@ -105,54 +105,57 @@ TEST(SystemCalls, OfTheChannel)
         g_appmngr_appDb.ruleCount = 7206372; // 2^32 bytes and some: no length for the header
         return appdist_send_app_rules(&channel);
     };
-    const std::string noSocket = "create socket failed: Protocol not supported\n";
-    const std::string refused = "app netlink sendto fail, ret:-1\nConnection refused\n";
-    const std::string nothing = "app netlink sendto fail, ret:0\n", noBind = "Here?\n";
-    const std::string at = "[Error](_appmngr_sendMsgToKernel) ";
-    const std::string mapAt = "[apppri_db_error](apppri_sendMsgToKernel) ";
-    const std::string noHandle = ": appdist Failed to initialize handle\n";
-    const std::string notSent = ": send db to kernel failed";
+    const std::string noSocket = "; create socket failed: Protocol not supported\n";
+    const std::string refused = "; app netlink sendto fail, ret:-1\nConnection refused\n";
+    const std::string nothing = "; app netlink sendto fail, ret:0\n", noBind = "; Here?\n";
+    const std::string noHandle = " appdist Failed to initialize handle";
+    const std::string at = "; _appmngr_sendMsgToKernel:", notSent = " send db to kernel failed";
     const std::tuple<int (*)(), Fault, std::string> rows[] = {
-        {create<2>, {}, "22/0/0 "},
-        {create<10>, {}, "13/0/0 "},
-        {create<3>, {}, "-1/16/0 "},
-        {create<2>, {"socket", EPROTONOSUPPORT}, "-1/3/0 " + noSocket},
-        {create<2>, {"setsockopt", EPERM}, "-1/0/1 "}, // the record is kept, on purpose
-        {create<2>, {"getsockopt", EPERM}, "-1/0/1 "}, // the same
-        {create<2>, {"bind", EADDRINUSE}, "-1/4/0 " + noBind},
-        {create<2>, {"close", EINTR}, "22/0/0 "},
-        {send, {}, "64/0/0 "},
-        {send, {"sendto", ECONNREFUSED}, "-1/12/0 " + refused},
-        {send, {"sendto", 0, 0}, "0/0/0 " + nothing},
-        {send, {"sendto", 0, 10}, "10/0/0 "},
-        {sendNothing, {}, "0/0/0 "},
-        {sendScattered, {}, "5/0/0 "},
-        {sendScattered, {"sendmsg", ENOBUFS}, "-1/12/0 "},
-        {receive<0, 19>, {}, "-1/14/0 "},
-        {receive<0>, {"select"}, "20/0/0 "}, // waits in the receive itself
-        {receive<1>, {}, "20/0/0 "},
-        {receive<1, 20, -1>, {}, "-1/6/0 "}, // outside of the set that select takes
-        {receive<1, 20, FD_SETSIZE>, {}, "-1/6/0 "},
-        {receive<1>, {"select", EINTR}, "0/0/0 "},
-        {receive<1>, {"select", EBADF}, "-1/6/0 "},
-        {receive<2000001>, {"select", 0, 0}, "0/15/0 2.000001"},
-        {receive<-2500000>, {"select", 0, 0}, "0/15/0 0.000000"},
-        {receive<1>, {"recvfrom", ENOBUFS}, "-1/6/0 "},
-        {receive<1>, {"recvfrom", 0, 0}, "-1/7/0 "},
-        {receive<1>, {"recvfrom", 0, 19}, "-1/10/0 "},
-        {receive<1>, {"recvfrom", 0, 1}, "-1/10/0 "}, // the flags that were there before
-        {receive<1>, {"sender", 0, 1}, "-1/6/0 "},
-        {receive<1>, {"sender size", 0, 8}, "-1/6/0 "},
-        {receive<1>, {"length", 0, 21}, "-1/10/0 "},
-        {receive<1>, {"flags", 0, 0x20}, "-1/10/0 "},
-        {upload, {"sendto", 0, 1}, "0/0/0 "},
-        {upload, {"bind", EADDRINUSE}, "-1/4/0 " + noBind + at + "2532" + noHandle},
-        {upload, {"sendto", ECONNREFUSED}, "-1/12/0 " + refused + at + "2540" + notSent + "\n"},
-        {upload, {"sendto", 0, 0, 2}, "-1/0/0 " + nothing + at + "2547" + notSent + "\n"},
-        {sendMap, {"sendto", 0, 1}, "0/0/0 "},
-        {sendMap, {"bind", EPERM}, "-1/4/0 " + noBind + mapAt + "1452" + noHandle + "\r\n"},
-        {sendMap, {"sendto", 0, 0}, "-1/0/0 " + nothing + mapAt + "1459" + notSent + "\r\n\r\n"},
-        {sendTooMany, {}, "0/0/0  malloc mem eroor"},
+        {create<2>, {}, "22/0/0"},
+        {create<10>, {}, "13/0/0"},
+        {create<3>, {}, "-1/16/0"},
+        {create<2>, {"socket", EPROTONOSUPPORT}, "-1/3/0" + noSocket},
+        {create<2>, {"setsockopt", EPERM}, "-1/0/1"}, // the record is kept, on purpose
+        {create<2>, {"getsockopt", EPERM}, "-1/0/1"}, // the same
+        {create<2>, {"bind", EADDRINUSE}, "-1/4/0" + noBind},
+        {create<2>, {"close", EINTR}, "22/0/0"},
+        {send, {}, "64/0/0"},
+        {send, {"sendto", ECONNREFUSED}, "-1/12/0" + refused},
+        {send, {"sendto", 0, 0}, "0/0/0" + nothing},
+        {send, {"sendto", 0, 10}, "10/0/0"},
+        {sendNothing, {}, "0/0/0"},
+        {sendScattered, {}, "5/0/0"},
+        {sendScattered, {"sendmsg", ENOBUFS}, "-1/12/0"},
+        {receive<0, 19>, {}, "-1/14/0"},
+        {receive<0>, {"select"}, "20/0/0"}, // waits in the receive itself
+        {receive<1>, {}, "20/0/0"},
+        {receive<1, 20, -1>, {}, "-1/6/0"}, // outside of the set that select takes
+        {receive<1, 20, FD_SETSIZE>, {}, "-1/6/0"},
+        {receive<1>, {"select", EINTR}, "0/0/0"},
+        {receive<1>, {"select", EBADF}, "-1/6/0"},
+        {receive<2000001>, {"select", 0, 0}, "0/15/0; 2.000001"},
+        {receive<-2500000>, {"select", 0, 0}, "0/15/0; 0.000000"},
+        {receive<1>, {"recvfrom", ENOBUFS}, "-1/6/0"},
+        {receive<1>, {"recvfrom", 0, 0}, "-1/7/0"},
+        {receive<1>, {"recvfrom", 0, 19}, "-1/10/0"},
+        {receive<1>, {"recvfrom", 0, 1}, "-1/10/0"}, // the flags that were there before
+        {receive<1>, {"sender", 0, 1}, "-1/6/0"},
+        {receive<1>, {"sender size", 0, 8}, "-1/6/0"},
+        {receive<1>, {"length", 0, 21}, "-1/10/0"},
+        {receive<1>, {"flags", 0, 0x20}, "-1/10/0"},
+        {upload, {"sendto", 0, 1}, "0/0/0"},
+        {upload, {"bind", EADDRINUSE}, "-1/4/0" + noBind + at + "2532" + noHandle},
+        {upload, {"sendto", ECONNREFUSED}, "-1/12/0" + refused + at + "2540" + notSent},
+        {upload, {"sendto", 0, 0, 2}, "-1/0/0" + nothing + at + "2547" + notSent},
+        {sendMap, {"sendto", 0, 1}, "0/0/0"},
+        {sendMap,
+         {"bind", EPERM},
+         "-1/4/0" + noBind + "[apppri_db_error](apppri_sendMsgToKernel) 1452:" + noHandle +
+             "\n\r\n"},
+        {sendMap,
+         {"sendto", 0, 0},
+         "-1/0/0" + nothing + "; apppri_sendMsgToKernel:1459" + notSent + "\r\n"},
+        {sendTooMany, {}, "0/0/0;  malloc mem eroor"},
     };
     int row = 0;
     for (const auto &[operation, fault, expected] : rows) {
@@ -194,23 +197,22 @@ TEST(SystemCalls, OfLoads)
     EXPECT_EQ(pipe(ends), 0);
     close(ends[1]);
     const auto loads = [](const std::string &path) {
-        std::string outcomes = outcome(appmngr_checkDbPath, path.c_str());
-        outcomes += outcome(appmngr_load_database);
-        return outcomes + outcome(apppri_database_init);
+        const std::string opened = outcome(appmngr_checkDbPath, path.c_str());
+        const std::string loaded = outcome(appmngr_load_database);
+        return opened + " " + loaded + " " + outcome(apppri_database_init);
     };
-    const std::string failed =
-        "[Error](_appmngr_readFromDatabase) 2569: _appmngr_readAppDb failed\n";
-    const std::string sortsFailed =
-        "[apppri_db_error](apppri_readAppSortFromDB) 1870: apppri_readDBFromFlash error.\r\n"
-        "[apppri_db_error](apppri_database_init) 2044: apppri_readAppSortFromDB failed.\r\n";
+    const std::string failed = "; _appmngr_readFromDatabase:2569 _appmngr_readAppDb failed";
+    const std::string sorts = "; apppri_readAppSortFromDB:1870 apppri_readDBFromFlash error."
+                              "; apppri_database_init:2044 apppri_readAppSortFromDB failed.";
     const std::string noFile =
-        "-1/0/0 -1/0/0 " + failed + "read db flash fail\n: No such file or directory\n" +
-        "-1/0/0 [Error](apppri_readDBFromFlash) 1023: read db flash fail\n" + sortsFailed;
+        "-1/0/0 -1/0/0" + failed +
+        "; read db flash fail\n: No such file or directory\n"
+        " -1/0/0; [Error](apppri_readDBFromFlash) 1023: read db flash fail\n" +
+        sorts;
     const std::string noText =
-        "0/0/0 -1/0/0 [Error](_appmngr_readAppDb) 2167: Size of buffer \"204800\" is too small.\n" +
-        failed +
-        "-1/0/0 [Error](apppri_readDBFromFlash) 1045: Size of buffer \"65536\" is too small.\n" +
-        sortsFailed;
+        "0/0/0 -1/0/0; _appmngr_readAppDb:2167 Size of buffer \"204800\" is too small." + failed +
+        " -1/0/0; [Error](apppri_readDBFromFlash) 1045: Size of buffer \"65536\" is too small.\n" +
+        sorts;
     EXPECT_EQ(loads("/nonexistent"), noFile);
     EXPECT_EQ(loads("/"), noText); // a directory cannot be read
     EXPECT_EQ(loads("/proc/self/fd/" + std::to_string(ends[0])), noText); // no offsets in a pipe
@@ -220,22 +222,19 @@ TEST(SystemCalls, OfLoads)
 
 TEST(SystemCalls, OfSealing)
 {
-    const std::filesystem::path folder = testing::TempDir() + "system_calls.folder";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-    std::filesystem::current_path(folder);
+    enterFolder("system_calls_test");
     umask(0);
     const std::string text(16382, 't');
     std::ofstream("in") << text;
     std::ofstream("large") << text << "t";
     // Three of the failures leave the input open, on purpose.
     const std::tuple<const char *, const char *, std::string> rows[] = {
-        {"none", "out", "-1/0/0 open input file: No such file or directory\n"},
-        {".", "out", "-1/0/1 read: Is a directory\n"},
-        {"large", "out", "-1/0/1 "},
-        {"in", ".", "-1/0/1 open output file: Is a directory\n"},
-        {"in", "/dev/full", "0/0/0 write: No space left on device\n"},
-        {"in", "out", "0/0/0 "},
+        {"none", "out", "-1/0/0; open input file: No such file or directory\n"},
+        {".", "out", "-1/0/1; read: Is a directory\n"},
+        {"large", "out", "-1/0/1"},
+        {"in", ".", "-1/0/1; open output file: Is a directory\n"},
+        {"in", "/dev/full", "0/0/0; write: No space left on device\n"},
+        {"in", "out", "0/0/0"},
     };
     for (const auto &[from, to, expected] : rows) {
         EXPECT_EQ(outcome(md5_des_sealFile, from, to, 1), expected) << from << " " << to;
@@ -245,12 +244,12 @@ TEST(SystemCalls, OfSealing)
         close(STDIN_FILENO);
         return md5_des_sealFile("in", "out", 1) + dup2(input, STDIN_FILENO) + close(input);
     };
-    EXPECT_EQ(outcome(sealFromDescriptor0), "0/0/0 ");
+    EXPECT_EQ(outcome(sealFromDescriptor0), "0/0/0");
     EXPECT_EQ(contents("out"), digestOf(text) + des(text, 1));
     EXPECT_EQ(std::filesystem::status("out").permissions(), std::filesystem::perms{0644});
 
     // The export does not look whether there is room.
     std::filesystem::create_symlink("/dev/full", "database.json");
     EXPECT_EQ(outcome([] { return appmngr_exportJson(), 0; }),
-              "0/0/0 Create JSON-Format database success!\n");
+              "0/0/0; Create JSON-Format database success!\n");
 }

@@ -11,7 +11,7 @@ static void parseEditAndSerialize()
     char name[] = "id", value[] = "2";
     const XmlpAttrPair attr = {name, value};
     const XmlpItem item = {};
-    for (uint32_t i = 0; i < 100; i++) {
+    for (uint32_t i = 0; i < 20; i++) {
         for (const char *rejected : {"<a<", "<a x/>", "<a>&x;</a>", "<a><b></a>", "<?", "<a x<"}) {
             EXPECT_EQ(loaded(rejected, i % 2), nullptr);
         }
@@ -30,9 +30,7 @@ static void parseEditAndSerialize()
 
 TEST(XmlpThreads, shareNothing)
 {
-    captured([] {
-        std::thread other(parseEditAndSerialize);
-        parseEditAndSerialize();
-        other.join();
-    });
+    std::thread other(parseEditAndSerialize);
+    parseEditAndSerialize();
+    other.join();
 }

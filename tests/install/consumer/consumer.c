@@ -17,16 +17,13 @@ int main(void)
 {
     const char text[] = "<AppDB><ver>1.2.3</ver></AppDB>";
     unsigned char header[14] = {0}, digest[DBIMAGE_DIGEST_SIZE];
-    uint32_t none = 0, length = sizeof header, i;
+    uint32_t none = 0, length = sizeof header;
     XmlpDoc *document = xmlp_loadDoc(text, sizeof text - 1, 1);
     const XmlpNode *version = xmlp_getChildNodeByName(document->tree->root->firstChild, "ver", 3);
-    printf("%.*s %s ", (int)version->valueSize, (const char *)version->value,
-           appmngr_errToStr(APPMNGR_ERR_EXIST));
-    xmlp_releaseDoc(document);
     md5_digest(digest, "abc", 3);
-    for (i = 0; i < sizeof digest; i++) {
-        printf("%02x", digest[i]);
-    }
+    printf("%.*s %s %02x", (int)version->valueSize, (const char *)version->value,
+           appmngr_errToStr(APPMNGR_ERR_EXIST), digest[0]);
+    xmlp_releaseDoc(document);
     return appmngr_dbReInit() + apppri_DBReInit() + *appdist_last_error_text() +
            (appmngr_lzmaUnpack(digest, &none, header, &length) == -1);
 }
