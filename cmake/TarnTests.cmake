@@ -35,6 +35,23 @@ function(tarn_add_program_test name program)
   add_dependencies(${name}_test ${program})
 endfunction()
 
+# tarn_add_thread_test(NAME LIBRARY)
+#
+# The same for a library, which is built once more, and the test with it, for ThreadSanitizer; in a
+# folder of its own, away from valgrind.
+function(tarn_add_thread_test name library)
+  get_target_property(sources tarn-${library} SOURCES)
+  list(TRANSFORM sources PREPEND ${PROJECT_SOURCE_DIR}/${library}/)
+  add_library(${library}-tsan STATIC ${sources})
+  target_include_directories(${library}-tsan PUBLIC ${PROJECT_SOURCE_DIR})
+  target_compile_options(${library}-tsan PUBLIC -fsanitize=thread
+    -fprofile-update=atomic) # when coverage is counted
+  target_link_options(${library}-tsan PUBLIC -fsanitize=thread)
+  target_link_libraries(${library}-tsan PRIVATE tarn-settings)
+  tarn_add_test(${name} ${library}-tsan)
+  set_target_properties(${name}_test PROPERTIES RUNTIME_OUTPUT_DIRECTORY tsan)
+endfunction()
+
 # tarn_add_fuzzer(NAME target...)
 #
 # A program NAME_fuzz, linked to the targets; and a test that runs it once over its seeds and the

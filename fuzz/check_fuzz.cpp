@@ -5,7 +5,7 @@
 #include "tool/check_report.h"
 #include "tool/image.h"
 
-static std::string imageOf(fuzz::Input *input)
+static std::string imageOf(Input *input)
 {
     std::string image = tool::packDatabase({"", input->text()}, tool::applicationDatabase);
     image.resize(tool::priorityDatabase.offset);
@@ -14,11 +14,11 @@ static std::string imageOf(fuzz::Input *input)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    fuzz::Input input(data, size);
+    Input input(data, size);
     const int kind = input.byte() % 3;
     const std::string file = kind == 0   ? std::string(input.rest)
                              : kind == 1 ? imageOf(&input)
-                                         : fuzz::container(&input);
+                                         : containerOf(&input);
     std::deque<tool::Source> sources;
     tool::checkFile({"file", file}, sources);
     const tool::Report report = tool::reportAsText(sources, false, false);

@@ -7,10 +7,10 @@
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    fuzz::Input input(data, size);
+    Input input(data, size);
     const int kind = input.byte() % 4;
     const uint32_t room = kind < 2 ? 0 : input.byte() + 256u * input.byte();
-    const std::string inside(input.rest), file = kind == 1   ? fuzz::container(&input)
+    const std::string inside(input.rest), file = kind == 1   ? containerOf(&input)
                                                  : kind == 3 ? encrypted(inside)
                                                              : inside;
     const auto length = static_cast<uint32_t>(file.size());

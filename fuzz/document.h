@@ -7,14 +7,11 @@
 #include "tests/document.h"
 #include "xmlp/xmlp_internal.h"
 
-namespace fuzz
-{
-
 /* All that a text can say of a document. */
 inline std::string describe(const Document &doc)
 {
     const auto *header = reinterpret_cast<const char *>(doc->tree->header);
-    return std::string(header, doc->tree->headerLen) + ::describe(nodesOf(doc)[0], false);
+    return std::string(header, doc->tree->headerLen) + describe(nodesOf(doc)[0], false);
 }
 
 /* Whether the parser takes what the serializer writes for a node. */
@@ -58,5 +55,3 @@ inline void expectReadBack(const Document &doc, int compact)
         EXPECT_EQ(describe(loaded(text, 1)), describe(doc));
     }
 }
-
-} // namespace fuzz

@@ -20,9 +20,6 @@ extern "C" __attribute__((used)) inline int LLVMFuzzerInitialize(int * /*argc*/,
     return freopen("/dev/null", "w", stdout) != nullptr ? 0 : -1;
 }
 
-namespace fuzz
-{
-
 /* Takes an input apart. Where it has ended, bytes are 0 and texts empty. */
 struct Input {
     std::string_view rest; /* behind it lies memory that must not be read */
@@ -64,7 +61,7 @@ inline const char *asFile(std::string_view contents, off_t offset = 0)
  * The container of the files in an input: each a type, the length of what follows in two bytes, and
  * header and payload without their length field.
  */
-inline std::string container(Input *input)
+inline std::string containerOf(Input *input)
 {
     std::string entries;
     char count = 0;
@@ -74,7 +71,5 @@ inline std::string container(Input *input)
         const std::string body = input->bytes(length);
         entries += entry(type, encrypted(word(body.size() - 12) + body));
     }
-    return ::container(count, entries);
+    return container(count, entries);
 }
-
-} // namespace fuzz

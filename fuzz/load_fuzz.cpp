@@ -1,12 +1,31 @@
 // An image file, or the text in one, through a whole load of one of its two databases; then what it
 // filled is listed and looked up.
 
+#include "appdist/message.h"
 #include "appmngr/appmngr_internal.h"
 #include "apppri/apppri.h"
 #include "fuzz/input.h"
-#include "fuzz/message.h"
 #include "loader/image.h"
 #include "loader/loader.h"
+#include "tests/fake_kernel.h"
+
+// What holds of every message that the kernel is sent.
+static void expectWhole(const Bytes &message)
+{
+    appdist_message head;
+    EXPECT_GT(message.size(), sizeof head);
+    memcpy(&head, message.data(), sizeof head);
+    static const uint32_t recordSizes[] = {596, 1, 20};
+    EXPECT_EQ(recordSizes[head.header.nlmsg_type - 19], head.record_size);
+    EXPECT_EQ(kernel.protocol, 22);
+    EXPECT_EQ(head.header.nlmsg_len, message.size());
+    EXPECT_EQ(sizeof head + uint64_t{head.count} * head.record_size, message.size());
+    size_t end = sizeof head;
+    for (uint32_t i = 0; i < head.count && head.record_size > 1; i++) {
+        end += head.record_size;
+        EXPECT_EQ(message[end - 1], '\0'); // the text that a record ends with is terminated
+    }
+}
 
 static void loadApplications(std::string_view text)
 {
@@ -29,12 +48,12 @@ static void loadPriorities(std::string_view text)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    kernel.look = fuzz::expectWhole;
-    fuzz::Input input(data, size);
+    kernel.look = expectWhole;
+    Input input(data, size);
     const int kind = input.byte() % 4;
     const bool isPriority = kind >= 2;
     if (kind % 2 == 0) {
-        appmngr_checkDbPath(fuzz::asFile(input.rest, isPriority ? APPPRI_IMAGE_OFFSET : 0));
+        appmngr_checkDbPath(asFile(input.rest, isPriority ? APPPRI_IMAGE_OFFSET : 0));
         isPriority ? apppri_database_init() : appmngr_load_database();
     } else {
         isPriority ? loadPriorities(input.rest) : loadApplications(input.rest);

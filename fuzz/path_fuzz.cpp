@@ -24,7 +24,7 @@ static std::string pathOf(const XmlpNode *node)
 }
 
 // Makes the next call. Returns whether the document may be another one afterwards.
-static bool call(const Document &document, fuzz::Input *input)
+static bool call(const Document &document, Input *input)
 {
     XmlpDoc *const doc = document.get();
     const unsigned operation = input->byte();
@@ -85,16 +85,16 @@ static bool call(const Document &document, fuzz::Input *input)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    fuzz::Input input(data, size);
+    Input input(data, size);
     const uint32_t isStatic = input.byte() % 2;
     const Document doc = loaded(input.text(), isStatic);
-    std::string before = doc != nullptr ? fuzz::describe(doc) : "";
+    std::string before = doc != nullptr ? describe(doc) : "";
     while (doc != nullptr && !input.rest.empty()) {
         const bool mayChange = call(doc, &input);
-        std::string after = fuzz::describe(doc);
+        std::string after = describe(doc);
         if (after != before) {
             EXPECT_TRUE(mayChange && isStatic == 0);
-            fuzz::expectReadBack(doc, 1);
+            expectReadBack(doc, 1);
         }
         before.swap(after);
     }

@@ -11,7 +11,7 @@ static std::string process(std::string_view bytes, int seal)
                      reinterpret_cast<unsigned char *>(result.data()),
                      static_cast<int32_t>(result.size()), g_appmngr_databaseKey, seal);
     result.resize(static_cast<size_t>(length));
-    const char *const path = fuzz::asFile(bytes);
+    const char *const path = asFile(bytes);
     EXPECT_EQ(md5_des_sealFile(path, path, seal), 0);
     EXPECT_EQ(contents(path), result);
     return result;
@@ -19,7 +19,7 @@ static std::string process(std::string_view bytes, int seal)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const std::string_view bytes = fuzz::Input(data, size).rest.substr(0, 16000);
+    const std::string_view bytes = Input(data, size).rest.substr(0, 16000);
     std::string expected(bytes);
     expected.resize((bytes.size() + 7) / 8 * 8);
     EXPECT_EQ(process(process(bytes, 1), 0), expected);

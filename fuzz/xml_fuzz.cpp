@@ -4,7 +4,7 @@
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const std::string text(fuzz::Input(data, size).rest);
+    const std::string text(Input(data, size).rest);
     Document docs[] = {{nullptr, xmlp_releaseDoc}, {nullptr, xmlp_releaseDoc}};
     std::string printed[2];
     XmlpFault faults[2] = {};
@@ -18,10 +18,10 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     EXPECT_TRUE(printed[0] == printed[1] || printed[0].find("_makeDtree") != std::string::npos);
     EXPECT_EQ(docs[0] == nullptr, docs[1] == nullptr);
     if (docs[0] != nullptr) {
-        EXPECT_EQ(fuzz::describe(docs[0]), fuzz::describe(docs[1]));
+        EXPECT_EQ(describe(docs[0]), describe(docs[1]));
         for (const int compact : {0, 1}) {
             EXPECT_EQ(dumped(docs[0], compact), dumped(docs[1], compact));
-            fuzz::expectReadBack(docs[0], compact);
+            expectReadBack(docs[0], compact);
         }
     }
     return 0;

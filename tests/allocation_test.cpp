@@ -93,62 +93,50 @@ struct Operation {
 
 const Operation operations[] = {
     {"document", loadAndDump,
-     "0; xmlp_xml2Tree:1842!; _initLock:78 doc is null. | 0; xmlp_parse:1438! ~ | 0; "
-     "xmlp_parse:1469! ~"
-     " | 0; xmlp_parse:1509! ~ | 0; xmlp_initNode:827! ~ | 0; _getNameAttr:645! ~ | 0; "
-     "_getNameAttr:672! ~"
-     " | 0; _getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; _getNameAttr:771! ~"
-     " | 0; _getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; xmlp_initNode:827! ~"
-     " | 0; _getNameAttr:645! ~ | 0; xmlp_initNode:827! ~ | 0; _getNameAttr:645! ~ | 0 ~"
-     " | -1; xmlp_tree2Xml:1789! | 44 ~",
+     "0;xml2Tree:1842!; _initLock:78 doc is null. | 0;parse:1438! ~ | 0;parse:1469! ~ | "
+     "0;parse:1509! ~ | 0;initNode:827! ~ | 0; _getNameAttr:645! ~ | 0; _getNameAttr:672! ~ | 0; "
+     "_getNameAttr:708! ~ | 0; _getNameAttr:744! ~ | 0; _getNameAttr:771! ~ | 0; _getNameAttr:708! "
+     "~ | 0; _getNameAttr:744! ~ | 0;initNode:827! ~ | 0; _getNameAttr:645! ~ | 0;initNode:827! ~ "
+     "| 0; _getNameAttr:645! ~ | 0 ~ | -1;tree2Xml:1789! | 44;tree2Xml:1789!",
      "44"},
     {"locations", readLocations, "-1842 | -1438 | -1509 | -1572 | -1509", "70"},
     {"descriptions", allocDescriptions, "-1", "0"},
     {"parameters", sendParameters, "-2; malloc error!\n | 0;  malloc mem eroor", "64"},
     {"load", appmngr_load_database,
      "-1; appmngr_file_alloc:2400 malloc memory faild.; _appmngr_readFromDatabase:2563 "
-     "appmngr_file_alloc failed"
-     " | -1; _checkXml:452 no xml tag found.; _initLock:78 doc is null."
-     "; _appmngr_readFromDatabase:2585 Analyze database failed | -1; xmlp_xml2Tree:1842! ~ | -1; "
-     "xmlp_parse:1438! ~"
-     " | -1; xmlp_parse:1469! ~ | -1; xmlp_parse:1509! ~ | -1; xmlp_parse:1572! ~ | -1 ~"
-     " | -1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed ~"
-     " | -1; Allocate for g_appmngr_appDns.rule FAILED\n ~"
-     " | -1; appmngr_analyzeDbFile:2341 appmngr_xmlnode_handler failed ~ | -1; malloc error!\n"
-     "; _appmngr_sendMsgToKernel:2532 appdist Failed to initialize handle"
-     "; _appmngr_readFromDatabase:2601 send msg to kernel failed"
-     " | -1;  malloc mem eroor; _appmngr_sendMsgToKernel:2540 send db to kernel failed ~"
-     " | -1;  malloc mem eroor; _appmngr_sendMsgToKernel:2547 send db to kernel failed ~",
+     "appmngr_file_alloc failed | -1; _checkXml:452 no xml tag found.; _initLock:78 doc is null.; "
+     "_appmngr_readFromDatabase:2585 Analyze database failed | -1;xml2Tree:1842! ~ | "
+     "-1;parse:1438! ~ | -1;parse:1469! ~ | -1;parse:1509! ~ | -1;parse:1572! ~ | -1 ~ | -1; "
+     "appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed ~ | -1; Allocate for "
+     "g_appmngr_appDns.rule FAILED\n ~ | -1; appmngr_analyzeDbFile:2341 appmngr_xmlnode_handler "
+     "failed ~ | -1; malloc error!\n; _appmngr_sendMsgToKernel:2532 appdist Failed to initialize "
+     "handle; _appmngr_readFromDatabase:2601 send msg to kernel failed | -1;  malloc mem eroor; "
+     "_appmngr_sendMsgToKernel:2540 send db to kernel failed ~ | -1;  malloc mem eroor; "
+     "_appmngr_sendMsgToKernel:2547 send db to kernel failed ~",
      "0", 2}, /* of three buffers */
     {"priority load", apppri_database_init,
      "-1; apppri_DBResAlloc:1171 apppri file reinit failed.\r\n; apppri_readAppSortFromDB:1858 "
-     "DBResInit error."
-     "; apppri_database_init:2044 apppri_readAppSortFromDB failed."
-     " | -1; _checkXml:452 no xml tag found.; _initLock:78 doc is null."
-     "; apppri_analyzeDBFile:1105 xmlParseMemory error."
-     "; apppri_readAppSortFromDB:1876 apppri_analyzeDBFile error. ~ | -1; xmlp_xml2Tree:1842! ~"
-     " | -1; xmlp_parse:1438! ~ | -1; xmlp_parse:1509! ~ | -1; xmlp_parse:1572! ~"
-     " | -1; apppri_db_parseSortList:728 apppri_db_parseSort 0 FAILED\r\n"
-     "; apppri_db_parseAppSortDB:854 Proc forest FAILED; apppri_db_parseAll:903 "
-     "apppri_db_parseAppSortDB FAILED"
-     "; apppri_analyzeDBFile:1139 apppri_db_parseAll FAILED ~"
-     " | -1; apppri_db_parseApp:395 l_app_pool alloc error.; apppri_db_parseAppList:529 "
-     "apppri_db_parseApp error."
-     "; apppri_db_parseSort:678 apppri_db_parseAppList error! ~"
-     " | -1; apppri_db_parseApp:412 l_app_pool alloc error. ~"
-     " | -1; apppri_sendMsgToKernel:1438 g_appPriTbl mem malloc error."
-     "; apppri_database_init:2050 apppri_sendMsgToKernel failed."
-     " | -1; malloc error!\n[apppri_db_error](apppri_sendMsgToKernel) 1452: "
-     "appdist Failed to initialize handle\n\r\n ~"
-     " | -1;  malloc mem eroor; apppri_sendMsgToKernel:1459 send db to kernel failed\r\n ~",
+     "DBResInit error.; apppri_database_init:2044 apppri_readAppSortFromDB failed. | -1; "
+     "_checkXml:452 no xml tag found.; _initLock:78 doc is null.; apppri_analyzeDBFile:1105 "
+     "xmlParseMemory error.; apppri_readAppSortFromDB:1876 apppri_analyzeDBFile error. ~ | "
+     "-1;xml2Tree:1842! ~ | -1;parse:1438! ~ | -1;parse:1509! ~ | -1;parse:1572! ~ | -1; "
+     "apppri_db_parseSortList:728 apppri_db_parseSort 0 FAILED\r\n; apppri_db_parseAppSortDB:854 "
+     "Proc forest FAILED; apppri_db_parseAll:903 apppri_db_parseAppSortDB FAILED; "
+     "apppri_analyzeDBFile:1139 apppri_db_parseAll FAILED ~ | -1; apppri_db_parseApp:395 "
+     "l_app_pool alloc error.; apppri_db_parseAppList:529 apppri_db_parseApp error.; "
+     "apppri_db_parseSort:678 apppri_db_parseAppList error! ~ | -1; apppri_db_parseApp:412 "
+     "l_app_pool alloc error. ~ | -1; apppri_sendMsgToKernel:1438 g_appPriTbl mem malloc error.; "
+     "apppri_database_init:2050 apppri_sendMsgToKernel failed. | -1; malloc "
+     "error!\n[apppri_db_error](apppri_sendMsgToKernel) 1452: appdist Failed to initialize "
+     "handle\n\r\n ~ | -1;  malloc mem eroor; apppri_sendMsgToKernel:1459 send db to kernel "
+     "failed\r\n ~",
      "0", 3}, /* of the document */
     {"container", writeContainer,
-     "-1; file index:0\r\n; appmngr_db_writeAppDbFromDatabase:2753 alloc memory fail"
-     " | -1; file index:0\r\nfile index:1\r\n; apppri_DBResAlloc:1171 apppri file reinit "
-     "failed.\r\n"
-     "; apppri_writeApppriDbFromDatabase:1906 DBResInit error.",
-     "0; file index:0\r\nfile index:1\r\n"
-     "dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1.\r\n"},
+     "-1; file index:0\r\n; appmngr_db_writeAppDbFromDatabase:2753 alloc memory fail | -1; file "
+     "index:0\r\nfile index:1\r\n; apppri_DBResAlloc:1171 apppri file reinit failed.\r\n; "
+     "apppri_writeApppriDbFromDatabase:1906 DBResInit error.",
+     "0; file index:0\r\nfile index:1\r\ndbMemSize 65536, 65536, appmapSize 4096, "
+     "appprioRuleMaxNum 1.\r\n"},
 };
 
 TEST(Allocation, EachFailsInItsTurn)

@@ -192,7 +192,7 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
     appmngr_setHandlerInfo(shorter);
     EXPECT_EQ(appmngr_getHandlerInfo(), shorter);
     appmngr_setHandlerInfo(nullptr);
-    const std::string null = "; xmlp_getChildNode:983 parent is null.",
+    const std::string null = ";getChildNode:983 parent is null.",
                       printed = captured([] {
                           EXPECT_EQ(appmngr_childnode_handler(nullptr, 0) +
                                         appmngr_xmlnode_handler(nullptr, 0) +

@@ -21,5 +21,5 @@ std::string lines(const std::string &printed)
         text += any.empty() ? "" : "; ";
         text += isDiagnostic ? std::regex_replace(any, diagnostic, "$1$4$7:$2$5$8 $3$6$9") : any;
     }
-    return edit(text, " malloc failed\\.", "!");
+    return edit(edit(text, " malloc failed\\.", "!"), "; xmlp_", ";");
 }

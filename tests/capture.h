@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <thread>
 
 /* What action prints on standard output. */
 template <typename Action> std::string captured(Action action)
@@ -25,24 +26,17 @@ template <typename Action> std::string captured(Action action)
 /* The same for an action that runs on a stack of 256 KiB. */
 template <typename Action> std::string capturedOnSmallStack(Action action)
 {
-    return captured([&] {
-        const auto run = [](void *call) -> void * {
-            return (*static_cast<Action *>(call))(), call;
-        };
-        pthread_t thread;
-        pthread_attr_t attributes;
-        pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, 256 * 1024);
-        ASSERT_EQ(pthread_create(&thread, &attributes, run, &action), 0);
-        pthread_join(thread, nullptr);
-        pthread_attr_destroy(&attributes);
-    });
+    pthread_attr_t small;
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, 256 * 1024);
+    pthread_setattr_default_np(&small);
+    return captured([&] { std::thread(action).join(); });
 }
 
 /*
  * What is printed, to the character: a diagnostic in the form and with the line end of its module,
  * which the function's name tells, as "; function:line text"; what stands between them as it is,
- * behind "; ". "!" is short for " malloc failed.".
+ * behind "; ". "!" is short for " malloc failed." and ";" for "; xmlp_".
  */
 std::string lines(const std::string &printed);
 
@@ -56,6 +50,22 @@ inline std::string repeated(size_t count, const std::string &text)
         all += text;
     }
     return all;
+}
+
+/* The bytes with others from the offset on. */
+inline std::string patched(std::string bytes, size_t offset, const std::string &to)
+{
+    return bytes.replace(offset, to.size(), to);
+}
+
+/* Cannot be compressed to less than its bits. */
+inline std::string noise(size_t size, uint32_t alphabet = 256)
+{
+    std::mt19937 random;
+    std::string bytes(size, '\0');
+    std::generate(bytes.begin(), bytes.end(),
+                  [&] { return static_cast<char>(random() % alphabet); });
+    return bytes;
 }
 
 /* All bytes of a file. */

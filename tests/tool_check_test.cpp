@@ -33,11 +33,6 @@ static std::string image(const std::string &text, const std::string &priorities 
     return file;
 }
 
-static std::string patched(std::string bytes, size_t offset, const std::string &to)
-{
-    return bytes.replace(offset, to.size(), to);
-}
-
 // An update file with the application database.
 static std::string update(uint32_t version = 0x010200, uint32_t magic = 0x04000001,
                           uint32_t reserved = 0)

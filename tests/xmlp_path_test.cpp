@@ -130,8 +130,7 @@ TEST(XmlpPath, everyOperationRefusesInTheSameOrder)
             const char *message = nullptr;
             std::tie(kind, p, mode, message) = refusals[i];
             SCOPED_TRACE(c.name + std::string(message));
-            const std::string line =
-                std::string("; xmlp_") + c.name + ":" + shown(c.lines[i]) + message;
+            const std::string line = std::string(";") + c.name + ":" + shown(c.lines[i]) + message;
             if (c.lines[i] != 0) {
                 EXPECT_EQ(outcomesOf("<l><item>A</item></l>", kind, c.call).success,
                           c.refused + (c.lines[i] != silent ? line : ""));
@@ -168,108 +167,98 @@ const char *const five = R"(<l><item a="0">A</item><item a="1">B</item><item a="
 const Case cases[] = {
     {"<a><b/></a>", DO(isExist, "/a/b"), "1"},
     {"<a><b/></a>", DO(isExist, "a"), "0"},
-    {"<a/>", DO(isExist, "/a/"), "0; xmlp_getChildNodeByName:1031 invalid params."},
-    {"<a>&lt;</a>", DO(getValue, "/a"), "1 <",
-     "1 null; xmlp_getValue:440! | 1 null; xmlp_getValue:448!"},
+    {"<a/>", DO(isExist, "/a/"), "0;getChildNodeByName:1031 invalid params."},
+    {"<a>&lt;</a>", DO(getValue, "/a"), "1 <", "1 null;getValue:440! | 1 null;getValue:448!"},
     {"<a/>", DO(getValue, "/a"), "1 none"},
-    {"<a><b/></a>", DO(getValue, "/a"), "1 null; xmlp_getValue:433 error node type."},
-    {"<a/>", DO(setValue, "/a", "x", 1), "-1; xmlp_setValue:502 error node type."},
-    {"<a>x</a>", DO(setValue, "/a", "y<", 2), "0; <a>y&lt;</a>", "-1; xmlp_setNodeValue:1231!"},
+    {"<a><b/></a>", DO(getValue, "/a"), "1 null;getValue:433 error node type."},
+    {"<a/>", DO(setValue, "/a", "x", 1), "-1;setValue:502 error node type."},
+    {"<a>x</a>", DO(setValue, "/a", "y<", 2), "0; <a>y&lt;</a>", "-1;setNodeValue:1231!"},
     {"<a>x</a>", DO(setValue, "/a", nullptr, 0), "0; <a/>"},
-    {"<a/>", DO(setName, "/a", "a"), "-1; xmlp_setNodeName:1173 node name existed."},
+    {"<a/>", DO(setName, "/a", "a"), "-1;setNodeName:1173 node name existed."},
     {"<l><item><b/></item><item/></l>", DO(setName, "/l/item", "n"), "0; <l><n><b/></n><item/></l>",
-     "-1; xmlp_setNodeName:1181!"},
+     "-1;setNodeName:1181!"},
     {"<a><b/></a>", DO(add, "/a", 0, "n", &values[1], attrs, 2),
      R"(0; <a><n a="1" b="">&lt;</n><b/></a>)",
-     "-1; xmlp_initNode:827! | -1; xmlp_setNodeName:1181! | -1; xmlp_setNodeValue:1231! | -1; "
-     "xmlp_addNodeAttr:1314! | "
-     "-1; xmlp_addNodeAttr:1320! | -1; xmlp_addNodeAttr:1331! | -1; xmlp_addNodeAttr:1363! | -1; "
-     "xmlp_addNodeAttr:1369!"},
+     "-1;initNode:827! | -1;setNodeName:1181! | -1;setNodeValue:1231! | -1;addNodeAttr:1314! | "
+     "-1;addNodeAttr:1320! | -1;addNodeAttr:1331! | -1;addNodeAttr:1363! | -1;addNodeAttr:1369!"},
     {"<a><b/><c/></a>", DO(add, "/a", 2, "n", nullptr, attrs, 0), "0; <a><b/><c/><n/></a>"},
     {"<a><b/></a>", DO(add, "/a", XMLP_LAST, "n", &empty, attrs, 0), "0; <a><b/><n/></a>"},
-    {"<a/>", DO(add, "/a", 2, "n", nullptr, attrs, 0),
-     "-1; xmlp_addChildNode:1082 child[1] not found."},
+    {"<a/>", DO(add, "/a", 2, "n", nullptr, attrs, 0), "-1;addChildNode:1082 child[1] not found."},
     {"<a/>", /* a structure, from then on */
      [](XmlpDoc *d) {
          return shown(xmlp_add(d, "/a", 0, "", nullptr, attrs, 0) && xmlp_isItemExist(d, "/a", 0));
      },
-     "0; xmlp_setNodeName:1162 invalid params.; xmlp_isItemExist:945 error node type."},
-    {"<a/>", DO(add, "/a", 0, "n", nullptr, attrs, 3),
-     "-1; xmlp_addNodeAttr:1350 attribute existed."},
-    {"<a>x</a>", DO(add, "/a", 0, "n", nullptr, attrs, 0), "-1; xmlp_add:601 error node type."},
-    {"<a/>", DO(add, "/a", 0, "n", nullptr, nullptr, 1), "-1; xmlp_add:579 invalid params."},
+     "0;setNodeName:1162 invalid params.;isItemExist:945 error node type."},
+    {"<a/>", DO(add, "/a", 0, "n", nullptr, attrs, 3), "-1;addNodeAttr:1350 attribute existed."},
+    {"<a>x</a>", DO(add, "/a", 0, "n", nullptr, attrs, 0), "-1;add:601 error node type."},
+    {"<a/>", DO(add, "/a", 0, "n", nullptr, nullptr, 1), "-1;add:579 invalid params."},
     {"<a><b/><b/></a>", DO(getChildCount, "/a"), "2"},
-    {"<a><b/></a>", DO(delete, "/"), "-1; xmlp_delete:739 not allow to delete root node."},
+    {"<a><b/></a>", DO(delete, "/"), "-1;delete:739 not allow to delete root node."},
     {"<a><bc/><b><c/></b><d/></a>", DO(delete, "/a/b"), "0; <a><bc/><d/></a>"},
     {R"(<a b="1"/>)", DO(setAttr, "/a", &attrs[1]), R"(0; <a b=""/>)"},
     {R"(<a b="1"/>)", DO(addAttr, "/a", &attrs[0]), R"(0; <a b="1" a="1"/>)",
-     "-1; xmlp_addNodeAttr:1363! | -1; xmlp_addNodeAttr:1369! | -1; xmlp_addNodeAttr:1380!"},
+     "-1;addNodeAttr:1363! | -1;addNodeAttr:1369! | -1;addNodeAttr:1380!"},
     {R"(<a b="1" bc="2" d="3"/>)", DO(deleteAttr, "/a", "bc"), R"(0; <a b="1" d="3"/>)"},
-    {"<a/>", DO(deleteAttr, "/a", nullptr), "-1; xmlp_deleteAttr:891 invalid params."},
+    {"<a/>", DO(deleteAttr, "/a", nullptr), "-1;deleteAttr:891 invalid params."},
 
     {two, DO(isItemExist, "/l", 1), "1"},
     {two, DO(isItemExist, "/l", XMLP_LAST), "0"},
 
     {five, DO(getItemValue, "/l", 0, some, 3, out), "3 B C D",
-     "0 null; xmlp_getItemValue:1027! | 0; xmlp_getItemValue:1039! | 1 B; xmlp_getItemValue:1061! "
-     "| 2 B C ~"},
+     "0 null;getItemValue:1027! | 0;getItemValue:1039! | 1 B;getItemValue:1061! | 2 B "
+     "C;getItemValue:1061!"},
     {five, DO(getItemValue, "/l", 1, some, 3, out), "3 B D none",
-     "0 null; xmlp_getItemValue:1027! | 0; xmlp_getItemValue:1039! | 1 B; xmlp_getItemValue:1088!"},
+     "0 null;getItemValue:1027! | 0;getItemValue:1039! | 1 B;getItemValue:1088!"},
     {five, DO(getItemValue, "/l", 1, twice, 2, out), "0 null; _checkOrder:255 error order in pos."},
-    {five, DO(getItemValue, "/l", 0, last, 2, out),
-     "0 null; xmlp_getItemValue:1021 pos over range."},
+    {five, DO(getItemValue, "/l", 0, last, 2, out), "0 null;getItemValue:1021 pos over range."},
 
     {five, DO(getItemValueByAttr, "/l", &attrs[0], 1, out), "4 B C D none",
-     "1 null; xmlp_getItemValueByAttr:1947! | 1 null; xmlp_getItemValueByAttr:1968!"},
+     "1 null;getItemValueByAttr:1947! | 1 null;getItemValueByAttr:1968!"},
     {five, DO(getItemValueByAttr, "/l", attrs, 2, out), "1 C"},
     {five, DO(getItemValueByAttr, "/l", &attrs[2], 1, out), "0 null"},
     {five, DO(getItemValueByAttr, "/l", attrs, 0, out),
-     "1 null; xmlp_getItemValueByAttr:1908 invalid params."},
+     "1 null;getItemValueByAttr:1908 invalid params."},
 
     {two, DO(setItemValue, "/l", 0, values, first, 2), "2; <l><item>P</item><item>&lt;</item></l>",
-     "0; xmlp_setNodeValue:1231! | 1; xmlp_setNodeValue:1231!; "
-     "<l><item>P</item><item>B</item></l>"},
+     "0;setNodeValue:1231! | 1;setNodeValue:1231!; <l><item>P</item><item>B</item></l>"},
     {parent, DO(setItemValue, "/l", 0, values, first, 3),
-     "1; xmlp_setNodeValue:1222 pNode is not leaf node.; "
+     "1;setNodeValue:1222 pNode is not leaf node.; "
      "<l><item>P</item><item><x/></item><item>C</item></l>"},
 
     {"<l/>", DO(addItem, "/l", items, XMLP_LAST, 2), R"(2; <l><item a="1">P</item><item/></l>)",
-     "0; xmlp_initNode:827! | 0; _item2Node:212! | 0; xmlp_addNodeAttr:1314! | 0; "
-     "xmlp_addNodeAttr:1320! | "
-     "0; xmlp_addNodeAttr:1331! | 1; xmlp_initNode:827!; <l><item a=\"1\">P</item></l>"},
+     "0;initNode:827! | 0; _item2Node:212! | 0;addNodeAttr:1314! | 0;addNodeAttr:1320! | "
+     "0;addNodeAttr:1331! | 1;initNode:827!; <l><item a=\"1\">P</item></l>"},
     {two, DO(addItem, "/l", items, 1, 2),
      R"(2; <l><item>A</item><item a="1">P</item><item/><item>B</item></l>)"},
-    {"<l/>", DO(addItem, "/l", items, 1, 1), "0; xmlp_addItem:1300 pos over range."},
-    {"<a>x</a>", DO(addItem, "/a", items, 0, 1), "0; xmlp_addItem:1259 error node type."},
-    {"<l/>", DO(addItem, "/l", noAttrs, 0, 2), "0; xmlp_addItem:1237 invalid params."},
-    {"<l/>", DO(addItem, "/l", nullptr, 0, 1), "0; xmlp_addItem:1237 invalid params."},
+    {"<l/>", DO(addItem, "/l", items, 1, 1), "0;addItem:1300 pos over range."},
+    {"<a>x</a>", DO(addItem, "/a", items, 0, 1), "0;addItem:1259 error node type."},
+    {"<l/>", DO(addItem, "/l", noAttrs, 0, 2), "0;addItem:1237 invalid params."},
+    {"<l/>", DO(addItem, "/l", nullptr, 0, 1), "0;addItem:1237 invalid params."},
 
     {five, DO(deleteItem, "/l", 1, some, 3),
      R"(0; <l><item a="0">A</item><item a="1" b="">C</item></l>)"},
     {parent, DO(deleteItem, "/l", 0, first, 3),
-     "0; xmlp_delNode:1624 invalid params.; <l><item><x/></item></l>"},
+     "0;delNode:1624 invalid params.; <l><item><x/></item></l>"},
     {two, DO(deleteItem, "/l", 0, last, 0), "0; <l/>"},
     {parent, DO(deleteItem, "/l", 0, last, 1),
-     "-1; xmlp_delNode:1624 invalid params.; <l><item><x/></item><item>C</item></l>"},
+     "-1;delNode:1624 invalid params.; <l><item><x/></item><item>C</item></l>"},
     {two, DO(deleteItem, "/l", 1, last, 0), "-1"},
-    {two, DO(deleteItem, "/l", 1, first, 0), "-1; xmlp_deleteItem:1351 invalid params."},
-    {"<l/>", DO(deleteItem, "/l", 0, first, 0), "-1; xmlp_deleteItem:1411 pos over range."},
+    {two, DO(deleteItem, "/l", 1, first, 0), "-1;deleteItem:1351 invalid params."},
+    {"<l/>", DO(deleteItem, "/l", 0, first, 0), "-1;deleteItem:1411 pos over range."},
     {two, DO(deleteItem, "/l", 0, first, 0), "0"},
     {five, DO(deleteItem, "/l", 0, &some[2], 0), "0"},
 
-    {five, DO(getAttr, "/l/item", got), "0; a=0", "-1; xmlp_getNodeAttr:1549!"},
+    {five, DO(getAttr, "/l/item", got), "0; a=0", "-1;getNodeAttr:1549!"},
     {five, DO(getItemAttr, "/l", 0, got, some, 2), "2; a=1; b"},
-    {five, DO(getItemAttr, "/l", 1, got, some, 2),
-     "1; xmlp_getNodeAttr:1558 attribute not exist.; a=1"},
-    {five, DO(setItemAttr, "/l", 1, attrs, some, 2),
-     "1; xmlp_setNodeAttr:1511 attribute not exist.", "0; xmlp_setNodeAttr:1497!"},
+    {five, DO(getItemAttr, "/l", 1, got, some, 2), "1;getNodeAttr:1558 attribute not exist.; a=1"},
+    {five, DO(setItemAttr, "/l", 1, attrs, some, 2), "1;setNodeAttr:1511 attribute not exist.",
+     "0;setNodeAttr:1497!"},
     {two, DO(addItemAttr, "/l", 0, attrs, first, 2),
      R"(2; <l><item a="1">A</item><item b="">B</item></l>)"},
     {two, DO(addItemAttr, "/l", 0, attrs, last, 1), "0"},
     {five, DO(deleteItemAttr, "/l", 1, "a", some, 3),
      R"(3; <l><item a="0">A</item><item>B</item><item a="1" b="">C</item><item>D</item><item/></l>)"},
-    {two, DO(deleteItemAttr, "/l", 0, nullptr, first, 1),
-     "0; xmlp_deleteItemAttr:1796 invalid params."},
+    {two, DO(deleteItemAttr, "/l", 0, nullptr, first, 1), "0;deleteItemAttr:1796 invalid params."},
 };
 
 TEST(XmlpPath, operationsDoWhatWasAskedFor)

@@ -4,8 +4,6 @@
  */
 #include "tests/document.h"
 
-#include <thread>
-
 static void parseEditAndSerialize()
 {
     char name[] = "id", value[] = "2";

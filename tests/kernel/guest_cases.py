@@ -7,11 +7,12 @@ import os
 import pathlib
 import shlex
 import shutil
+import socket
+import struct
 import subprocess
 import sys
+import xml.etree.ElementTree as ElementTree
 from dataclasses import dataclass
-
-from expected_messages import messages, received_datagrams
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 GUEST = PROJECT / "guest"
@@ -42,7 +43,6 @@ class Case:
 
 
 MODULE = {
-    "absent": "",
     "refuses": "insmod /tarn_sink.ko refuse=1",
     "answers": "rmmod tarn_sink; insmod /tarn_sink.ko refuse=2",  # by an error
     "receives": "rmmod tarn_sink; insmod /tarn_sink.ko",
@@ -83,15 +83,9 @@ CASES = [
     # The socket takes datagrams of up to 425,952 bytes; 714 rules make 425,608.
     Case("largest_rule_table", LOADER, image=database(714, 2), received=(19, 21)),
     Case("rule_table_beyond_a_datagram", LOADER, TOO_LONG, image=database(715, 2)),
-    Case("no_module", LOADER, ABSENT, received=None, module="absent"),
-    Case("refused", LOADER, REFUSED, module="refuses"),
     Case("priority", f"{REPEAT} priority 1 1", all_of(""), received=(20,)),
-    Case("processes_in_a_row",
-         f"sh -c 'for load in $(seq 50); do {LOADER} $0; echo $?; done | sort | uniq -c'",
-         "     50 0\n", received=None),
     Case("loads_in_a_row", f"{REPEAT} application 1000 1", all_of(""), received=None),
-    Case("refused_loads_in_a_row", f"{REPEAT} application 100 1", all_of(REFUSED), received=None,
-         module="refuses"),
+    Case("refused_load", LOADER, REFUSED, module="refuses"),
     Case("changing_file", f"{REPEAT} application 300 4", all_of("", DAMAGED, EMPTY, GONE),
          received=None,
          meanwhile="f=changing_file.img; echo tail >>$f; truncate -s 18 $f; cat load.img >$f;"
@@ -101,6 +95,86 @@ CASES = [
          meanwhile="insmod /tarn_sink.ko refuse=1; rmmod tarn_sink; insmod /tarn_sink.ko;"
                    "rmmod tarn_sink"),
 ]
+
+
+# What the kernel must receive, worked out from the XML texts, and what it did receive.
+# Little-endian, as the guest is. type, flags, sequence, port id; op, count, record size.
+HEAD = struct.Struct("<IHHII HxxII36x")
+# netlink protocol, port id, length, as the module writes them before a datagram.
+DATAGRAM = struct.Struct("<III")
+# appId, sip, dip, sport, dport, proto; a feature block for each direction follows.
+TUPLE = struct.Struct("<I4s4sHHB3x")
+# enable, start, end, minlength, dpiType, dpiCode
+FEATURES = struct.Struct("<iiii16s256s")
+# appId, keyword
+KEYWORD = struct.Struct("<I16s")
+
+PROTOCOL_NUMBERS = {"tcp": 6, "udp": 17, "icmp": 1}
+
+
+def cut(element, path, size):
+    """The element's text, as it lies in a field of that size."""
+    return (element.findtext(path) or "").encode()[: size - 1]
+
+
+def features(rule, direction):
+    names = ("enable", "segment/start", "segment/end", "minlength")
+    numbers = [int(rule.findtext(f"{direction}/{name}") or 0) for name in names]
+    return FEATURES.pack(*numbers, cut(rule, f"{direction}/dpiType", 16),
+                         cut(rule, f"{direction}/dpiCode", 256))
+
+
+def endpoint(text):
+    address, port = text.split(":")
+    return socket.inet_aton("0.0.0.0" if address == "0" else address), int(port)
+
+
+def rule_records(app):
+    for rule in app.iterfind("ruleList/rule"):
+        signatures = features(rule, "ori") + features(rule, "rep")
+        for element in rule.iterfind("tupleList/tuple"):
+            protocol, source, destination = element.text.split()
+            (sip, sport), (dip, dport) = endpoint(source), endpoint(destination)
+            number = PROTOCOL_NUMBERS[protocol.lower()]
+            yield TUPLE.pack(int(app.findtext("id")), sip, dip, sport, dport, number) + signatures
+
+
+def keyword_records(app):
+    for element in app.iterfind("dnsKwList/dnsKw"):
+        yield KEYWORD.pack(int(app.findtext("id")), cut(element, ".", 16))
+
+
+def map_records(sorts):
+    """One byte for each application id: the priority of the last sort that lists it."""
+    priorities = [b"\0"] * 4096
+    for sort in sorts:
+        for app in sort.iterfind("appList/app"):
+            priorities[int(app.findtext("appId"))] = bytes([int(sort.findtext("prio")) & 0xFF])
+    return priorities
+
+
+def messages(xml, priority_xml, port_id):
+    """The message of each type that there are records for, whether or not it can be sent."""
+    apps = ElementTree.fromstring(xml).findall("appList/app")
+    records_of = {
+        19: [record for app in apps for record in rule_records(app)],
+        20: map_records(ElementTree.fromstring(priority_xml).findall("sortList/sort")),
+        21: [record for app in apps for record in keyword_records(app)],
+    }
+    return {kind: HEAD.pack(HEAD.size + len(b"".join(records)), kind, 1, 0, port_id, 0,
+                            len(records), len(records[0])) + b"".join(records)
+            for kind, records in records_of.items() if records}
+
+
+def received_datagrams(path):
+    """(protocol, sender's port id, bytes) of each, from the file that the guest's module filled."""
+    data, datagrams = path.read_bytes(), []
+    while data:
+        protocol, port_id, size = DATAGRAM.unpack_from(data)
+        end = DATAGRAM.size + size
+        datagrams.append((protocol, port_id, data[DATAGRAM.size : end]))
+        data = data[end:]
+    return datagrams
 
 
 def write_payload(payload, packer, programs):
