@@ -191,12 +191,18 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
     }
     appmngr_setHandlerInfo(shorter);
     EXPECT_EQ(appmngr_getHandlerInfo(), shorter);
+    const Document doc = loaded("<b>1</b>", 1);
+    EXPECT_EQ(appmngr_childnode_handler(doc->tree->root->firstChild, 5), 0);
+    EXPECT_EQ(called.substr(called.size() - 2), "b5");
     appmngr_setHandlerInfo(nullptr);
+    EXPECT_EQ(captured([&] { appmngr_childnode_handler(doc->tree->root->firstChild, 0); }),
+              "[Error](appmngr_childnode_handler) 1894: Null pHandlerInfo\n");
     const std::string null = ";getChildNode:983 parent is null.",
                       printed = captured([] {
                           EXPECT_EQ(appmngr_childnode_handler(nullptr, 0) +
                                         appmngr_xmlnode_handler(nullptr, 0) +
-                                        appmngr_parseThroughXML("root", nullptr),
+                                        appmngr_parseThroughXML("root", nullptr) +
+                                        appmngr_parseThroughXML(nullptr, nullptr),
                                     0);
                       });
     EXPECT_EQ(lines(printed), null + null);
