@@ -6,11 +6,6 @@
 #include "loader/loader.h"
 #include "tests/document.h"
 
-static std::string element(const std::string &name, const std::string &content)
-{
-    return "<" + name + ">" + content + "</" + name + ">";
-}
-
 const std::string types = "<appTypeList><appType><id>1</id><name>chat</name></appType>"
                           "<appType><id>40</id><name>video</name></appType></appTypeList>";
 const std::string keyword = "<dnsKwList><dnsKw>k</dnsKw></dnsKwList>";
@@ -18,18 +13,18 @@ const std::string tooLong(512, '1'); // for a value
 
 static std::string rule(const std::string &tuple = "tcp 0:0 0:0", const std::string &more = "")
 {
-    return element("rule", element("tupleList", element("tuple", tuple)) + more);
+    return in("rule", in("tupleList", in("tuple", tuple)) + more);
 }
 
 // An application: what is given, and one rule that loads.
 static std::string application(const std::string &content, const std::string &rules = "")
 {
-    return element("app", content + element("ruleList", rules + rule()));
+    return in("app", content + in("ruleList", rules + rule()));
 }
 
 static std::string database(const std::string &applications)
 {
-    return element("AppDB", element("appList", applications) + types);
+    return in("AppDB", in("appList", applications) + types);
 }
 
 // Loads a text into cleared tables: the result, and the lines that it prints.
@@ -64,7 +59,7 @@ TEST(AppMngr, FillsTheTables)
     const std::string rules =
         rule("tcp 0:0 192.0.2.1:443</tuple><tuple>icmp 0:0 0:0</tuple>"
              "<tuple>UDP\t 192.0.2.2:70000 0:53",
-             element("ori", signature + "<dpiCode>a&lt;b</dpiCode>") + element("rep", signature));
+             in("ori", signature + "<dpiCode>a&lt;b</dpiCode>") + in("rep", signature));
     const std::string content =
         "<id>7</id><name>One</name><visible>1</visible><typeIdList>"
         "<typeId>40</typeId><typeId>1</typeId></typeIdList><dnsKwList>"
@@ -72,9 +67,9 @@ TEST(AppMngr, FillsTheTables)
     const std::string last = "<id>33</id><typeIdList><typeId>40</typeId></typeIdList>";
     std::string others; // more names than are remembered
     for (int i = 0; i < 1000; i++) {
-        others += element("x" + std::to_string(i), "1");
+        others += in("x" + std::to_string(i), "1");
     }
-    others += element("applist", application(content, rules) + application(last)) + types;
+    others += in("applist", application(content, rules) + application(last)) + types;
     EXPECT_EQ(load("\xEF\xBB\xBF<?xml version=\"1.0\"?><APPDB><ver>1.2.3-too-long</ver><proModel>"
                    "model</proModel><expired>2030-01-01</expired>" +
                    others + "</APPDB>"),
@@ -113,7 +108,7 @@ TEST(AppMngr, ReportsWhatItLeavesOut)
                               "udp 192.0.2.1:53 0:0:0", "tcp 0:0 host:0", "", tooLong.data()}) {
         faulty += rule(tuple, "<ori><enable>5</enable></ori>");
     }
-    const std::string content = "<id>7</id>" + element("id", tooLong) + "<typeId>2</typeId>";
+    const std::string content = "<id>7</id>" + in("id", tooLong) + "<typeId>2</typeId>";
     EXPECT_EQ(load("\xFE\xFF" + database(application(content, faulty))),
               "0; _appmngr_xmlnode_handler_typeid:1102 _appmngr_getAppTypeBydId FAILED"
               "; appmngr_string_makeSubStrByChar:453 Too many substrings to string provided \r"
@@ -211,9 +206,9 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
 TEST(AppMngr, RefusedDatabases)
 {
     // A type id that cannot be read ends the counting of its type's children.
-    const std::string unread = element("appType", element("id", tooLong) + "<id>1</id>");
-    const std::string list = element("appList", application(""));
-    EXPECT_EQ(load(element("AppDB", list + element("appTypeList", unread))),
+    const std::string unread = in("appType", in("id", tooLong) + "<id>1</id>");
+    const std::string list = in("appList", application(""));
+    EXPECT_EQ(load(in("AppDB", list + in("appTypeList", unread))),
               "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     EXPECT_EQ(appmngr_getAppById(1), nullptr);
     EXPECT_EQ(appmngr_analyzeDbFile(), -1); // without a text
@@ -221,8 +216,8 @@ TEST(AppMngr, RefusedDatabases)
     // The counts stay, without tables, and nobody looks for what they promise.
     const std::string features = rule("tcp 0:0 0:0", "<ori><enable>1</enable></ori>");
     const std::string text =
-        element("AppDB", element("appList", application(keyword, features)) +
-                             element("appTypeList", repeated(65, "<appType><id>1</id></appType>")));
+        in("AppDB", in("appList", application(keyword, features)) +
+                        in("appTypeList", repeated(65, "<appType><id>1</id></appType>")));
     EXPECT_EQ(load(text), "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     const std::string listed = captured(appmngr_showDb);
     EXPECT_NE(listed.find("Rule count:              2\n"), std::string::npos);
@@ -262,7 +257,7 @@ TEST(AppMngr, ElementsOutOfPlace)
         "<ori><tuple>bad</tuple><enable>1</enable></ori>";
     // A dotted name completes a counted path, and is never walked.
     const std::string list =
-        "<appList.app>y</appList.app>" + element("appList", application(keyword, rule() + rule()));
+        "<appList.app>y</appList.app>" + in("appList", application(keyword, rule() + rule()));
     EXPECT_EQ(load("\xFF\xFE<AppDB>" + extra + list + types + extra + extra + "</AppDB>"), "0");
     const appmngr_appDb &db = g_appmngr_appDb;
     EXPECT_TRUE(db.appCount == 2 && db.typeCount == 2 && db.ruleCount == 3);

@@ -9,15 +9,6 @@
 
 // ---- Texts -----------------------------------------------------------------------------
 
-// The elements of path, separated by slashes, inside one another.
-static std::string in(const std::string &path, const std::string &content)
-{
-    const size_t slash = path.find('/');
-    const std::string name = path.substr(0, slash);
-    const std::string inside = slash == path.npos ? content : in(path.substr(slash + 1), content);
-    return "<" + name + ">" + inside + "</" + name + ">";
-}
-
 static std::string app(int id, const std::string &name)
 {
     return in("app", in("appId", std::to_string(id)) + in("appName", name) + in("appType", "6"));

@@ -52,6 +52,15 @@ inline std::string repeated(size_t count, const std::string &text)
     return all;
 }
 
+/* The elements of path, separated by slashes, inside one another. */
+inline std::string in(const std::string &path, const std::string &content)
+{
+    const size_t slash = path.find('/');
+    const std::string name = path.substr(0, slash);
+    const std::string inside = slash == path.npos ? content : in(path.substr(slash + 1), content);
+    return "<" + name + ">" + inside + "</" + name + ">";
+}
+
 /* The bytes with others from the offset on. */
 inline std::string patched(std::string bytes, size_t offset, const std::string &to)
 {

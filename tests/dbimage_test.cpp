@@ -10,13 +10,13 @@ using Bytes = std::string;
 /* The key of sealed.bin, the example one. */
 const unsigned char key[] = {0x3c, 0x91, 0x5e, 0x07, 0xa2, 0xd4, 0x68, 0x1b};
 
-/* The result of the call, then what is printed. */
+/* The result of the call, then the lines that it prints. */
 template <typename Call, typename... Arguments>
 static std::string outcome(Call call, Arguments... arguments)
 {
     int result = 0;
     const std::string printed = captured([&] { result = call(arguments...); });
-    return std::to_string(result) + " " + printed;
+    return std::to_string(result) + lines(printed);
 }
 
 /* ---- DES, MD5 and sealing -------------------------------------------------------------- */
@@ -62,13 +62,13 @@ const uint32_t version127 = 0xff010207;
 TEST(Decrypt, ArgumentsAndLengths)
 {
     const Bytes file = databaseFile("8 bytes.", version127);
-    const std::string at = "[Error](appmngr_decrypt) ", lengths = at + "2653: invalid length: ";
+    const std::string at = "; appmngr_decrypt:", lengths = at + "2653 invalid length: ";
     const std::tuple<Bytes, uint32_t, uint32_t, std::string> rows[] = {
         {file, 40, 48, "1 24"},
         {file, 24, 48, "-4 24"},
-        {file, 16, 48, "-2 " + lengths + "srcLen = [16] *pDstlen = [48]\n48"},
-        {file, 40, 40, "-2 " + lengths + "srcLen = [40] *pDstlen = [40]\n40"},
-        {file, 40, 47, "-3 " + at + "2675: wexal_des_min_do failed: length = [0]\n47"},
+        {file, 16, 48, "-2" + lengths + "srcLen = [16] *pDstlen = [48] 48"},
+        {file, 40, 40, "-2" + lengths + "srcLen = [40] *pDstlen = [40] 40"},
+        {file, 40, 47, "-3" + at + "2675 wexal_des_min_do failed: length = [0] 47"},
         /* The digest is right, with zeros behind the bytes given: only the range can be wrong. */
         {encrypted(word(32) + Bytes(44, 0)), 56, 64, "1 48"},
         {encrypted(word(33) + Bytes(45, 0)), 56, 64, "-4 49"},
@@ -80,47 +80,45 @@ TEST(Decrypt, ArgumentsAndLengths)
         uint32_t length = room;
         const std::string result =
             outcome(appmngr_decrypt, out.data(), &length, input.data(), size);
-        EXPECT_EQ(result + std::to_string(length), expected);
+        EXPECT_EQ(result + " " + std::to_string(length), expected);
     }
     char out[48];
     uint32_t length = sizeof out;
-    const std::string invalid = "-1 " + at + "2646: Invalid param!\n";
+    const std::string invalid = "-1" + at + "2646 Invalid param!";
     EXPECT_EQ(outcome(appmngr_decrypt, nullptr, &length, file.data(), 40u), invalid);
     EXPECT_EQ(outcome(appmngr_decrypt, out, nullptr, file.data(), 40u), invalid);
     EXPECT_EQ(outcome(appmngr_decrypt, out, &length, nullptr, 40u), invalid);
 }
 
-const Bytes sizes = "dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1.\r\n";
+const Bytes sizes = "; dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1.\r\n";
 
 TEST(Writers, OfBothDatabases)
 {
     const auto app = appmngr_db_writeAppDbFromDatabase;
     const auto priority = apppri_writeApppriDbFromDatabase;
-    const std::string reserved = "Reserved value error: ";
+    const std::string reserved = " Reserved value error: ";
     const std::tuple<decltype(app), Bytes, int, std::string> rows[] = {
         {app, databaseFile("image", version127, 0x04000001), 0, ""},
-        {app, databaseFile("", 0x01fffe, 2), -8978,
-         "2783: AppDesc Invalid version: [1.255.254]!\n"},
-        {app, databaseFile("", version127, 0x04000002, 1), -8979, "2806: Magic code error!\n"},
+        {app, databaseFile("", 0x01fffe, 2), -8978, "2783 AppDesc Invalid version: [1.255.254]!"},
+        {app, databaseFile("", version127, 0x04000002, 1), -8979, "2806 Magic code error!"},
         {app, databaseFile("", version127, 0, 0x01010101), -8979,
-         "2815: " + reserved + "0, 16843009\n"},
+         "2815" + reserved + "0, 16843009"},
         {app, databaseFile(Bytes(65532, 'i'), version127), 0, ""},
         {app, databaseFile(Bytes(65533, 'i'), version127), -8991,
-         "2827: the app db file is too long:65537\n"},
-        {app, Bytes(40, 0), -8979, "2760: appmngr_decrypt failed\n"},
+         "2827 the app db file is too long:65537"},
+        {app, Bytes(40, 0), -8979, "2760 appmngr_decrypt failed"},
         {priority, databaseFile(Bytes(65496, 'i'), 0x090909, 0x04000001), 0, ""},
-        {priority, databaseFile("", 0, 0x04000002), -8979,
-         "1979: " + reserved + "67108866, 0\r\n\r\n"},
+        {priority, databaseFile("", 0, 0x04000002), -8979, "1979" + reserved + "67108866, 0\r\n"},
         {priority, databaseFile("", 0, 0, 0x01010101), -8979,
-         "1979: " + reserved + "0, 16843009\r\n\r\n"},
-        {priority, Bytes(40, 0), -8979, "1922: appmngr_decrypt FAILED\r\n\r\n"},
+         "1979" + reserved + "0, 16843009\r\n"},
+        {priority, Bytes(40, 0), -8979, "1922 appmngr_decrypt FAILED\r\n"},
     };
     for (const auto &[write, file, result, line] : rows) {
         const bool isApp = write == app;
         SCOPED_TRACE(testing::Message() << isApp << " " << result << " " << line);
-        const std::string always = std::to_string(result) + " " + (isApp ? "" : sizes);
-        const std::string at = isApp ? "[Error](appmngr_db_writeAppDbFromDatabase) "
-                                     : "[apppri_db_error](apppri_writeApppriDbFromDatabase) ";
+        const std::string always = std::to_string(result) + (isApp ? "" : sizes);
+        const std::string at =
+            isApp ? "; appmngr_db_writeAppDbFromDatabase:" : "; apppri_writeApppriDbFromDatabase:";
         char accepted[6] = "-----";
         const auto size = static_cast<uint32_t>(file.size());
         EXPECT_EQ(outcome(write, 0u, size, file.data(), accepted),
@@ -140,29 +138,27 @@ TEST(Writers, OfBothDatabases)
 
 TEST(Container, Faults)
 {
-    const std::string at = "[Error](appmngr_db_writeFromDatabase) ";
-    const std::string pastEnd = "-8980 " + at + "2903: FILESIZE ERROR\r\n";
-    const std::string bytesLeft = "-8980 " + at + "2913: FILESIZE ERROR\r\n";
-    const std::string otherCount = "-8981 " + at + "2919: FILENUM ERROR\r\n";
+    const std::string at = "; appmngr_db_writeFromDatabase:", number = " FILENUM ERROR\r";
+    const std::string pastEnd = "-8980" + at + "2903 FILESIZE ERROR\r";
+    const std::string bytesLeft = "-8980" + at + "2913 FILESIZE ERROR\r";
     const Bytes one = entry(1, "x"); /* of a type that is ignored */
     const std::pair<Bytes, std::string> rows[] = {
-        {digestOf(""), "-8980 "},
-        {container(0, Bytes(196600 - 16, 0)), "-8980 "},
-        {container(0, ""), "0 "},
-        {container(1, entry(1, Bytes(196600 - 17 - 8, 'x'))), "0 file index:0\r\n"},
-        {digestOf(one).replace(15, 1, "?") + "\1" + one, "-8979 " + at + "2873: MD5 error!\r\n"},
-        {container(17, one), "-8981 " + at + "2882: FILENUM ERROR\r\n"},
+        {digestOf(""), "-8980"},
+        {container(0, Bytes(196600 - 16, 0)), "-8980"},
+        {container(0, ""), "0"},
+        {container(1, entry(1, Bytes(196600 - 17 - 8, 'x'))), "0; file index:0\r\n"},
+        {digestOf(one).replace(15, 1, "?") + "\1" + one, "-8979" + at + "2873 MD5 error!\r"},
+        {container(17, one), "-8981" + at + "2882" + number},
         {container(1, "...." + word(2) + "x"), pastEnd},
         {container(1, "...." + word(0xfffffff8) + "x"), pastEnd},
         {container(1, one + "t"), bytesLeft},
         {container(1, one + entry(1, "")), bytesLeft},
-        {container(2, one), otherCount},
-        {container(16, repeated(17, one)), otherCount},
+        {container(2, one), "-8981" + at + "2919" + number},
+        {container(16, repeated(17, one)), "-8981" + at + "2919" + number},
         {container(2, entry(3, Bytes(16, 0)) + one),
-         "-8979 file index:0\r\n" + sizes +
-             "[Error](appmngr_decrypt) 2653: invalid length: srcLen = [16] *pDstlen = [65536]\n"
-             "[apppri_db_error](apppri_writeApppriDbFromDatabase) 1922: appmngr_decrypt FAILED\r\n"
-             "\r\n"},
+         "-8979; file index:0\r\n" + sizes.substr(2) +
+             "; appmngr_decrypt:2653 invalid length: srcLen = [16] *pDstlen = [65536]"
+             "; apppri_writeApppriDbFromDatabase:1922 appmngr_decrypt FAILED\r\n"},
     };
     for (const auto &[input, expected] : rows) {
         const auto length = static_cast<int32_t>(input.size());

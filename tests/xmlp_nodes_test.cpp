@@ -46,9 +46,10 @@ TEST(XmlpChars, Rules)
     }
 }
 
-TEST(XmlpNodes, RefusedNodesAndAttributes)
+TEST(XmlpNodes, Refusals)
 {
     char name[] = "a";
+    uint32_t length = 0;
     XmlpAttr nameless = {}, attr = {name, nullptr, nullptr};
     XmlpNode node = {}, owner = {};
     owner.attrs = &attr;
@@ -58,11 +59,13 @@ TEST(XmlpNodes, RefusedNodesAndAttributes)
             OF(918, xmlp_insNodeAfter(&node, nullptr)), OF(950, xmlp_insNodeBefore(nullptr, &node)),
             OF(1064, xmlp_addChildNode(&node, nullptr, 0)), OF(1624, xmlp_delNode(nullptr)),
             OF(1296, xmlp_addNodeAttr(nullptr, "a", "")), OF(1412, xmlp_delNodeAttr(&node, "")),
-            OF(1470, xmlp_setNodeAttr(&node, "", "")),
+            OF(1470, xmlp_setNodeAttr(&node, "", "")), OF(383, xmlp_nameCmp("", 0, nullptr)),
             OF(1532, xmlp_getNodeAttr(&node, nullptr, nullptr))});
     expect(0, "invalid params.",
-           {OF(1031, xmlp_getChildNodeByName(&node, "a", 0)),
-            OF(1579, xmlp_isNodeAttr(&node, nullptr, "")), OF(1871, xmlp_seekXml(nullptr, "/"))});
+           {OF(1031, xmlp_getChildNodeByName(&node, "a", 0)), OF(1871, xmlp_seekXml(nullptr, "/")),
+            OF(1579, xmlp_isNodeAttr(&node, nullptr, "")), OF(584, xmlp_transStr(nullptr, "", 0)),
+            OF(705, xmlp_unTransStr(nullptr, "", 0)), OF(363, xmlp_dumpDoc(nullptr, 1, &length)),
+            OF(1757, xmlp_tree2Xml(nullptr, 1, &length))});
     expect(0, "node is null.",
            {OF(1105, xmlp_getChildNodeCount(nullptr)), OF(1133, xmlp_getNodeAttrCount(nullptr))});
     expect(-1, "node is null.", {OF(1673, xmlp_delDtree(nullptr))});
@@ -83,22 +86,6 @@ TEST(XmlpNodes, RefusedNodesAndAttributes)
            {OF(1212, xmlp_setNodeValue(&node, nullptr, 1))});
     expect(-1, "value is not null but valueSize is 0.",
            {OF(1217, xmlp_setNodeValue(&node, "", 0))});
-    expect(0, "",
-           {OF(0, _hasChildName(nullptr, "a")), OF(0, _hasAttrName(&nameless, "a", 1)),
-            OF(0, xmlp_getNodeAttrCount(&owner) != 1), OF(0, _item2Node(&noAttrs))});
-}
-
-TEST(XmlpNodes, RefusedTextsAndDocuments)
-{
-    char text[] = "a";
-    uint32_t length = 0;
-    XmlpNode node = {};
-    expect(-1, "invalid params.", {OF(383, xmlp_nameCmp("", 0, nullptr))});
-    expect(0, "invalid params.",
-           {OF(584, xmlp_transStr(nullptr, "", 0)), OF(705, xmlp_unTransStr(nullptr, "", 0)),
-
-            OF(363, xmlp_dumpDoc(nullptr, 1, &length)),
-            OF(1757, xmlp_tree2Xml(nullptr, 1, &length))});
     expect(0, "buf is null.",
            {OF(421, xmlp_isValidChar(nullptr, 0)), OF(458, xmlp_isValidName(nullptr, 0)),
             OF(502, xmlp_isValidAttrValue(nullptr, 0)), OF(200, _tree2Xml(&node, nullptr)),
@@ -113,7 +100,9 @@ TEST(XmlpNodes, RefusedTextsAndDocuments)
             OF(143, (_unLock(nullptr), 0)), OF(168, (_destroyLock(nullptr), 0))});
     expect(-1, "", {OF(0, xmlp_nameCmp("app", 3, "apps")), OF(0, xmlp_nameCmp("ap\0x", 4, "ap"))});
     expect(0, "",
-           {OF(0, xmlp_unTransStr(text, "&amp;", 4)), OF(0, xmlp_unTransStrLen("&amp;", 4)),
+           {OF(0, _hasChildName(nullptr, "a")), OF(0, _hasAttrName(&nameless, "a", 1)),
+            OF(0, xmlp_getNodeAttrCount(&owner) != 1), OF(0, _item2Node(&noAttrs)),
+            OF(0, xmlp_unTransStr(name, "&amp;", 4)), OF(0, xmlp_unTransStrLen("&amp;", 4)),
             OF(0, _nodeLen(nullptr) + _treeLen(nullptr) + _formatLen(nullptr, 1) != 0),
-            OF(0, _tree2FormatXml(nullptr, _tree2Xml(nullptr, text), 0) != text)});
+            OF(0, _tree2FormatXml(nullptr, _tree2Xml(nullptr, name), 0) != name)});
 }
