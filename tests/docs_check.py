@@ -1,12 +1,11 @@
 #!/usr/bin/python3
-"""Runs the commands that a document shows: they must succeed, and print what it says, if it does.
-
-usage: docs_check.py DOCUMENT EXAMPLES PROGRAM
-
-Markdown: blocks fenced as "console". Manual pages: displays (".Bd" to ".Ed"). In both, a command
-follows "$ ", a here-document belongs to its command, and all else is output. The commands run one
-after the other in one scratch folder that holds the examples, a file notes.txt and a folder out.
-"""
+# Runs the commands that a document shows: they must succeed, and print what it says, if it does.
+#
+# usage: docs_check.py DOCUMENT EXAMPLES PROGRAM
+#
+# Markdown: blocks fenced as "console". Manual pages: displays (".Bd" to ".Ed"). In both, a command
+# follows "$ ", a here-document belongs to its command, and all else is output. The commands run one
+# after the other in one scratch folder that holds the examples, a file notes.txt and a folder out.
 
 import os
 import pathlib

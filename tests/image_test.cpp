@@ -25,8 +25,7 @@ static std::string readBack(const std::string &file)
 
 TEST(Image, IsRead)
 {
-    const std::string tooSmall =
-        "; _appmngr_readAppDb:2167 Size of buffer \"204800\" is too small.";
+    const std::string small = "; _appmngr_readAppDb:2167 Size of buffer \"204800\" is too small.";
     std::string text;
     for (int i = 0; i < 2000; i++) {
         text += std::to_string(i * 7919) + "<a>text</a>";
@@ -38,13 +37,13 @@ TEST(Image, IsRead)
     const std::pair<std::string, std::string> rows[] = {
         {whole, text},
         {half, text.substr(0, begun.size())},
-        {patched(whole, 5, "\xFF"), ""},                  // no properties
-        {patched(whole, 6, "\xFF\xFF\xFF\xFF"), text},    // asks for a dictionary of 4 GiB
-        {patched(whole, 0, {"\0\0\0\x0D", 4}), tooSmall}, // not even the properties
+        {patched(whole, 5, "\xFF"), ""},               // no properties
+        {patched(whole, 6, "\xFF\xFF\xFF\xFF"), text}, // asks for a dictionary of 4 GiB
+        {patched(whole, 0, {"\0\0\0\x0D", 4}), small}, // not even the properties
         {patched(whole, 0, {"\0\0\0\x0E", 4}), ""},
         {patched(whole, 0, "\xFF\xFF\xFF\xFF"), text}, // a length beyond the file
         {image(most), most},
-        {image(most + "x"), tooSmall},
+        {image(most + "x"), small},
     };
     int row = 0;
     for (const auto &[file, expected] : rows) {

@@ -5,8 +5,7 @@
 #include "tests/faults.h"
 #include "xmlp/xmlp_internal.h"
 
-const uint32_t isDynamic = 0;
-const uint32_t isStatic = 1;
+const uint32_t isDynamic = 0, isStatic = 1;
 
 /* ---- A call, and all that comes of it as one text ------------------------------------------ */
 
@@ -83,12 +82,11 @@ struct FrameCase {
 };
 
 static const char *p; /* where the calls go */
-static uint32_t mode;
-const uint32_t first[] = {0};
-const uint32_t at[] = {1};
+static uint32_t mode, ignored;
+const uint32_t first[] = {0}, at[] = {1}, last[] = {XMLP_LAST}, some[] = {1, 3, 4},
+               twice[] = {2, 2};
 const XmlpValue empty = {0, nullptr};
 const XmlpItem bare = {0, nullptr, 0, nullptr};
-static uint32_t ignored;
 
 const FrameCase frameCases[] = {
     {NAMED(isExist, p), "0", {388, 0, silent}},
@@ -148,12 +146,8 @@ struct Case {
     const char *failures = nullptr; /* while the first allocation fails, the second, ... */
 };
 
-const uint32_t last[] = {XMLP_LAST};
-const uint32_t some[] = {1, 3, 4};
-const uint32_t twice[] = {2, 2};
 static char one[] = "1";
-static unsigned char letter[] = "P";
-static unsigned char mark[] = "<";
+static unsigned char letter[] = "P", mark[] = "<";
 const XmlpAttrPair attrs[] = {{"a", one}, {"b", nullptr}, {"a", nullptr}};
 const XmlpValue values[] = {{1, letter}, {1, mark}, {0, nullptr}};
 const XmlpItem items[] = {{1, attrs, 1, letter}, bare};

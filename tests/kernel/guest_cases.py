@@ -1,7 +1,6 @@
-"""Runs the command line cases in one guest, and tells which had other results than they should.
-
-usage: guest_cases.py WORK KERNEL_DIR PACKER PROGRAM...
-"""
+# Runs the command line cases in one guest, and tells which had other results than they should.
+#
+# usage: guest_cases.py WORK KERNEL_DIR PACKER PROGRAM...
 
 import os
 import pathlib
@@ -20,8 +19,8 @@ EXAMPLE, SORTS = ((PROJECT / "examples" / name).read_text() for name in ("appdb.
 SKIPPED = 77
 
 
+# One application with so many rules and DNS keywords.
 def database(rules, keywords):
-    """One application with so many rules and DNS keywords."""
     return ("<AppDB><appList><app><id>7</id><name>seven</name>"
             "<typeIdList><typeId>1</typeId></typeIdList><ruleList><rule><tupleList>"
             + "<tuple>tcp 0:0 0:0</tuple>" * rules + "</tupleList></rule></ruleList><dnsKwList>"
@@ -29,10 +28,9 @@ def database(rules, keywords):
             "<appTypeList><appType><id>1</id><name>one</name></appType></appTypeList></AppDB>")
 
 
+# A command run in /payload; its last argument is its image.
 @dataclass
 class Case:
-    """A command run in /payload; its last argument is its image."""
-
     name: str
     command: str
     stdout: str = ""
@@ -70,8 +68,8 @@ REFUSED, TOO_LONG = (f"app netlink sendto fail, ret:-1\n{reason}\n"
                      for reason in ("Connection refused", "Message too long"))
 
 
+# What repeat_load prints when its loads had these outputs.
 def all_of(*outputs):
-    """What repeat_load prints when its loads had these outputs."""
     return "".join("--\n" + output for output in sorted(outputs))
 
 
@@ -112,8 +110,8 @@ KEYWORD = struct.Struct("<I16s")
 PROTOCOL_NUMBERS = {"tcp": 6, "udp": 17, "icmp": 1}
 
 
+# The element's text, as it lies in a field of that size.
 def cut(element, path, size):
-    """The element's text, as it lies in a field of that size."""
     return (element.findtext(path) or "").encode()[: size - 1]
 
 
@@ -144,8 +142,8 @@ def keyword_records(app):
         yield KEYWORD.pack(int(app.findtext("id")), cut(element, ".", 16))
 
 
+# One byte for each application id: the priority of the last sort that lists it.
 def map_records(sorts):
-    """One byte for each application id: the priority of the last sort that lists it."""
     priorities = [b"\0"] * 4096
     for sort in sorts:
         for app in sort.iterfind("appList/app"):
@@ -153,8 +151,8 @@ def map_records(sorts):
     return priorities
 
 
+# The message of each type that there are records for, whether or not it can be sent.
 def messages(xml, priority_xml, port_id):
-    """The message of each type that there are records for, whether or not it can be sent."""
     apps = ElementTree.fromstring(xml).findall("appList/app")
     records_of = {
         19: [record for app in apps for record in rule_records(app)],
@@ -166,8 +164,8 @@ def messages(xml, priority_xml, port_id):
             for kind, records in records_of.items() if records}
 
 
+# (protocol, sender's port id, bytes) of each, from the file that the guest's module filled.
 def received_datagrams(path):
-    """(protocol, sender's port id, bytes) of each, from the file that the guest's module filled."""
     data, datagrams = path.read_bytes(), []
     while data:
         protocol, port_id, size = DATAGRAM.unpack_from(data)
