@@ -10,8 +10,12 @@
 /* All that a text can say of a document. */
 inline std::string describe(const Document &doc)
 {
-    const auto *header = reinterpret_cast<const char *>(doc->tree->header);
-    return std::string(header, doc->tree->headerLen) + describe(nodesOf(doc)[0], false);
+    std::string all(reinterpret_cast<const char *>(doc->tree->header), doc->tree->headerLen);
+    const XmlpNode *child = nodesOf(doc)[0]->firstChild;
+    for (; child != nullptr; child = child->next) {
+        all += "[" + describe(child, false) + "]";
+    }
+    return all;
 }
 
 /* Whether the parser takes what the serializer writes for a node. */
