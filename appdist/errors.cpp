@@ -12,7 +12,7 @@ struct ErrorRow {
 };
 
 /* Indexed by code. */
-static const ErrorRow errors[] = {
+static constexpr ErrorRow errors[] = {
     {APPDIST_ERR_UNKNOWN, "Unknown error"},
     {APPDIST_ERR_IMPLEMENTATION, "Implementation error"},
     {APPDIST_ERR_CREATE_HANDLE, "Unable to create netlink handle"},
@@ -32,8 +32,19 @@ static const ErrorRow errors[] = {
     {APPDIST_ERR_PROTOCOL, "Invalid protocol specified"},
 };
 
-static const int32_t errorCount = sizeof errors / sizeof errors[0];
-static_assert(errorCount == APPDIST_ERR_PROTOCOL + 1, "a row for each code");
+static constexpr int32_t errorCount = sizeof errors / sizeof errors[0];
+
+static constexpr bool areInOrder()
+{
+    for (int32_t code = 0; code < errorCount; code++) {
+        if (errors[code].code != code) {
+            return false;
+        }
+    }
+    return errorCount == APPDIST_ERR_PROTOCOL + 1;
+}
+
+static_assert(areInOrder(), "a row for each code");
 
 const char *appdist_strerror(int32_t code)
 {

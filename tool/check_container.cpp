@@ -110,12 +110,9 @@ private:
         // A device decrypts into the buffer that the text is unpacked into later.
         uint32_t length = database.textLimit + 1;
         std::string plain(length, '\0');
-        int result = 0;
-        captureRun([&] {
-            result = appmngr_decrypt(plain.data(), &length, file.data, file.size);
-            return result;
-        });
-        if (result <= 0) {
+        const LoaderRun run = captureRun(
+            [&] { return appmngr_decrypt(plain.data(), &length, file.data, file.size); });
+        if (run.status <= 0) {
             report(Rule::FileDigest, subject_ + " of " + std::to_string(file.size) +
                                          " bytes cannot be decrypted, or its digest differs");
             return;

@@ -14,10 +14,9 @@
 namespace tool
 {
 
-RedirectedDiagnostics::RedirectedDiagnostics(int descriptor) : standardOutput_(-1)
+RedirectedDiagnostics::RedirectedDiagnostics(int descriptor) : standardOutput_(dup(STDOUT_FILENO))
 {
     fflush(stdout);
-    standardOutput_ = dup(STDOUT_FILENO);
     const bool redirected = standardOutput_ >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0;
     const std::string reason = std::strerror(errno);
     if (descriptor > STDERR_FILENO) {
