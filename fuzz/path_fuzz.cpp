@@ -57,7 +57,11 @@ static bool call(const Document &document, Input *input)
         [&] { return xmlp_isExist(doc, path) != (xmlp_seekXml(doc, path) != nullptr); },
         [&] { return drop(xmlp_getValue(doc, path), &count); },
         [&] { return xmlp_setValue(doc, path, bytes, size) == 0; },
-        [&] { return xmlp_setName(doc, path, name) == 0; },
+        [&] { // an item that is given a name of its own would keep it for ever
+            const XmlpNode *node = xmlp_seekXml(doc, path);
+            const bool isItem = node != nullptr && node->type == XMLP_NODE_ITEM;
+            return !isItem && xmlp_setName(doc, path, name) == 0;
+        },
         [&] { return xmlp_add(doc, path, at, name, size > 0 ? values : nullptr, pairs, n) == 0; },
         [&] { return xmlp_getChildCount(doc, path) > nodes.size(); },
         [&] { return xmlp_delete(doc, path) == 0; },

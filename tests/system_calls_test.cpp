@@ -26,14 +26,14 @@ static std::string outcome(Call call, Arguments... arguments)
     int result = 0;
     appdist_errno = 0;
     testing::internal::CaptureStderr();
-    const std::string printed = captured([&] {
+    std::string printed = captured([&] {
         errno = 0;
         result = call(arguments...);
         kernel.fault = {};
     });
+    printed += testing::internal::GetCapturedStderr(); // which holds a descriptor until now
     return std::to_string(result) + "/" + std::to_string(appdist_errno) + "/" +
-           std::to_string(held() - before) +
-           lines(printed + testing::internal::GetCapturedStderr());
+           std::to_string(held() - before) + lines(printed);
 }
 
 // ---- The channel -----------------------------------------------------------------------

@@ -84,10 +84,10 @@ static XmlpAttr *makeAttr(const char *name, const char *value, const AllocLines 
     if (attr != nullptr) {
         attr->name = _copyString(name, strlen(name));
         failed = attr->name != nullptr ? 0 : lines.name;
-    }
-    if (failed == 0 && value != nullptr) {
-        attr->value = _copyString(value, strlen(value));
-        failed = attr->value != nullptr ? 0 : lines.value;
+        if (attr->name != nullptr && value != nullptr) {
+            attr->value = _copyString(value, strlen(value));
+            failed = attr->value != nullptr ? 0 : lines.value;
+        }
     }
     if (failed != 0) {
         _freeAttrList(attr);

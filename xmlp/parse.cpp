@@ -166,7 +166,7 @@ XmlpDoc *xmlp_xml2Tree(const char *xmlBuf, uint32_t length, uint32_t isStatic)
 XmlpDoc *xmlp_loadDoc(const char *buffer, uint32_t length, uint32_t isStatic)
 {
     XmlpDoc *doc = xmlp_xml2Tree(buffer, length, isStatic);
-    if (_initLock(doc) != 0) {
+    if (_initLock(doc) != 0 || doc == nullptr) {
         free(doc);
         return nullptr;
     }
