@@ -71,12 +71,13 @@ TEST(AppMngr, FillsTheTables)
     }
     others += in("applist", application(content, rules) + application(last)) + types;
     EXPECT_EQ(load("\xEF\xBB\xBF<?xml version=\"1.0\"?><APPDB><ver>1.2.3-too-long</ver><proModel>"
-                   "model</proModel><expired>2030-01-01</expired>" +
+                   "a-model-with-thirty-two-letters-</proModel><expired>2030-01-01</expired>" +
                    others + "</APPDB>"),
               "0");
 
     const appmngr_appDb &db = g_appmngr_appDb;
-    EXPECT_EQ(std::string(db.ver) + db.proModel + db.expired, "1.2.3-too-lmodel2030-01-01");
+    EXPECT_EQ(std::string(db.ver) + db.proModel + db.expired,
+              "1.2.3-too-la-model-with-thirty-two-letters2030-01-01");
     const appmngr_app apps[] = {{7, 1, "One"}, {33, 0, ""}};
     expectRecords(g_appmngr_app, db.appCount, apps);
     const appmngr_appType filled[] = {{1, "chat", {1u << 7}}, {40, "video", {1u << 7, 1u << 1}}};
@@ -217,7 +218,7 @@ TEST(AppMngr, RefusedDatabases)
     const std::string features = rule("tcp 0:0 0:0", "<ori><enable>1</enable></ori>");
     const std::string text =
         in("AppDB", in("appList", application(keyword, features)) +
-                        in("appTypeList", repeated(65, "<appType><id>1</id></appType>")));
+                        in("appTypeList", in("appType", repeated(65, "<id>1</id>"))));
     EXPECT_EQ(load(text), "-1; appmngr_analyzeDbFile:2325 _appmngr_alloc_for_appdb failed");
     const std::string listed = captured(appmngr_showDb);
     EXPECT_NE(listed.find("Rule count:              2\n"), std::string::npos);

@@ -23,7 +23,8 @@ static std::string sort(int id, const std::string &name, int prio, const std::st
 static std::string db(int sortNum, int appNum, const std::string &sorts)
 {
     return in("AppSortDB", "<x/>" + in("sortNum", std::to_string(sortNum)) +
-                               in("appNum", std::to_string(appNum)) + in("sortList", sorts));
+                               in("appNum", std::to_string(appNum)) + "<appNum/>" +
+                               in("sortList", sorts));
 }
 
 const std::string huge(512, '1'); // more than any value may have
@@ -145,7 +146,7 @@ TEST(Apppri, Header)
     EXPECT_STREQ(apppri_db.ver, "2030-01-15 ");
     EXPECT_EQ(apppri_db.proModel, time);
     loaded(in("AppSortDB/expired", "2031-02-03 4")); // refused
-    const int32_t numbers[] = {2030, 1, 15, 23, 59, 58}, date[6] = {2030, 1, 15};
+    const decltype(apppri_db.expiredTime) numbers = {2030, 1, 15, 23, 59, 58}, date = {2030, 1, 15};
     EXPECT_EQ(memcmp(apppri_db.expiredTime, numbers, sizeof numbers), 0);
     EXPECT_EQ(loaded(in("AppSortDB/expired", "2030-01-15")), "0 ");
     EXPECT_EQ(memcmp(apppri_db.expiredTime, date, sizeof date), 0);

@@ -71,9 +71,14 @@ TEST(Image, ReadsNothingBehindTheImage)
 
 TEST(Image, FaultyStream)
 {
-    const unsigned char bytes[] = "?\x5D\0\0\1\0ignored!\1 begins no stream";
+    unsigned char bytes[] = "?\x5D\0\0\1\0ignored!\1 begins no stream";
     char dest[64];
     uint32_t written = sizeof dest, consumed = sizeof bytes;
     EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_DATA);
     EXPECT_TRUE(written == 0 && consumed >= 14);
+    consumed = sizeof bytes; // no room, so none of it is read
+    EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_OK);
+    bytes[1] = 0xFF;
+    consumed = sizeof bytes;
+    EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_PROPERTIES);
 }

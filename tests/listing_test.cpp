@@ -97,6 +97,7 @@ TEST(Listing, ofTables)
               "--------------\nAll application [cnt = 3]\n\n"
               "index =     0, appid =     7, visiable = [1], name = [Bird Call]\n"
               "index =     1, appid =    -1, visiable = [-1], name = [<n>]\n--------------\n");
+    captured([] { EXPECT_EQ(appmngr_showDb() + appmngr_showAppRules(8), 0); });
     g_appmngr_count.appCur = 0xFFFFFFFE; /* a cursor that lies */
     EXPECT_NE(captured(appmngr_showApps).find("[cnt = -1]"), std::string::npos);
     g_appmngr_app = nullptr;

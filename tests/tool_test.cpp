@@ -14,10 +14,10 @@ const std::string app =
     "</appList><appTypeList><appType><id>3</id><name>Voice</name></appType></appTypeList></AppDB>";
 
 const std::string sorts =
-    "<AppSortDB><ver>1.2.0</ver><expired>2030-12-31</expired><sortNum>1</sortNum>"
+    "<AppSortDB><ver>1.2.0</ver><expired>2030-12-31</expired><sortNum>2</sortNum>"
     "<appNum>1</appNum><sortList><sort><id>1</id><name>Calls</name><prio>7</prio><type>2</type>"
     "<appList><app><appId>7</appId><appName>Bird</appName><appType>5</appType></app></appList>"
-    "</sort></sortList></AppSortDB>";
+    "</sort><sort><type>9</type></sort></sortList></AppSortDB>";
 
 // What the device finds in the image.
 static std::string loaded(std::string image)
@@ -75,7 +75,7 @@ TEST(Tool, ReplacesAFileWholeOrNotAtAll)
 const ProgramCase cases[] = {
     {"", 2, "", "...tarn-db-tool: A subcommand is required\n"},
     {"pack app.xml -o old.img --priority sorts.xml"},
-    {"pack new.xml -o new.img --priority newsorts.xml"},
+    {"pack new.xml --output new.img --priority newsorts.xml"},
     {"unpack --priority - <old.img | cmp - sorts.xml"},
     {"unpack old.img >/dev/full", 1, "", "...standard output: No space left"},
     {"show old.img >/dev/full", 1, "", "...standard output: No space left"},
@@ -99,9 +99,9 @@ const ProgramCase cases[] = {
     {"bundle -o no.img --version 1.2.0", 2, "", "...tarn-db-tool: "},
     {"bundle -o no.img --app app.xml --version 1.2.256", 2, "", "...tarn-db-tool: "},
     {"bundle -o no.img --app app.xml --version 1.3.0", 2, "", "...tarn-db-tool: "},
-    {"bundle -o up --priority sorts.xml --version 1.2.255 && tarn-db-tool check up", 0,
+    {"bundle --output up --priority sorts.xml --version 1.2.255 && tarn-db-tool check up", 0,
      "0 errors, 0 warnings\n"},
-    {"bundle -o fit --priority fit.xml --version 1.2.0 && tarn-db-tool verify fit", 0,
+    {"bundle -o fit --app app.xml --priority fit.xml --version 1.2.0 && tarn-db-tool verify fit", 0,
      "...\nresult: APPMNGR_SUCCESS\n", "..."},
     {"bundle -o no.img --priority large.xml --version 1.2.0", 1, "",
      "...database takes 8 bytes more than the 65528 "},
@@ -117,14 +117,17 @@ const ProgramCase cases[] = {
      R"("ignored":false,"version":"9.9.9","length":14,"magic":"0x00000000"}],)"
      R"("result":"APPMNGR_SUCCESS"})",
      "...file index:0"},
-    {"seal - - <app.xml | tarn-db-tool unseal - back; cmp -n 12 back app.xml"},
+    {"seal - - <app.xml | tee sealed | tarn-db-tool unseal - back && cmp -n 12 back app.xml &&"
+     " stat -c %s app.xml sealed back",
+     0, "431\n448\n432\n"},
+    {"seal - sealed < <(head -c 16382 large)"},
     {"seal large sealed", 255, "", "tarn-db-tool: large: not sealed, more than 16382 bytes\n"},
 
     {"check", 2, "", "...tarn-db-tool: FILE is required\n"},
     {"check --rules", 0, "...bad-tuple           error    A tuple is"},
     {"check new.img", 0, "...^\n0 errors, 2 warnings\n"},
     {"check --werror - <new.img", 1,
-     "...standard input:1:289: error: application database: no application has the type 3"},
+     "...standard input:1:313: error: application database: no application has the type 3"},
     {"check --json --werror new.img", 1, "...\"database\": \"priority database\",\n"},
     {"check --json bad.xml", 1,
      "...\"rule\": \"wrong-root\",\n      \"message\": \"the top element is 'AppDB\xEF\xBF\xBD', "
@@ -154,7 +157,8 @@ const ProgramCase cases[] = {
      R"({"id":7,"name":"Bird \"Call\"","rules":)" RULES "}"},
     {"priority --json --map old.img | compact", 0,
      R"({"ver":"1.2.0","proModel":"","expired":"2030-12-31","sorts":[{"id":1,"type":2,)"
-     R"("name":"Calls","prio":7,"applications":[{"appId":7,"appType":5,"appName":"Bird"}]}],)"
+     R"("name":"Calls","prio":7,"applications":[{"appId":7,"appType":5,"appName":"Bird"}]},)"
+     R"({"id":0,"type":9,"name":"","prio":0,"applications":[]}],)"
      R"("map":[{"appId":7,"priority":7}]})"},
     {"messages --json old.img | compact", 0,
      R"({"messages":[{"nlmsg_len":660,"nlmsg_type":19,"nlmsg_flags":1,"nlmsg_seq":0,)"
@@ -169,13 +173,15 @@ const ProgramCase cases[] = {
      "...raw/21-keywords.bin: is no regular file"},
 
     {"diff old.img new.img", 1,
+     "~ header\n    ver             \"1.2.3\" -> \"1.2\"\n"
      "~ type           3  \"Voice\"\n"
      "    applications    [7] -> []\n"
      "~ rule           7  tcp 0:9 10.1.1.10:443\n"
      "    orig.dpiType    \"" CUT "\" -> \"\"\n"
+     "+ rule           7  udp 0:0 0:0\n"
      "- keyword        7  \"bird\"\n"},
     {"diff --json old.img new.img | compact", 1,
-     R"(...{"same":false,"changes":[{"change":"changed","kind":"type","id":3,)"
+     R"(...{"ver":"1.2","proModel":"","expired":""}},{"change":"changed","kind":"type","id":3,)"
      R"("old":{"name":"Voice","applications":[7]},"new":{"name":"Voice","applications":[]}},)"},
     {"diff --json - old.img <old.img | compact", 0, R"({"same":true,"changes":[]})"},
     {"diff old.img none", 2, "", "...tarn-db-tool: none: No such file"},
@@ -196,7 +202,10 @@ TEST(Tool, Subcommands)
         {"app.xml", app},
         {"sorts.xml", sorts},
         {"newsorts.xml", edit(sorts, ">7</p", ">-1</p")},
-        {"new.xml", edit(app, "<typeId>.*</typeId>|<ori>.*</ori>|<dnsKw>bird</dnsKw>(?=<d)", "")},
+        {"new.xml",
+         edit(edit(app, "<typeId>.*</typeId>|<ori>.*</ori>|<dnsKw>bird</dnsKw>(?=<d)|\\.3(?=</v)",
+                   ""),
+              "</tuple>", "$&<tuple>udp 0:0 0:0$&")},
         {"bad.xml", "<AppDB\xFF/>"},
         {"fmt.xml", "<a> <b></b></a>"},
         {"zeros", std::string(204800, '\0')},

@@ -1,6 +1,7 @@
 // The parser: what it accepts, what it refuses and says, and what it keeps of names.
 
 #include "tests/document.h"
+#include "xmlp/brackets.h"
 #include "xmlp/name_pool.h"
 
 // The tree as described, or the rejected offset and the lines that are printed, without their
@@ -70,7 +71,7 @@ TEST(XmlpParse, Texts)
         {"a><a/>", "1; _checkXml:424"},
         {"<a/>>", "4; _checkXml:424"},
         {"<></a>", "4; _subXml:322 not same tag name.; _checkXml:441"},
-        {"<a\"/>", "2; _checkNameAttr:169 error xml tag name.; _checkXml:431"},
+        {"<ab\"/>", "3; _checkNameAttr:169 error xml tag name.; _checkXml:431"},
         {R"(<a x="1" "/>)", "9; _checkNameAttr:188 error xml attribute.; _checkXml:431"},
         {R"(<a x y="1"/>)", "5; _checkNameAttr:199 error xml attribute.; _checkXml:431"},
         {R"(<a x="&"/>)", "6; _checkNameAttr:223 error xml attribute.; _checkXml:431"},
@@ -82,6 +83,7 @@ TEST(XmlpParse, Texts)
          "8; _checkNameAttr:205 error xml attribute.; _subXml:298; _checkXml:441"},
         {"<a></>", "5; _subXml:305; _checkXml:441"},
         {"<a>\xC3<b/></a>", "7; _subXml:305; _checkXml:441"},
+        {"<a>" + std::string(60, ' ') + "\xC3<b/></a>", "67; _subXml:305; _checkXml:441"},
         {"<a><b></c></a>", "8; _subXml:322 not same tag name.; _subXml:359; _checkXml:441"},
         {"<a=></a=> and more", "7; _subXml:327 valid tag name.; _checkXml:441"},
         {"<a&></a&> and more", "7; _subXml:327 valid tag name.; _checkXml:441"},
@@ -148,20 +150,38 @@ TEST(XmlpParse, RandomDocuments)
     }
 }
 
+// As much memory as a tree takes follows from these counts.
+TEST(XmlpParse, BracketsAreCounted)
+{
+    std::mt19937 random(1);
+    std::string text;
+    for (size_t i = 0; i < 100; i++) {
+        text += std::string(random() % 100, "x\""[random() % 2]) + "<>"[i % 2];
+    }
+    XmlpBrackets found;
+    EXPECT_EQ(_findBrackets(&found, text.data(), text.size()), 0);
+    EXPECT_EQ(found.count, 100u);
+    EXPECT_EQ(found.quotes, edit(text, "[^\"]", "").size());
+    EXPECT_EQ(found.tagBytes, text.size() - edit(text, "<[^>]*", "").size());
+    free(found.blocks);
+}
+
 // Names of all lengths, and a tag with so many of them that they are kept in a tree.
 TEST(XmlpParse, ManyNames)
 {
-    std::string tag = "<a", children, tree = ":0[a:1", below;
+    std::string tag = "<a", children, tree = ":0[a:1", below, padded = "<a><v>1</v>";
     for (unsigned i = 1000; i < 9000; i++) {
         const std::string number = std::to_string(i), name = std::string(i % 20, 'n') + number;
         tag += " " + number + "=\"v" + number + "\"";
         tree += " " + number + "=v" + number;
         children += "<" + name + "/>";
+        padded += "<" + number + "/>"; // with 4 bytes, takes 8
         below += "[" + name + ":0]";
     }
     const std::string text = tag + " 900=\"v\">" + children + "</a>";
     EXPECT_EQ(outcome(text), tree + " 900=v" + below + "]");
     EXPECT_EQ(dumped(loaded(text, 0), 1) + dumped(loaded(text, 1), 1), text + text);
+    EXPECT_EQ(dumped(loaded(padded + "</a>", 1), 1), padded + "</a>");
     for (const char *name : {"1", "1000", "899", "8999 "}) {
         EXPECT_EQ(outcome(tag + " " + name + "=\"\"/>"),
                   std::to_string(tag.size() + 1) + "; _getNameAttr:690 attr name existed." + null);

@@ -222,6 +222,13 @@ const Case cases[] = {
     {"<l/>", DO(addItem, "/l", items, XMLP_LAST, 2), R"(2; <l><item a="1">P</item><item/></l>)",
      "0;initNode:827! | 0; _item2Node:212! | 0;addNodeAttr:1314! | 0;addNodeAttr:1320! | "
      "0;addNodeAttr:1331! | 1;initNode:827!; <l><item a=\"1\">P</item></l>"},
+    {"<l/>",
+     [](XmlpDoc *d) {
+         xmlp_addItem(d, "/l", &bare, 0, 1);
+         const XmlpNode *item = d->tree->root->firstChild->firstChild;
+         return shown(item != nullptr && item->type == XMLP_NODE_ITEM);
+     },
+     "1; <l><item/></l>"},
     {two, DO(addItem, "/l", items, 1, 2),
      R"(2; <l><item>A</item><item a="1">P</item><item/><item>B</item></l>)"},
     {"<l/>", DO(addItem, "/l", items, 1, 1), "0;addItem:1300 pos over range."},

@@ -22,7 +22,7 @@ TEST(XmlpSerialize, writesTheSameTree)
         for (uint32_t isStatic : {0u, 1u}) {
             SCOPED_TRACE(text + std::to_string(isStatic));
             const Document doc = loaded(text, isStatic);
-            EXPECT_EQ(xmlp_copyDoc(doc.get()), doc.get());
+            EXPECT_EQ(xmlp_copyDoc(doc.get())->tree->refCount, 2u);
             xmlp_releaseDoc(doc.get()); // the second owner's
             EXPECT_EQ(dumped(doc, compact), inOneLine);
             EXPECT_EQ(dumped(doc, formatted), indented);
