@@ -1,12 +1,13 @@
 // The check of tarn-db-tool: each rule alone, what the loader says of the same file, and the places
 // that are shown.
 
+#include "check/database.h"
+#include "check/device.h"
+#include "check/file_kind.h"
+#include "check/report.h"
 #include "tests/faults.h"
 #include "tests/update_file.h"
-#include "tool/check_file.h"
-#include "tool/check_loader.h"
-#include "tool/check_report.h"
-#include "tool/image.h"
+#include "tool/file.h"
 
 #include <lzma.h>
 
@@ -29,10 +30,10 @@ const std::string sorts =
 
 static std::string image(const std::string &text, const std::string &priorities = "")
 {
-    std::string file = tool::packDatabase({"", text}, tool::applicationDatabase);
+    std::string file = check::packDatabase({"", text}, check::applicationDatabase);
     if (!priorities.empty()) {
-        file.resize(tool::priorityDatabase.offset);
-        file += tool::packDatabase({"", priorities}, tool::priorityDatabase);
+        file.resize(check::priorityDatabase.offset);
+        file += check::packDatabase({"", priorities}, check::priorityDatabase);
     }
     return file;
 }
@@ -76,7 +77,7 @@ const std::pair<const char *, std::string> files[] = {
     {"refused-text", image("<AppDB\xF4")}, // a tag, and a character, without an end
     {"text-size", app + std::string(204800 - app.size(), ' ')},
     {"", app + std::string(204799 - app.size(), '\n')},
-    {"text-size", tool::packDatabase({"", std::string(204800, ' ')}, {"larger", 0, 204800})},
+    {"text-size", check::packDatabase({"", std::string(204800, ' ')}, {"larger", 0, 204800})},
     {"too-many-rules", edit(app, "<tuple>.*</tuple>", repeated(715, "$&"))},
     {"", edit(app, "<tuple>.*</tuple>", repeated(714, "$&"))},
     {"too-many-types duplicate-type-id", edit(app, "<appType>.*</appType>", repeated(65, "$&"))},
@@ -148,21 +149,21 @@ const Edit unheard[] = {
     {"duplicate-app-id", "<appNum>1(.*)(<app><.*</app>)", "<appNum>2$1$2$2"},
     {"misplaced-element", "</AppDB>", "<ruleList><x>1</x></ruleList>$&"}};
 
-static std::string check(const std::string &file)
+static std::string findingsOf(const std::string &file)
 {
-    std::deque<tool::Source> sources;
-    tool::checkFile({"db", file}, sources);
-    return tool::reportAsText(sources, false, false).text;
+    std::deque<check::Source> sources;
+    check::checkFile({"db", file}, sources);
+    return check::reportAsText(sources, false, false).text;
 }
 
 static std::string findings; // without numbers, and without what they show
 
 static std::string brokenRules(const std::string &file)
 {
-    const std::string report = check(file);
+    const std::string report = findingsOf(file);
     findings += edit(report, "\n(?!db:)[^\n]*|\\d+", "");
     std::string list;
-    for (const tool::RuleDescription &rule : tool::allRules()) {
+    for (const check::RuleDescription &rule : check::allRules()) {
         if (report.find("[" + std::string(rule.name) + "]\n") != std::string::npos) {
             list += (list.empty() ? "" : " ") + std::string(rule.name);
         }
@@ -184,8 +185,8 @@ TEST(ToolCheck, EachRuleAlone)
             const std::string first = edit(app, pattern, to);
             const std::string second = first != app ? sorts : edit(sorts, pattern, to);
             expectRules(rules, image(first, second));
-            const std::string lines = tool::loadApplicationText(first).lines;
-            EXPECT_EQ(!(lines + tool::loadPriorityText(second).lines).empty(), areHeard);
+            const std::string lines = check::loadApplicationText(first).lines;
+            EXPECT_EQ(!(lines + check::loadPriorityText(second).lines).empty(), areHeard);
         }
     };
     for (const auto &[rules, file] : files) {
@@ -204,9 +205,9 @@ TEST(ToolCheck, EachRuleAlone)
     const auto *bytes = reinterpret_cast<const uint8_t *>(findings.data());
     EXPECT_EQ(lzma_crc32(bytes, findings.size(), 0), 3455596139u) << findings;
     const std::string page = tool::readFile(TARN_SOURCE "/docs/check.md").contents;
-    for (const tool::RuleDescription &rule : tool::allRules()) {
+    for (const check::RuleDescription &rule : check::allRules()) {
         const std::string name = rule.name;
-        const char *const word = rule.severity == tool::Severity::Error ? "Error" : "Warning";
+        const char *const word = rule.severity == check::Severity::Error ? "Error" : "Warning";
         const std::string entry = "### " + name + "\n\n**" + word + ".** " + rule.sentence;
         EXPECT_NE(tested.find(" " + name + " "), std::string::npos) << name;
         EXPECT_NE(page.find(entry), std::string::npos) << name;
@@ -217,9 +218,9 @@ TEST(ToolCheck, WhyAnUpdateIsRefused)
 {
     const std::string file = container(1, update());
     faults::countdown = UINT32_MAX;
-    check(file);
+    findingsOf(file);
     faults::countdown = UINT32_MAX - faults::countdown; // the last allocation, for the update
-    EXPECT_EQ(check(file),
+    EXPECT_EQ(findingsOf(file),
               "db:1:1: error: the update is refused: [Error](appmngr_db_writeAppDbFromDatabase) "
               "2753: alloc memory fail [loader-line]\n1 error, 0 warnings\n");
 }
@@ -229,7 +230,8 @@ TEST(ToolCheck, NearestName)
     std::string found, text = app;
     for (const char *name : {"visibel", "TUPPLE", "teiped", "appLs", "axep", "aa"}) {
         text.insert(text.rfind("</"), "<" + std::string(name) + ">1</" + name + ">");
-        const std::string printed = check(text), last = printed.substr(printed.rfind("name is '"));
+        const std::string printed = findingsOf(text),
+                          last = printed.substr(printed.rfind("name is '"));
         found += last.substr(9, last.find("' [") - 8);
     }
     EXPECT_EQ(found, "visible'tuple'typeId'appList'app'app'");
@@ -264,7 +266,7 @@ TEST(ToolCheck, ShowsThePlace)
          "</typeIdList><ruleList><rule><tupleList><tuple>tcp &amp;:0 x</tuple></tupleLi"},
     };
     for (const auto &[text, expected] : places) {
-        const std::string printed = check(text);
+        const std::string printed = findingsOf(text);
         EXPECT_EQ(printed.substr(0, expected.size()), expected) << printed;
     }
 }

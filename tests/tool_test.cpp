@@ -1,10 +1,11 @@
 // tarn-db-tool as its users run it. What README.md and the manual page show is tested there.
 
+#include "check/database.h"
+#include "check/failure.h"
 #include "loader/image.h"
 #include "tests/program.h"
 #include "tests/update_file.h"
-#include "tool/failure.h"
-#include "tool/image.h"
+#include "tool/file.h"
 
 const std::string app =
     "<AppDB><ver>1.2.3</ver><appList><app><id>7</id><name>Bird \"Call\"</name><typeIdList>"
@@ -23,7 +24,7 @@ const std::string sorts =
 static std::string loaded(std::string image)
 {
     image.resize(APPMNGR_IMAGE_SIZE);
-    std::string text(tool::applicationDatabase.textLimit + 1, '#');
+    std::string text(check::applicationDatabase.textLimit + 1, '#');
     auto length = static_cast<uint32_t>(text.size());
     appmngr_unpackImage(text.data(), &length, reinterpret_cast<unsigned char *>(image.data()));
     return text.substr(0, length);
@@ -32,7 +33,7 @@ static std::string loaded(std::string image)
 TEST(Tool, PacksWhatTheDeviceFinds)
 {
     for (const std::string &text : {std::string(), noise(64500), noise(204799, 4)}) {
-        EXPECT_EQ(loaded(tool::packDatabase({"text", text}, tool::applicationDatabase)), text)
+        EXPECT_EQ(loaded(check::packDatabase({"text", text}, check::applicationDatabase)), text)
             << text.size();
     }
 }
@@ -54,7 +55,7 @@ TEST(Tool, ReplacesAFileWholeOrNotAtAll)
     std::filesystem::create_symlink("old.img", "link.img");
     EXPECT_EQ(run("ulimit -f 1; trap '' XFSZ; tarn-db-tool pack noise -o old.img"), 1);
     resultOfFsync = -1;
-    EXPECT_THROW(tool::writeFile("old.img", "new"), tool::Failure);
+    EXPECT_THROW(tool::writeFile("old.img", "new"), check::Failure);
     resultOfFsync = 0;
     EXPECT_EQ(contents("old.img"), "old");
     EXPECT_EQ(run("tarn-db-tool pack app.xml -o link.img; ls | grep -F img."), 1);
@@ -218,7 +219,7 @@ TEST(Tool, Subcommands)
     }
     // The largest database that a container takes, and one of a few bytes more.
     std::string text = noise(64580);
-    while (tool::packDatabase({"", text}, tool::priorityDatabase).size() > 65500) {
+    while (check::packDatabase({"", text}, check::priorityDatabase).size() > 65500) {
         text.pop_back();
     }
     tool::writeFile("fit.xml", text);

@@ -1,11 +1,11 @@
 // tarn-db-tool apps - the applications of an image.
 
 #include "appmngr/appmngr.h"
+#include "check/tables.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
-#include "tool/tables.h"
 
 #include <string>
 
@@ -29,7 +29,7 @@ Json appsAsJson()
 
 int apps(const Arguments &arguments)
 {
-    loadApplicationTables(readFile(arguments.input));
+    check::loadApplicationTables(readFile(arguments.input));
     if (arguments.json) {
         printJson(appsAsJson());
     } else {

@@ -1,8 +1,8 @@
+#include "check/database.h"
+#include "check/failure.h"
 #include "dbimage/dbimage.h"
 #include "tool/commands.h"
-#include "tool/failure.h"
 #include "tool/file.h"
-#include "tool/image.h"
 
 #include <arpa/inet.h>
 #include <charconv>
@@ -65,16 +65,17 @@ std::string databaseFile(const std::string &image, int patch)
 }
 
 /* The entry for the database in the file at path. */
-std::string entry(const std::string &path, uint8_t type, const Database &database, int patch)
+std::string entry(const std::string &path, uint8_t type, const check::Database &database, int patch)
 {
     const InputFile text = readFile(path);
-    const std::string file = databaseFile(packDatabase(text, database), patch);
+    const std::string file = databaseFile(check::packDatabase(text, database), patch);
     /* The device decrypts it into the buffer for the text and wants a block to spare. */
     const size_t limit = database.textLimit + 1 - 8;
     if (file.size() > limit) {
-        throw Failure(text.name, "the encrypted " + std::string(database.name) + " takes " +
-                                     std::to_string(file.size() - limit) + " bytes more than the " +
-                                     std::to_string(limit) + " there is room for");
+        throw check::Failure(text.name, "the encrypted " + std::string(database.name) + " takes " +
+                                            std::to_string(file.size() - limit) +
+                                            " bytes more than the " + std::to_string(limit) +
+                                            " there is room for");
     }
     const dbimage_entryHead head = {type, {}, htonl(static_cast<uint32_t>(file.size()))};
     std::string bytes;
@@ -95,11 +96,11 @@ int bundle(const Arguments &arguments)
     dbimage_containerHead head = {};
     std::string entries;
     if (!arguments.input.empty()) {
-        entries += entry(arguments.input, DBIMAGE_TYPE_APP, applicationDatabase, patch);
+        entries += entry(arguments.input, DBIMAGE_TYPE_APP, check::applicationDatabase, patch);
         ++head.fileCount;
     }
     if (!arguments.priority.empty()) {
-        entries += entry(arguments.priority, DBIMAGE_TYPE_PRIORITY, priorityDatabase, patch);
+        entries += entry(arguments.priority, DBIMAGE_TYPE_PRIORITY, check::priorityDatabase, patch);
         ++head.fileCount;
     }
     md5_digest(head.digest, entries.data(), static_cast<uint32_t>(entries.size()));

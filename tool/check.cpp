@@ -1,8 +1,8 @@
 // tarn-db-tool check - everything that is wrong or suspicious in databases, as a compiler says it.
 
-#include "tool/check_file.h"
-#include "tool/check_report.h"
-#include "tool/colour.h"
+#include "check/colour.h"
+#include "check/file_kind.h"
+#include "check/report.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 
@@ -22,16 +22,17 @@ namespace
 int check(const Arguments &arguments)
 {
     if (arguments.listsRules) {
-        writeStandardOutput(listRules(arguments.json));
+        writeStandardOutput(check::listRules(arguments.json));
         return 0;
     }
-    std::deque<Source> sources;
+    std::deque<check::Source> sources;
     for (const std::string &path : arguments.files) {
-        checkFile(readFile(path), sources);
+        check::checkFile(readFile(path), sources);
     }
-    const Report report = arguments.json ? reportAsJson(sources, arguments.warningsAreErrors)
-                                         : reportAsText(sources, arguments.warningsAreErrors,
-                                                        showsColour(STDOUT_FILENO));
+    const check::Report report = arguments.json
+                                     ? check::reportAsJson(sources, arguments.warningsAreErrors)
+                                     : check::reportAsText(sources, arguments.warningsAreErrors,
+                                                           check::showsColour(STDOUT_FILENO));
     writeStandardOutput(report.text);
     return report.errors == 0 ? 0 : 1;
 }

@@ -1,11 +1,11 @@
 // tarn-db-tool diff - what changed from one application database to another.
 
-#include "tool/colour.h"
+#include "check/colour.h"
+#include "check/failure.h"
+#include "check/tables.h"
 #include "tool/commands.h"
-#include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/record.h"
-#include "tool/tables.h"
 
 #include <array>
 #include <cstdio>
@@ -61,7 +61,7 @@ Json signatures(const appmngr_rule &rule)
 
 Items readItems(const std::string &path)
 {
-    loadApplicationTables(readFile(path));
+    check::loadApplicationTables(readFile(path));
     Items items;
     add(items, Kind::Header, 0, "",
         {{"ver", fieldText(g_appmngr_appDb.ver)},
@@ -124,12 +124,12 @@ std::vector<Change> compare(const Items &before, const Items &after)
 struct Style {
     const char *name;
     char sign;
-    Colour colour;
+    check::Colour colour;
 };
 
-const Style added = {"added", '+', Colour::Green};
-const Style removed = {"removed", '-', Colour::Red};
-const Style changed = {"changed", '~', Colour::Yellow};
+const Style added = {"added", '+', check::Colour::Green};
+const Style removed = {"removed", '-', check::Colour::Red};
+const Style changed = {"changed", '~', check::Colour::Yellow};
 
 const Style &styleOf(const Change &change)
 {
@@ -184,11 +184,11 @@ std::string changeText(const Change &change)
 
 void printChanges(const std::vector<Change> &changes)
 {
-    const bool colour = showsColour(STDOUT_FILENO);
+    const bool colour = check::showsColour(STDOUT_FILENO);
     std::string output;
     for (const Change &change : changes) {
         const std::string text = changeText(change);
-        output += (colour ? coloured(text, styleOf(change).colour) : text) + "\n";
+        output += (colour ? check::coloured(text, styleOf(change).colour) : text) + "\n";
     }
     writeStandardOutput(output);
 }
@@ -243,7 +243,7 @@ int diff(const Arguments &arguments)
 {
     try {
         return compareImages(arguments);
-    } catch (const Failure &failure) {
+    } catch (const check::Failure &failure) {
         fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
         clearerr(stdout); // its failure has been told
         return trouble;

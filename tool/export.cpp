@@ -1,10 +1,10 @@
 // tarn-db-tool export - the rules of an image as database.json.
 
 #include "appmngr/appmngr.h"
+#include "check/failure.h"
+#include "check/tables.h"
 #include "tool/commands.h"
-#include "tool/failure.h"
 #include "tool/file.h"
-#include "tool/tables.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -25,14 +25,14 @@ std::string rulesAsJson(const std::string &imageName)
     size_t length = 0;
     FILE *const stream = open_memstream(&text, &length);
     if (stream == nullptr) {
-        throw Failure(imageName, std::strerror(errno));
+        throw check::Failure(imageName, std::strerror(errno));
     }
     appmngr_writeJson(stream);
     const bool complete = fclose(stream) == 0;
     std::string json(text, length);
     free(text);
     if (!complete) {
-        throw Failure(imageName, std::strerror(ENOMEM));
+        throw check::Failure(imageName, std::strerror(ENOMEM));
     }
     return json;
 }
@@ -42,7 +42,7 @@ std::string rulesAsJson(const std::string &imageName)
 int exportRules(const Arguments &arguments)
 {
     const InputFile image = readFile(arguments.input);
-    loadApplicationTables(image);
+    check::loadApplicationTables(image);
     const std::string folder = arguments.output.empty() ? "." : arguments.output;
     writeFile(folder + "/database.json", rulesAsJson(image.name));
     return 0;

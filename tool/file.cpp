@@ -2,7 +2,7 @@
 
 #include "tool/file.h"
 
-#include "tool/failure.h"
+#include "check/failure.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -23,9 +23,9 @@ namespace
 
 using Stream = std::unique_ptr<FILE, int (*)(FILE *)>;
 
-Failure systemFailure(const std::string &file)
+check::Failure systemFailure(const std::string &file)
 {
-    return Failure(file, std::strerror(errno));
+    return check::Failure(file, std::strerror(errno));
 }
 
 std::string readAll(FILE *stream, const std::string &name)
@@ -122,7 +122,7 @@ InputFile readStandardInput()
     static bool taken = false;
     const std::string name = "standard input";
     if (taken) {
-        throw Failure(name, "is there for one file only");
+        throw check::Failure(name, "is there for one file only");
     }
     taken = true;
     return {name, readAll(stdin, name)};
@@ -163,7 +163,7 @@ void writeFiles(const std::vector<OutputFile> &files)
         struct stat status = {};
         const bool exists = stat(file.path.c_str(), &status) == 0;
         if (exists && !S_ISREG(status.st_mode)) {
-            throw Failure(file.path, "is no regular file");
+            throw check::Failure(file.path, "is no regular file");
         }
         // A symbolic link stays one: the file it points to is replaced.
         replacements.emplace_back(exists ? std::filesystem::canonical(file.path).string()

@@ -4,16 +4,15 @@
 #ifndef TOOL_FILE_H
 #define TOOL_FILE_H
 
+#include "check/input_file.h"
+
 #include <string>
 #include <vector>
 
 namespace tool
 {
 
-struct InputFile {
-    std::string name; /* for messages */
-    std::string contents;
-};
+using check::InputFile;
 
 /* Reads a file, standard input for the path "-". Throws Failure. */
 InputFile readFile(const std::string &path);

@@ -1,8 +1,8 @@
 // tarn-db-tool fmt - an XML text, indented or compact.
 
+#include "check/diagnostics.h"
+#include "check/failure.h"
 #include "tool/commands.h"
-#include "tool/diagnostics.h"
-#include "tool/failure.h"
 #include "tool/file.h"
 #include "xmlp/xmlp.h"
 
@@ -23,18 +23,18 @@ using Text = std::unique_ptr<char, decltype(&free)>;
 std::string formatted(const InputFile &xml, bool compact)
 {
     if (xml.contents.size() > UINT32_MAX) {
-        throw Failure(xml.name, "is longer than 4 GiB");
+        throw check::Failure(xml.name, "is longer than 4 GiB");
     }
-    const DiagnosticsOnStandardError redirection;
+    const check::DiagnosticsOnStandardError redirection;
     const auto length = static_cast<uint32_t>(xml.contents.size());
     const Document document(xmlp_loadDoc(xml.contents.data(), length, 1), xmlp_releaseDoc);
     if (!document) {
-        throw Failure(xml.name, "cannot be parsed");
+        throw check::Failure(xml.name, "cannot be parsed");
     }
     uint32_t formattedLength = 0;
     const Text text(xmlp_dumpDoc(document.get(), compact ? 1 : 0, &formattedLength), free);
     if (!text) {
-        throw Failure(xml.name, "its formatted text does not fit into memory");
+        throw check::Failure(xml.name, "its formatted text does not fit into memory");
     }
     return {text.get(), formattedLength};
 }

@@ -5,11 +5,6 @@
 namespace tool
 {
 
-std::string jsonText(const Json &document, int indent)
-{
-    return document.dump(indent, ' ', false, Json::error_handler_t::replace);
-}
-
 void printJson(const Json &document)
 {
     writeStandardOutput(jsonText(document, 2) + "\n");

@@ -1,12 +1,12 @@
 // tarn-db-tool messages - what a load of an image would send to the kernel.
 
 #include "appdist/message.h"
+#include "check/diagnostics.h"
+#include "check/failure.h"
+#include "check/tables.h"
 #include "tool/commands.h"
-#include "tool/diagnostics.h"
-#include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/record.h"
-#include "tool/tables.h"
 
 #include <cstdio>
 #include <cstring>
@@ -29,7 +29,7 @@ const appdist_handle channel = {};
 
 std::vector<Message> newMessages(bool priority)
 {
-    const DiagnosticsOnStandardError redirection;
+    const check::DiagnosticsOnStandardError redirection;
     std::vector<Message> messages;
     const auto add = [&messages](appdist_message *message) {
         if (message != nullptr) {
@@ -38,7 +38,7 @@ std::vector<Message> newMessages(bool priority)
         return message != nullptr;
     };
     if (priority) {
-        const std::vector<unsigned char> map = priorityMap();
+        const std::vector<unsigned char> map = check::priorityMap();
         add(_appdist_new_buffer(&channel, map.data(), static_cast<int32_t>(map.size())));
     } else if (add(_appdist_new_app_rules(&channel))) {
         add(_appdist_new_dns_rules(&channel)); // a load without rules does not come to them
@@ -50,13 +50,13 @@ std::vector<Message> buildMessages(const Arguments &arguments)
 {
     const InputFile image = readFile(arguments.input);
     if (arguments.ofPriority) {
-        loadPriorityModel(image);
+        check::loadPriorityModel(image);
     } else {
-        loadApplicationTables(image);
+        check::loadApplicationTables(image);
     }
     std::vector<Message> messages = newMessages(arguments.ofPriority);
     if (messages.empty()) {
-        throw Failure(image.name, "there is nothing to send");
+        throw check::Failure(image.name, "there is nothing to send");
     }
     return messages;
 }

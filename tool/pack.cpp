@@ -1,8 +1,8 @@
 // tarn-db-tool pack - XML texts into an image.
 
+#include "check/database.h"
 #include "tool/commands.h"
 #include "tool/file.h"
-#include "tool/image.h"
 
 #include <string>
 
@@ -11,10 +11,10 @@ namespace tool
 
 int pack(const Arguments &arguments)
 {
-    std::string image = packDatabase(readFile(arguments.input), applicationDatabase);
+    std::string image = check::packDatabase(readFile(arguments.input), check::applicationDatabase);
     if (!arguments.priority.empty()) {
-        image.resize(priorityDatabase.offset);
-        image += packDatabase(readFile(arguments.priority), priorityDatabase);
+        image.resize(check::priorityDatabase.offset);
+        image += check::packDatabase(readFile(arguments.priority), check::priorityDatabase);
     }
     writeFile(arguments.output, image);
     return 0;

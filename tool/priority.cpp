@@ -2,11 +2,11 @@
 
 #include "apppri/apppri.h"
 #include "apppri/list.h"
+#include "check/tables.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
-#include "tool/tables.h"
 
 #include <cstdio>
 #include <string>
@@ -20,7 +20,7 @@ namespace
 
 void printMap()
 {
-    const std::vector<unsigned char> map = priorityMap();
+    const std::vector<unsigned char> map = check::priorityMap();
     for (size_t appId = 0; appId < map.size(); ++appId) {
         if (map[appId] != 0) {
             printf("%zu: %u\n", appId, unsigned{map[appId]});
@@ -31,7 +31,7 @@ void printMap()
 Json mapAsJson()
 {
     Json entries = Json::array();
-    const std::vector<unsigned char> map = priorityMap();
+    const std::vector<unsigned char> map = check::priorityMap();
     for (size_t appId = 0; appId < map.size(); ++appId) {
         if (map[appId] != 0) {
             entries.push_back({{"appId", appId}, {"priority", map[appId]}});
@@ -77,7 +77,7 @@ Json databaseAsJson(bool withMap)
 
 int priority(const Arguments &arguments)
 {
-    loadPriorityModel(readFile(arguments.input));
+    check::loadPriorityModel(readFile(arguments.input));
     if (arguments.json) {
         printJson(databaseAsJson(arguments.map));
         return 0;

@@ -1,12 +1,12 @@
 // tarn-db-tool rules - the rules of one application of an image.
 
 #include "appmngr/appmngr.h"
+#include "check/failure.h"
+#include "check/tables.h"
 #include "tool/commands.h"
-#include "tool/failure.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
-#include "tool/tables.h"
 
 #include <cstdint>
 #include <string>
@@ -33,10 +33,10 @@ Json rulesAsJson(const appmngr_app &app)
 int rules(const Arguments &arguments)
 {
     const InputFile image = readFile(arguments.input);
-    loadApplicationTables(image);
+    check::loadApplicationTables(image);
     const appmngr_app *app = appmngr_getAppById(arguments.appId);
     if (app == nullptr) {
-        throw Failure(image.name, "has no application " + std::to_string(arguments.appId));
+        throw check::Failure(image.name, "has no application " + std::to_string(arguments.appId));
     }
     if (arguments.json) {
         printJson(rulesAsJson(*app));

@@ -1,8 +1,8 @@
 // tarn-db-tool seal and unseal - the two directions of one operation on files.
 
+#include "check/failure.h"
 #include "dbimage/dbimage.h"
 #include "tool/commands.h"
-#include "tool/failure.h"
 #include "tool/file.h"
 
 #include <cstdint>
@@ -25,8 +25,8 @@ void sealFile(const Arguments &arguments, bool seal)
 {
     const InputFile input = readFile(arguments.input);
     if (input.contents.size() > sizeLimit) {
-        throw Failure(input.name, std::string(seal ? "not sealed" : "not unsealed") +
-                                      ", more than 16382 bytes");
+        throw check::Failure(input.name, std::string(seal ? "not sealed" : "not unsealed") +
+                                             ", more than 16382 bytes");
     }
     std::string output(input.contents.size() + growth, '\0');
     const int length =
@@ -42,7 +42,7 @@ int sealOrFail(const Arguments &arguments, bool seal)
     try {
         sealFile(arguments, seal);
         return 0;
-    } catch (const Failure &failure) {
+    } catch (const check::Failure &failure) {
         fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
         return notSealed;
     }

@@ -1,11 +1,11 @@
 // tarn-db-tool types - the application types of an image, with their applications.
 
 #include "appmngr/appmngr.h"
+#include "check/tables.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
 #include "tool/record.h"
-#include "tool/tables.h"
 
 #include <string>
 
@@ -31,7 +31,7 @@ Json typesAsJson()
 
 int types(const Arguments &arguments)
 {
-    loadApplicationTables(readFile(arguments.input));
+    check::loadApplicationTables(readFile(arguments.input));
     if (arguments.json) {
         printJson(typesAsJson());
     } else {

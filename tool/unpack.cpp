@@ -1,8 +1,8 @@
 // tarn-db-tool unpack - the XML text of an image.
 
+#include "check/database.h"
 #include "tool/commands.h"
 #include "tool/file.h"
-#include "tool/image.h"
 
 #include <string>
 
@@ -11,8 +11,9 @@ namespace tool
 
 int unpack(const Arguments &arguments)
 {
-    const Database &database = arguments.ofPriority ? priorityDatabase : applicationDatabase;
-    writeStandardOutput(unpackDatabase(readFile(arguments.input), database));
+    const check::Database &database =
+        arguments.ofPriority ? check::priorityDatabase : check::applicationDatabase;
+    writeStandardOutput(check::unpackDatabase(readFile(arguments.input), database));
     return 0;
 }
 

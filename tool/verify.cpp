@@ -1,7 +1,7 @@
 #include "appmngr/appmngr_model.h"
+#include "check/diagnostics.h"
 #include "dbimage/dbimage_internal.h"
 #include "tool/commands.h"
-#include "tool/diagnostics.h"
 #include "tool/file.h"
 #include "tool/json.h"
 
@@ -36,7 +36,7 @@ constexpr uint32_t decryptionRoom = 204800;
 /* What the header of an encrypted file says; false when the file cannot be decrypted. */
 bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
 {
-    const DiagnosticsOnStandardError redirection;
+    const check::DiagnosticsOnStandardError redirection;
     std::string plain(decryptionRoom, '\0');
     uint32_t length = decryptionRoom;
     const bool decrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
@@ -110,7 +110,7 @@ std::vector<ListedFile> listFiles(const std::string &container)
 
 int runUpdate(const std::string &container)
 {
-    const DiagnosticsOnStandardError redirection;
+    const check::DiagnosticsOnStandardError redirection;
     /* What is longer is too long all the same. */
     const size_t length = std::min<size_t>(container.size(), INT32_MAX);
     return appmngr_db_writeFromDatabase(container.data(), static_cast<int32_t>(length));

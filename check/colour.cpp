@@ -1,0 +1,20 @@
+#include "check/colour.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+namespace check
+{
+
+bool showsColour(int descriptor)
+{
+    const char *const forbidden = std::getenv("NO_COLOR");
+    return isatty(descriptor) == 1 && (forbidden == nullptr || *forbidden == '\0');
+}
+
+std::string coloured(const std::string &text, Colour colour)
+{
+    return "\033[" + std::to_string(static_cast<int>(colour)) + "m" + text + "\033[0m";
+}
+
+} // namespace check

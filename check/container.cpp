@@ -1,0 +1,185 @@
+// Update containers and the database files in them.
+
+#include "check/container.h"
+
+#include "appmngr/appmngr_model.h"
+#include "check/device.h"
+#include "check/image.h"
+#include "dbimage/dbimage_internal.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+namespace check
+{
+
+namespace
+{
+
+constexpr size_t headSize = sizeof(dbimage_containerHead);
+
+// Many times what any device takes; what is longer is not looked at.
+constexpr size_t longestChecked = 4 << 20;
+
+const unsigned char *bytesOf(const std::string &text)
+{
+    return reinterpret_cast<const unsigned char *>(text.data());
+}
+
+// The container with the digest that it should have, so that the rest of it can be seen.
+std::string withRightDigest(const std::string &container)
+{
+    std::string right = container;
+    md5_digest(reinterpret_cast<unsigned char *>(right.data()), container.data() + headSize,
+               static_cast<uint32_t>(container.size() - headSize));
+    return right;
+}
+
+// Lists as many files of a container as one may have. Returns null, or the fault.
+const dbimage_fault *listFiles(const std::string &container, dbimage_fileTable &table)
+{
+    const dbimage_fault *fault =
+        _dbimage_listFiles(bytesOf(container), static_cast<uint32_t>(container.size()), &table);
+    table.count = std::min<uint32_t>(table.count, DBIMAGE_FILES_MAX);
+    return fault;
+}
+
+bool isOfAnySize(const std::string &file)
+{
+    return file.size() >= headSize && file.size() <= longestChecked;
+}
+
+class ContainerChecker
+{
+public:
+    ContainerChecker(const InputFile &file, std::deque<Source> &sources)
+        : file_(file), sources_(sources),
+          source_(sources.emplace_back(Source{file.name, "", "", {}}))
+    {
+    }
+
+    void check()
+    {
+        const std::string container = withRightDigest(file_.contents);
+        const size_t size = container.size();
+        if (size > DBIMAGE_CONTAINER_MAX) {
+            report(Rule::ContainerLength, "the container takes " + std::to_string(size) +
+                                              " bytes; there is room for " +
+                                              std::to_string(DBIMAGE_CONTAINER_MAX));
+        }
+        if (memcmp(container.data(), file_.contents.data(), DBIMAGE_DIGEST_SIZE) != 0) {
+            report(Rule::ContainerDigest, "the digest of the container is not that of its files");
+        }
+        dbimage_fileTable table = {};
+        const dbimage_fault *fault = listFiles(container, table);
+        if (fault != nullptr && fault->code == APPMNGR_ERR_FILE_INVALID_FORMAT) {
+            report(Rule::ContainerCount,
+                   "the number of files is not " +
+                       std::to_string(static_cast<unsigned char>(container[headSize - 1])) +
+                       ", or above 16");
+        } else if (fault != nullptr) {
+            report(Rule::ContainerLength, "the files do not end where the container ends");
+        }
+        for (uint32_t i = 0; i < table.count; i++) {
+            subject_ = "file " + std::to_string(i);
+            checkFile(table.file[i]);
+        }
+        requireExplanation();
+    }
+
+private:
+    void report(Rule rule, const std::string &message)
+    {
+        source_.add(rule, 0, message);
+    }
+
+    void checkFile(const dbimage_file &file)
+    {
+        if (file.type == DBIMAGE_TYPE_APP) {
+            checkDatabase(file, applicationDatabase);
+        } else if (file.type == DBIMAGE_TYPE_PRIORITY) {
+            checkDatabase(file, priorityDatabase);
+        }
+    }
+
+    void checkDatabase(const dbimage_file &file, const Database &database)
+    {
+        // A device decrypts into the buffer that the text is unpacked into later.
+        uint32_t length = database.textLimit + 1;
+        std::string plain(length, '\0');
+        const LoaderRun run = captureRun(
+            [&] { return appmngr_decrypt(plain.data(), &length, file.data, file.size); });
+        if (run.status <= 0) {
+            report(Rule::FileDigest, subject_ + " of " + std::to_string(file.size) +
+                                         " bytes cannot be decrypted, or its digest differs");
+            return;
+        }
+        checkHeader(_dbimage_readHeader(plain.data()), database);
+        _dbimage_completeImage(plain.data());
+        const size_t imageAt = offsetof(dbimage_fileHeader, reserved);
+        checkImage({file_.name, plain.substr(imageAt, length - imageAt)}, database, source_,
+                   sources_, appIds_);
+    }
+
+    void checkHeader(const dbimage_fileHeader &header, const Database &database)
+    {
+        char version[sizeof("255.255.255")];
+        char accepted[8];
+        snprintf(version, sizeof(version), "%u.%u.%u", header.version[0], header.version[1],
+                 header.version[2]);
+        if (&database == &applicationDatabase && !appmngr_checkVersion(version, accepted)) {
+            report(Rule::FileVersion, subject_ + " is of version " + version + ", not 1.2.x");
+        }
+        if (!_dbimage_isKnownMagic(&header)) {
+            char magic[16];
+            snprintf(magic, sizeof(magic), "0x%08x", ntohl(header.magic));
+            report(Rule::FileMagic, subject_ + " has the magic " + magic);
+        }
+        if (header.reserved != 0) {
+            report(Rule::FileReserved, "the reserved word of " + subject_ + " is not 0");
+        }
+    }
+
+    // Of what no rule explains, the product's own line is reported.
+    void requireExplanation()
+    {
+        const LoaderRun run = writeContainer(file_.contents);
+        const bool isExplained =
+            std::any_of(sources_.begin(), sources_.end(), [this](const Source &source) {
+                return source.file == source_.file && source.hasErrors();
+            });
+        if (run.status != 0 && !isExplained) {
+            report(Rule::LoaderLine, "the update is refused: " + firstDiagnostic(run));
+        }
+    }
+
+    const InputFile &file_;
+    std::deque<Source> &sources_;
+    Source &source_; // the container
+    AppIds appIds_;
+    std::string subject_; // the file at hand
+};
+
+} // namespace
+
+bool hasContainerDigest(const std::string &file)
+{
+    return isOfAnySize(file) && withRightDigest(file) == file;
+}
+
+bool hasContainerStructure(const std::string &file)
+{
+    dbimage_fileTable table = {};
+    return isOfAnySize(file) && listFiles(withRightDigest(file), table) == nullptr &&
+           table.count > 0;
+}
+
+void checkContainerFile(const InputFile &file, std::deque<Source> &sources)
+{
+    ContainerChecker(file, sources).check();
+}
+
+} // namespace check

@@ -1,0 +1,164 @@
+// Database images: packing a text into one and getting it back.
+
+#include "check/database.h"
+
+#include "check/failure.h"
+#include "loader/image.h"
+
+#include <algorithm>
+#include <lzma.h>
+#include <string_view>
+
+namespace check
+{
+
+const Database applicationDatabase = {"application database", 0, 204799};
+const Database priorityDatabase = {"priority database", 163840, 65535};
+
+namespace
+{
+
+constexpr uint32_t lengthSize = 4;
+constexpr uint32_t headerSize = 14;
+constexpr uint32_t propertiesSize = 5;
+constexpr uint32_t unpackedSizeAt = 6;
+
+struct Compressed {
+    unsigned char properties[propertiesSize];
+    std::string stream;
+};
+
+void requireFit(const InputFile &text, const std::string &what, size_t size, size_t limit)
+{
+    if (size > limit) {
+        throw Failure(text.name, what + " takes " + std::to_string(size) + " bytes, " +
+                                     std::to_string(size - limit) + " more than the " +
+                                     std::to_string(limit) + " there is room for");
+    }
+}
+
+Compressed compress(const InputFile &text)
+{
+    const std::string &input = text.contents;
+    lzma_options_lzma options = {};
+    const bool presetKnown = lzma_lzma_preset(&options, 9 | LZMA_PRESET_EXTREME) == 0;
+    options.dict_size =
+        std::max(static_cast<uint32_t>(input.size()), static_cast<uint32_t>(LZMA_DICT_SIZE_MIN));
+    const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
+
+    Compressed result = {};
+    // More than incompressible input and the end mark grow to.
+    result.stream.resize(input.size() + input.size() / 4 + 256);
+    size_t length = 0;
+    if (!presetKnown || lzma_properties_encode(&filters[0], result.properties) != LZMA_OK ||
+        lzma_raw_buffer_encode(filters, nullptr, reinterpret_cast<const uint8_t *>(input.data()),
+                               input.size(), reinterpret_cast<uint8_t *>(result.stream.data()),
+                               &length, result.stream.size()) != LZMA_OK) {
+        throw Failure(text.name, "cannot be compressed");
+    }
+    result.stream.resize(length);
+    return result;
+}
+
+void appendBigEndian32(std::string &bytes, uint32_t value)
+{
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes.push_back(static_cast<char>(value >> shift & 0xFF));
+    }
+}
+
+void appendLittleEndian64(std::string &bytes, uint64_t value)
+{
+    for (int shift = 0; shift < 64; shift += 8) {
+        bytes.push_back(static_cast<char>(value >> shift & 0xFF));
+    }
+}
+
+uint64_t littleEndian64(const unsigned char *bytes)
+{
+    uint64_t value = 0;
+    for (int i = 7; i >= 0; --i) {
+        value = value << 8 | bytes[i];
+    }
+    return value;
+}
+
+// An end mark proves a stream complete. Without one the header's text length does, when the packer
+// filled it in: neither 0 nor the all-ones of an unknown length.
+bool endsTooEarly(const unsigned char *header, uint32_t textLength)
+{
+    const uint64_t announced = littleEndian64(header + unpackedSizeAt);
+    return announced != 0 && announced != UINT64_MAX && announced != textLength;
+}
+
+uint32_t bigEndian32(std::string_view bytes)
+{
+    uint32_t value = 0;
+    for (size_t i = 0; i < 4; ++i) {
+        value = value << 8 | static_cast<unsigned char>(bytes[i]);
+    }
+    return value;
+}
+
+// Header and stream of a database's image.
+std::string_view bodyOf(const InputFile &image, const Database &database)
+{
+    const std::string name = database.name;
+    const std::string_view file = image.contents;
+    const std::string_view region =
+        file.substr(std::min<size_t>(database.offset, file.size()), APPMNGR_IMAGE_SIZE);
+    const uint32_t length = region.size() < lengthSize ? 0 : bigEndian32(region);
+    if (length < headerSize) {
+        throw Failure(image.name,
+                      "has no " + name + " at offset " + std::to_string(database.offset));
+    }
+    if (length > region.size() - lengthSize) {
+        throw Failure(image.name, "the image of the " + name + " is cut off: it takes " +
+                                      std::to_string(length) + " bytes after its length field");
+    }
+    return region.substr(lengthSize, length);
+}
+
+} // namespace
+
+std::string packDatabase(const InputFile &text, const Database &database)
+{
+    const std::string name = database.name;
+    requireFit(text, "the text of the " + name, text.contents.size(), database.textLimit);
+    const Compressed compressed = compress(text);
+
+    const size_t length = headerSize + compressed.stream.size();
+    requireFit(text, "the image of the " + name, lengthSize + length, APPMNGR_IMAGE_SIZE);
+    std::string image;
+    appendBigEndian32(image, static_cast<uint32_t>(length));
+    image.push_back('\0');
+    image.append(compressed.properties, compressed.properties + propertiesSize);
+    appendLittleEndian64(image, text.contents.size());
+    return image + compressed.stream;
+}
+
+std::string unpackDatabase(const InputFile &image, const Database &database)
+{
+    const std::string name = database.name;
+    const std::string_view body = bodyOf(image, database);
+    const unsigned char *const header = reinterpret_cast<const unsigned char *>(body.data());
+    std::string text(database.textLimit + 1, '\0');
+    uint32_t bodyLength = static_cast<uint32_t>(body.size());
+    uint32_t textLength = database.textLimit + 1;
+
+    const int result = appmngr_lzmaUnpack(text.data(), &textLength, header, &bodyLength);
+    if (result == APPMNGR_LZMA_ERR_INPUT_END ? endsTooEarly(header, textLength)
+                                             : result != APPMNGR_LZMA_OK) {
+        throw Failure(image.name, "the image of the " + name + " is corrupt after " +
+                                      std::to_string(textLength) + " bytes of text");
+    }
+    if (textLength > database.textLimit) {
+        throw Failure(image.name, "the text of the " + name + " is longer than the " +
+                                      std::to_string(database.textLimit) +
+                                      " bytes there is room for");
+    }
+    text.resize(textLength);
+    return text;
+}
+
+} // namespace check

@@ -1,0 +1,39 @@
+/*
+ * Database images: packing a text into one and getting it back.
+ */
+#ifndef CHECK_DATABASE_H
+#define CHECK_DATABASE_H
+
+#include "check/input_file.h"
+
+#include <cstdint>
+#include <string>
+
+namespace check
+{
+
+/* One of the databases that an image file holds. Sizes and offsets in bytes. */
+struct Database {
+    const char *name;
+    uint32_t offset;    /* where its image begins in the file */
+    uint32_t textLimit; /* longest text that the device has room for */
+};
+
+extern const Database applicationDatabase;
+extern const Database priorityDatabase;
+
+/*
+ * Returns the image of a text: length field, header and stream. Throws Failure, saying by how
+ * much, when the text or its image is too long.
+ */
+std::string packDatabase(const InputFile &text, const Database &database);
+
+/*
+ * Returns the text that a database of an image file holds. Throws Failure when there is none or
+ * when it is damaged, however much the device would make of it.
+ */
+std::string unpackDatabase(const InputFile &image, const Database &database);
+
+} // namespace check
+
+#endif

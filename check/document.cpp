@@ -1,0 +1,192 @@
+// The document of a text, with the places of its elements.
+
+#include "check/document.h"
+
+#include "appmngr/appmngr.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace check
+{
+
+namespace
+{
+
+// Longest value that a loader reads.
+constexpr size_t longestValue = 511;
+
+// What the parser means, by the line of its fault.
+constexpr struct {
+    int line;
+    const char *meaning;
+} refusals[] = {
+    {0, "the tag ends within an attribute"},
+    {155, "a tag without a name"},
+    {169, "this cannot stand in a name"},
+    {188, "an attribute name or the end of the tag belongs here"},
+    {199, "an attribute needs = and a value"},
+    {205, "the value of an attribute needs double quotes"},
+    {223, "this cannot stand in the value of an attribute"},
+    {232, "the tag ends within an attribute"},
+    {272, "< within a tag"},
+    {305, "/> outside of a start tag"},
+    {315, "an end tag without a name"},
+    {322, "the end tag is not that of the open element"},
+    {327, "this cannot stand in a name"},
+    {350, "the end tag is not that of the open element"},
+    {359, "the text ends within a tag"},
+    {367, "> outside of a tag"},
+    {374, "the text ends within an element"},
+    {406, "< within a tag, or behind the top element"},
+    {411, "an end tag without a start tag"},
+    {424, "> outside of a tag"},
+    {441, "the text ends within a tag"},
+    {452, "the text has no element"},
+    {690, "an earlier attribute of the element has this name or begins with it"},
+    {822, "an item beside elements that are none"},
+    {840, "an element that is no item beside items"},
+    {904, "no entities but &lt; &gt; &amp; are known"},
+    {1459, "the declaration does not end"},
+};
+
+std::string meaningOf(const XmlpFault &fault)
+{
+    for (const auto &refusal : refusals) {
+        if (refusal.line == fault.line) {
+            return refusal.meaning;
+        }
+    }
+    return fault.message;
+}
+
+// The first byte from at on, up to the next tag, that is not blank.
+size_t textFrom(std::string_view text, size_t at)
+{
+    at = text.find_first_not_of(" \t\n\r", at);
+    return at < text.size() && text[at] != '<' ? at : nowhere;
+}
+
+// The node behind node on a walk down the tree; null behind the last.
+const XmlpNode *following(const XmlpNode *node)
+{
+    if (node->firstChild != nullptr) {
+        return node->firstChild;
+    }
+    while (node != nullptr && node->next == nullptr) {
+        node = node->parent;
+    }
+    return node != nullptr ? node->next : nullptr;
+}
+
+size_t markSize(const std::string &text)
+{
+    return appmngr_getMarkSize(
+        appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())));
+}
+
+} // namespace
+
+Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_releaseDoc)
+{
+    // A loader takes the text as a string, and does not see what a NUL hides.
+    const size_t length = strnlen(source.text.data(), source.text.size());
+    const size_t skip = std::min(markSize(source.text), length);
+    XmlpFault fault = {};
+    XmlpLocationList locations = {};
+    document_.reset(xmlp_readDoc(source.text.data() + skip, static_cast<uint32_t>(length - skip), 1,
+                                 &fault, &locations));
+    if (document_ != nullptr) {
+        locateElements({source.text.data(), length}, skip, locations.items);
+        free(locations.items);
+        if (top() == nullptr) { // a tag that does not end is no element, and not refused either
+            source.add(Rule::RefusedText, length, "the text ends within a tag");
+        }
+        return;
+    }
+    const size_t at = fault.offset != XMLP_NOWHERE ? skip + fault.offset : 0;
+    std::string meaning = meaningOf(fault);
+    if (source.text.find("<!") < at) {
+        meaning += "; comments, CDATA and document types are not known";
+    }
+    source.add(Rule::RefusedText, at, meaning);
+}
+
+// The locations are those of the nodes on a walk down the tree, and count from origin.
+void Document::locateElements(std::string_view text, size_t origin, const XmlpLocation *locations)
+{
+    outside_.text = textFrom(text, origin + document_->tree->headerLen);
+    for (const XmlpNode *node = top(); node != nullptr; node = following(node), locations++) {
+        Position &position = positions_[node];
+        position.tag = origin + locations->tag;
+        position.content = origin + locations->content;
+        if (locations->content < locations->end) {
+            position.text = textFrom(text, position.content);
+        }
+        Position &around = node == top() ? outside_ : positions_[node->parent];
+        if (around.text == nowhere) {
+            around.text = textFrom(text, origin + locations->end);
+        }
+    }
+}
+
+const XmlpNode *Document::top() const
+{
+    return document_ != nullptr ? document_->tree->root->firstChild : nullptr;
+}
+
+const Position &Document::positionOf(const XmlpNode *node) const
+{
+    static const Position beginning;
+    const auto found = positions_.find(node);
+    return found != positions_.end() ? found->second : beginning;
+}
+
+size_t Document::placeInValue(const XmlpNode *node, size_t index) const
+{
+    size_t at = positionOf(node).content;
+    for (; index > 0 && at < source_.text.size(); index--) {
+        // An entity stands for one byte.
+        at = source_.text[at] == '&' ? source_.text.find(';', at) + 1 : at + 1;
+    }
+    return at;
+}
+
+size_t Document::outerText() const
+{
+    return outside_.text;
+}
+
+std::string_view valueOf(const XmlpNode *node)
+{
+    if (node->value == nullptr) {
+        return {};
+    }
+    return {reinterpret_cast<const char *>(node->value),
+            std::min<size_t>(node->valueSize, longestValue)};
+}
+
+bool isLong(const XmlpNode *node)
+{
+    return node->valueSize > longestValue;
+}
+
+bool isNamed(const XmlpNode *node, const char *name)
+{
+    return appmngr_strcasecmpSafe(node->name, name) == 0;
+}
+
+std::vector<const XmlpNode *> childrenNamed(const XmlpNode *node, const char *name)
+{
+    std::vector<const XmlpNode *> children;
+    for (const XmlpNode *child = node->firstChild; child != nullptr; child = child->next) {
+        if (child->type != XMLP_NODE_NONE && isNamed(child, name)) {
+            children.push_back(child);
+        }
+    }
+    return children;
+}
+
+} // namespace check

@@ -1,0 +1,103 @@
+// Places in a text: line, column, and the piece of the line around them.
+
+#include "check/source.h"
+
+#include <algorithm>
+
+namespace check
+{
+
+namespace
+{
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+// Bytes of a line that are shown before and behind a place; a whole document may be one line.
+constexpr size_t shownBefore = 60;
+constexpr size_t shownBehind = 40;
+
+constexpr size_t quotedLength = 40;
+
+bool continuesCharacter(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+// Does not let bytes of a file steer a terminal.
+std::string printable(std::string_view text)
+{
+    std::string shown(text);
+    for (char &byte : shown) {
+        const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7F';
+        byte = isControl && byte != '\t' ? '?' : byte;
+    }
+    return shown;
+}
+
+// Moves at back to the first byte of its character, but not before first.
+size_t characterStart(std::string_view text, size_t at, size_t first)
+{
+    while (at > first && at < text.size() && continuesCharacter(text[at])) {
+        at--;
+    }
+    return at;
+}
+
+} // namespace
+
+void Source::add(Rule rule, size_t offset, const std::string &message)
+{
+    findings.push_back({rule, std::min(offset, text.size()), printable(message)});
+}
+
+bool Source::hasErrors() const
+{
+    return std::any_of(findings.begin(), findings.end(), [](const Finding &finding) {
+        return describe(finding.rule).severity == Severity::Error;
+    });
+}
+
+std::string quoted(std::string_view text)
+{
+    const size_t length = characterStart(text, std::min(text.size(), quotedLength), 0);
+    return "'" + std::string(text.substr(0, length)) + (length < text.size() ? "...'" : "'");
+}
+
+PlaceFinder::PlaceFinder(const std::string &text) : text_(text)
+{
+    if (text_.substr(0, byteOrderMark.size()) == byteOrderMark) {
+        at_ = lineStart_ = byteOrderMark.size();
+    }
+}
+
+Place PlaceFinder::find(size_t offset)
+{
+    for (; at_ < offset && at_ < text_.size(); at_++) {
+        if (text_[at_] == '\n') {
+            line_++;
+            column_ = 1;
+            lineStart_ = at_ + 1;
+        } else if (!continuesCharacter(text_[at_])) {
+            column_++;
+        }
+    }
+    const size_t cut = at_ - lineStart_ > shownBefore ? at_ - shownBefore : lineStart_;
+    const size_t begin = characterStart(text_, cut, lineStart_);
+    const std::string_view rest = text_.substr(at_);
+    const size_t shown =
+        std::min(rest.substr(0, shownBehind + 1).find_first_of("\r\n"), rest.size());
+    const size_t end = shown <= shownBehind ? shown : characterStart(rest, shownBehind, 0);
+    const std::string before =
+        (begin > lineStart_ ? "..." : "") + printable(text_.substr(begin, at_ - begin));
+    Place place = {line_, column_, {}, {}};
+    place.excerpt = before + printable(rest.substr(0, end)) + (end < shown ? "..." : "");
+    for (const char byte : before) {
+        if (!continuesCharacter(byte)) {
+            place.caret += byte == '\t' ? '\t' : ' ';
+        }
+    }
+    place.caret += '^';
+    return place;
+}
+
+} // namespace check

@@ -1,0 +1,118 @@
+// A text of a database: its document, the rules of its database, and what the loader says.
+
+#include "check/text.h"
+
+#include "appmngr/appmngr.h"
+#include "check/application.h"
+#include "check/device.h"
+#include "check/document.h"
+#include "check/failure.h"
+#include "check/input_file.h"
+#include "check/priority.h"
+
+#include <algorithm>
+#include <string>
+
+namespace check
+{
+
+namespace
+{
+
+// Many times what any device loads; what is longer is not looked at.
+constexpr size_t longestChecked = 4 << 20;
+
+bool isPriority(const Database &database)
+{
+    return &database == &priorityDatabase;
+}
+
+// Of what no rule explains, the loader's own line is reported.
+void checkLoad(const Database &database, Source &source)
+{
+    const LoaderRun run =
+        isPriority(database) ? loadPriorityText(source.text) : loadApplicationText(source.text);
+    const std::string line = firstDiagnostic(run);
+    if (run.status != 0 || !line.empty()) {
+        source.add(Rule::LoaderLine, 0, "the loader reports " + line);
+    }
+}
+
+void checkDocument(const Database &database, const Document &document, Source &source,
+                   AppIds &appIds)
+{
+    const char *const root = isPriority(database) ? "AppSortDB" : "AppDB";
+    if (!isNamed(document.top(), root)) {
+        source.add(Rule::WrongRoot, document.positionOf(document.top()).tag,
+                   "the top element is " + quoted(document.top()->name) + ", not " + quoted(root));
+        return;
+    }
+    if (isPriority(database)) {
+        checkPriorities(document, appIds ? &*appIds : nullptr, source);
+    } else {
+        appIds = checkApplications(document, source);
+    }
+    if (!source.hasErrors()) {
+        checkLoad(database, source);
+    }
+}
+
+// Whether a text and its image would have room on the device.
+void checkRoom(const Database &database, Source &source)
+{
+    if (source.text.size() > database.textLimit) {
+        source.add(Rule::TextSize, database.textLimit,
+                   "the text takes " + std::to_string(source.text.size()) +
+                       " bytes; there is room for " + std::to_string(database.textLimit));
+        return;
+    }
+    try {
+        packDatabase({"", source.text}, database);
+    } catch (const Failure &failure) {
+        // Behind the name of the file, here an empty one, stands the reason.
+        source.add(Rule::ImageSize, 0, std::string(failure.what()).substr(2));
+    }
+}
+
+} // namespace
+
+bool looksLikeXml(const std::string &file)
+{
+    switch (appmngr_checkEncoding(file.data(),
+                                  static_cast<uint32_t>(std::min<size_t>(file.size(), 3)))) {
+    case APPMNGR_MARK_UTF8:
+    case APPMNGR_MARK_UTF16LE:
+    case APPMNGR_MARK_UTF16BE:
+        return true;
+    default:
+        break;
+    }
+    const size_t first = file.find_first_not_of(" \t\r\n");
+    return first != std::string::npos && file[first] == '<';
+}
+
+void checkText(const Database &database, Source &source, AppIds &appIds)
+{
+    const Document document(source);
+    if (document.top() != nullptr) {
+        checkDocument(database, document, source, appIds);
+    }
+}
+
+void checkXmlFile(Source &source)
+{
+    if (source.text.size() > longestChecked) {
+        checkRoom(applicationDatabase, source);
+        return;
+    }
+    const Document document(source);
+    const bool holdsPriorities = document.top() != nullptr && isNamed(document.top(), "AppSortDB");
+    const Database &database = holdsPriorities ? priorityDatabase : applicationDatabase;
+    checkRoom(database, source);
+    AppIds none;
+    if (document.top() != nullptr) {
+        checkDocument(database, document, source, none);
+    }
+}
+
+} // namespace check

@@ -1,0 +1,41 @@
+/*
+ * The values of elements: numbers, texts of limited length, expiry dates.
+ */
+#ifndef CHECK_VALUES_H
+#define CHECK_VALUES_H
+
+#include "check/document.h"
+#include "check/source.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace check
+{
+
+/* The number that a loader reads from the value of node, 0 when it cannot. */
+int32_t numberOf(const XmlpNode *node);
+
+/* What makes a number a doubtful one, as the end of a sentence about it; null for nothing. */
+const char *doubtAbout(std::string_view number);
+
+/* Reports a value that is a doubtful number. */
+void checkNumber(const Document &document, const XmlpNode *node, Source &source);
+
+/* Reports a text that has more than limit bytes. */
+void checkTextLength(const Document &document, const XmlpNode *node, size_t limit, Source &source);
+
+/*
+ * Reports an expiry date that is no date, or in the past. One that cannot be read at all is an
+ * error where a loader reads it (isRead).
+ */
+void checkExpiry(const Document &document, const XmlpNode *node, bool isRead, Source &source);
+
+/* The pieces of text between the bytes of separators; runs of these count as one. */
+std::vector<std::string_view> split(std::string_view text, std::string_view separators);
+
+} // namespace check
+
+#endif
