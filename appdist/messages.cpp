@@ -1,13 +1,20 @@
 // Building the messages to the classifier and sending them.
 
-#include "appdist/message.h"
+#include "appdist/appdist.h"
 
 #include "appmngr/appmngr_model.h"
 
 #include <errno.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+
+static_assert(sizeof(appdist_message) == 64, "message head");
+static_assert(offsetof(appdist_message, op) == 16, "message head");
+static_assert(offsetof(appdist_message, count) == 20, "message head");
+static_assert(offsetof(appdist_message, record_size) == 24, "message head");
+static_assert(offsetof(appdist_message, parameter) == 28, "message head");
 
 /* ---- Building -------------------------------------------------------------------------- */
 
@@ -49,20 +56,20 @@ static appdist_message *newRecords(const appdist_handle *handle, uint16_t type, 
     return message;
 }
 
-appdist_message *_appdist_new_app_rules(const appdist_handle *handle)
+appdist_message *appdist_new_app_rules(const appdist_handle *handle)
 {
     return newRecords(handle, APPDIST_MESSAGE_APP_RULES, g_appmngr_appDb.rule,
                       g_appmngr_appDb.ruleCount, sizeof(appmngr_rule));
 }
 
-appdist_message *_appdist_new_dns_rules(const appdist_handle *handle)
+appdist_message *appdist_new_dns_rules(const appdist_handle *handle)
 {
     return newRecords(handle, APPDIST_MESSAGE_DNS_RULES, g_appmngr_appDns.rule,
                       g_appmngr_appDns.count, sizeof(appmngr_dnsRule));
 }
 
-appdist_message *_appdist_new_buffer(const appdist_handle *handle, const void *buffer,
-                                     int32_t length)
+appdist_message *appdist_new_buffer(const appdist_handle *handle, const void *buffer,
+                                    int32_t length)
 {
     const uint32_t count = length > 0 ? static_cast<uint32_t>(length) : 0;
     return newRecords(handle, APPDIST_MESSAGE_BUFFER, buffer, count, 1);
@@ -90,17 +97,17 @@ static int32_t sendMessage(appdist_handle *handle, appdist_message *message)
 
 int32_t appdist_send_app_rules(appdist_handle *handle)
 {
-    return sendMessage(handle, _appdist_new_app_rules(handle));
+    return sendMessage(handle, appdist_new_app_rules(handle));
 }
 
 int32_t appdist_send_dns_rules(appdist_handle *handle)
 {
-    return sendMessage(handle, _appdist_new_dns_rules(handle));
+    return sendMessage(handle, appdist_new_dns_rules(handle));
 }
 
 int32_t appdist_send_buffer(appdist_handle *handle, const void *buffer, int32_t length)
 {
-    return sendMessage(handle, _appdist_new_buffer(handle, buffer, length));
+    return sendMessage(handle, appdist_new_buffer(handle, buffer, length));
 }
 
 int32_t appdist_send_params(appdist_handle *handle, uint32_t a, uint32_t b, uint32_t c, uint32_t d)

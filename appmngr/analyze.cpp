@@ -2,8 +2,6 @@
 
 #include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
-#include "loader/diagnostic.h"
-#include "loader/image.h"
 
 #include <string.h>
 
@@ -40,12 +38,12 @@ static int fillTables(XmlpNode *root)
 {
     if (appmngr_parseThroughXML("root", root) != 0) {
         // unreachable: it always returns 0 (LCOV_EXCL_START)
-        _appmngr_report("appmngr_analyzeDbFile", 2318, "appmngr_parseThroughXML failed\n");
+        appmngr_report("appmngr_analyzeDbFile", 2318, "appmngr_parseThroughXML failed\n");
         return -1;
         // LCOV_EXCL_STOP
     }
     if (_appmngr_alloc_for_appdb() != 0) {
-        _appmngr_report("appmngr_analyzeDbFile", 2325, "_appmngr_alloc_for_appdb failed\n");
+        appmngr_report("appmngr_analyzeDbFile", 2325, "_appmngr_alloc_for_appdb failed\n");
         return -1;
     }
     // The ids come first, so that an application may name a type that is defined after it.
@@ -56,7 +54,7 @@ static int fillTables(XmlpNode *root)
     int status = _appmngr_walkChildren(root, 0);
     appmngr_setHandlerInfo(nullptr);
     if (status != 0) {
-        _appmngr_report("appmngr_analyzeDbFile", 2341, "appmngr_xmlnode_handler failed\n");
+        appmngr_report("appmngr_analyzeDbFile", 2341, "appmngr_xmlnode_handler failed\n");
         return status;
     }
     g_appmngr_appDb.ruleCount = g_appmngr_count.ruleCur;

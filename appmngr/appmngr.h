@@ -60,6 +60,9 @@ typedef struct appmngr_tagHandler {
     appmngr_handler handler; /* null: the row is passed over */
 } appmngr_tagHandler;
 
+/* The table of the application database's elements. */
+extern const appmngr_tagHandler _appmngr_appDbHandlers[];
+
 /*
  * Set and read the current table; null for none. The table is not copied. A handler may set
  * another one: the elements after its own go by that.
@@ -78,6 +81,11 @@ int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context);
  * in order. An element without type, or null, has none. Fails when there is no table.
  */
 int appmngr_childnode_handler(XmlpNode *node, appmngr_context context);
+
+/* ---- Upload ---------------------------------------------------------------------------- */
+
+/* Sends the rule and DNS keyword tables to the kernel. Returns 0, or -1 after reporting. */
+int _appmngr_sendMsgToKernel(void);
 
 /* ---- Values ---------------------------------------------------------------------------- */
 

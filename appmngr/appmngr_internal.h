@@ -5,28 +5,11 @@
 #define APPMNGR_APPMNGR_INTERNAL_H
 
 #include "appmngr/appmngr.h"
-#include "appmngr/appmngr_model.h"
 
 #pragma GCC visibility push(hidden)
 extern "C" {
 
-/*
- * Allocates the zeroed tables for the counts of g_appmngr_count; an earlier load's are released.
- * Returns 0, or -1 when memory is short, and when there is no tuple, no type, no application or
- * more than APPMNGR_TYPE_MAX types: then the counts stand without tables.
- */
-int _appmngr_alloc_for_appdb(void);
-
-/* Returns the first type with this id, or null. */
-appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id);
-
-/* Sends the rule and DNS keyword tables to the kernel. Returns 0, or -1 after reporting. */
-int _appmngr_sendMsgToKernel(void);
-
 /* ---- The walk -------------------------------------------------------------------------- */
-
-/* The handlers of the application database's elements. */
-extern const appmngr_tagHandler _appmngr_appDbHandlers[];
 
 /* What the children of a container are given as context. */
 typedef enum appmngr_below {

@@ -1,5 +1,5 @@
 /*
- * The application database: records, process-wide tables and result codes.
+ * The application database: result codes and diagnostics, records, process-wide tables and buffers.
  *
  * Integers are 32-bit in host byte order unless said otherwise. Text fields are fixed arrays,
  * zero-filled, holding at most size - 1 characters.
@@ -44,6 +44,15 @@ enum {
 
 /* Returns the name of a result code, "ERROR NOT IN LIST" for a number that has none. */
 const char *appmngr_errToStr(int16_t code);
+
+/* ---- Diagnostics ----------------------------------------------------------------------- */
+
+/* Prints "[Error](function) line: " and the message on standard output. */
+void appmngr_report(const char *function, int line, const char *format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+/* The same for the function at hand; line is part of the message. */
+#define APPMNGR_ERROR(line, ...) appmngr_report(__func__, line, __VA_ARGS__)
 
 /* ---- Records --------------------------------------------------------------------------- */
 
@@ -158,6 +167,13 @@ extern appmngr_counters g_appmngr_count;
 extern uint32_t g_appmngr_typeIds[APPMNGR_TYPE_MAX]; /* in document order */
 extern appmngr_appDescDb g_appmngr_appDesc;
 
+/*
+ * Allocates the zeroed tables for the counts of g_appmngr_count; an earlier load's are released.
+ * Returns 0, or -1 when memory is short, and when there is no tuple, no type, no application or
+ * more than APPMNGR_TYPE_MAX types: then the counts stand without tables.
+ */
+int _appmngr_alloc_for_appdb(void);
+
 /* Releases the tables and clears g_appmngr_appDb and g_appmngr_appDns; reports freed DNS rules. */
 void appmngr_appdb_free(void);
 
@@ -171,8 +187,38 @@ int appmngr_appdesc_alloc(void);
 /* Releases the tables of g_appmngr_appDesc and clears it. */
 void appmngr_appdesc_free(void);
 
-/* Returns the first application with this id, or null. */
+/* Releases and clears the tables of an earlier load, with the counts. Returns 0. */
+int appmngr_dbReInit(void);
+
+/* Return the first application or type with this id, or null. */
 appmngr_app *appmngr_getAppById(uint32_t id);
+appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id);
+
+/* ---- Working buffers of a load --------------------------------------------------------- */
+
+/* Bytes of the file that one image may take, and the size of the read buffer. */
+#define APPMNGR_IMAGE_SIZE 65536u
+
+/* Fixed sizes and offsets, in bytes. */
+typedef struct appmngr_settings {
+    uint32_t xmlBufSize;     /* XML text buffer, the limit of decompression */
+    uint32_t scratchBufSize; /* scratch buffer */
+    uint32_t imageOffset;    /* where the application database image begins in the file */
+    uint32_t reserved[3];    /* further sizes, not used by the load */
+} appmngr_settings;
+
+extern const appmngr_settings g_appmngr_settings;
+
+/* The working buffers, null while not allocated. */
+extern unsigned char *g_appmngr_imageBuf; /* APPMNGR_IMAGE_SIZE bytes */
+extern char *g_appmngr_xmlBuf;            /* xmlBufSize bytes, NUL-terminated text */
+extern unsigned char *g_appmngr_scratchBuf;
+
+/* Allocates and clears the three buffers; on failure those that were allocated stay. */
+int appmngr_file_alloc(void);
+
+/* Releases the three buffers. Returns 0. */
+int appmngr_file_free(void);
 
 #ifdef __cplusplus
 }

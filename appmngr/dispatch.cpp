@@ -1,7 +1,6 @@
 // The filling pass: dispatches every element to the rows of the current handler table.
 
 #include "appmngr/appmngr_internal.h"
-#include "loader/diagnostic.h"
 
 #include <stdlib.h>
 #include <string.h>

@@ -6,7 +6,6 @@
 
 #include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
-#include "loader/diagnostic.h"
 
 #include <arpa/inet.h>
 
@@ -187,7 +186,7 @@ static constexpr EndpointFaults destFaults = {1343, "Analyze the dest pair ip fa
                                               "inet_pton failed, str = [%s]!\n"};
 
 // Reports under the name of the tuple handler, whose faults these are.
-#define TUPLE_ERROR(line, ...) _appmngr_report("_appmngr_xmlnode_handler_tuple", line, __VA_ARGS__)
+#define TUPLE_ERROR(line, ...) appmngr_report("_appmngr_xmlnode_handler_tuple", line, __VA_ARGS__)
 
 // Reads "address:port"; the address 0 is any.
 static int readEndpoint(char *text, const EndpointFaults *faults, uint32_t *address, uint16_t *port)

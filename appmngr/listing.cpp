@@ -1,7 +1,6 @@
 // Listings of the loaded tables, for a person to read.
 
 #include "appmngr/appmngr.h"
-#include "loader/image.h"
 
 #include <arpa/inet.h>
 #include <stdio.h>

@@ -1,4 +1,4 @@
-// The tables of the application database, and the layout of what the kernel gets of them.
+// The tables and buffers of the application database, and the layout of what the kernel gets.
 //
 // Rule record, host byte order but for the addresses:
 //
@@ -14,11 +14,13 @@
 //     | enable | start  | end    | minlength| dpiType      | dpiCode                       |
 //     +--------+--------+--------+----------+--------------+-------------------------------+
 
-#include "appmngr/appmngr_internal.h"
+#include "appmngr/appmngr_model.h"
 
+#include <stdarg.h>
 #include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 static_assert(sizeof(appmngr_feature) == 288);
 static_assert(offsetof(appmngr_feature, dpiType) == 16);
@@ -32,6 +34,60 @@ static_assert(sizeof(appmngr_dnsRule) == 20);
 static_assert(sizeof(appmngr_app) == 136);
 static_assert(sizeof(appmngr_appType) == 644);
 static_assert(sizeof(appmngr_counters) == 13 * sizeof(uint32_t));
+
+void appmngr_report(const char *function, int line, const char *format, ...)
+{
+    printf("[Error](%s) %d: ", function, line);
+    va_list args;
+    va_start(args, format);
+    vprintf(format, args);
+    va_end(args);
+}
+
+/* ---- Buffers ------------------------------------------------------------------------------- */
+
+const appmngr_settings g_appmngr_settings = {204800, 51200, 0, {65536, 98304, 163840}};
+
+unsigned char *g_appmngr_imageBuf;
+char *g_appmngr_xmlBuf;
+unsigned char *g_appmngr_scratchBuf;
+
+int appmngr_file_alloc(void)
+{
+    const uint32_t scratchSize = g_appmngr_settings.scratchBufSize;
+    const uint32_t xmlSize = g_appmngr_settings.xmlBufSize;
+    if (g_appmngr_scratchBuf == nullptr) {
+        g_appmngr_scratchBuf = static_cast<unsigned char *>(malloc(scratchSize));
+    }
+    if (g_appmngr_xmlBuf == nullptr) {
+        g_appmngr_xmlBuf = static_cast<char *>(malloc(xmlSize));
+    }
+    // One that is there is overwritten, not freed: a process loads once.
+    g_appmngr_imageBuf = static_cast<unsigned char *>(malloc(APPMNGR_IMAGE_SIZE));
+
+    if (g_appmngr_scratchBuf == nullptr || g_appmngr_xmlBuf == nullptr ||
+        g_appmngr_imageBuf == nullptr) {
+        APPMNGR_ERROR(2400, "malloc memory faild.\n");
+        return -1;
+    }
+    memset(g_appmngr_scratchBuf, 0, scratchSize);
+    memset(g_appmngr_xmlBuf, 0, xmlSize);
+    memset(g_appmngr_imageBuf, 0, APPMNGR_IMAGE_SIZE);
+    return 0;
+}
+
+int appmngr_file_free(void)
+{
+    free(g_appmngr_scratchBuf);
+    g_appmngr_scratchBuf = nullptr;
+    free(g_appmngr_xmlBuf);
+    g_appmngr_xmlBuf = nullptr;
+    free(g_appmngr_imageBuf);
+    g_appmngr_imageBuf = nullptr;
+    return 0;
+}
+
+/* ---- Tables -------------------------------------------------------------------------------- */
 
 appmngr_appDb g_appmngr_appDb;
 appmngr_app *g_appmngr_app;
@@ -117,6 +173,15 @@ void appmngr_appdesc_free(void)
     free(g_appmngr_appDesc.app);
     free(g_appmngr_appDesc.type);
     g_appmngr_appDesc = {};
+}
+
+int appmngr_dbReInit(void)
+{
+    appmngr_appdb_free();
+    appmngr_appdesc_free();
+    memset(g_appmngr_typeIds, 0, sizeof(g_appmngr_typeIds));
+    memset(&g_appmngr_count, 0, sizeof(g_appmngr_count));
+    return 0;
 }
 
 appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id)

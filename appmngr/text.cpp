@@ -1,7 +1,6 @@
 // Small text helpers: protocol names, comparison, splitting, bitmaps, escaping.
 
 #include "appmngr/appmngr.h"
-#include "loader/diagnostic.h"
 
 #include <limits.h>
 #include <stdio.h>

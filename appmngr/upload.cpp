@@ -1,8 +1,7 @@
 // The upload of the tables.
 
 #include "appdist/appdist.h"
-#include "appmngr/appmngr_internal.h"
-#include "loader/diagnostic.h"
+#include "appmngr/appmngr.h"
 
 int _appmngr_sendMsgToKernel(void)
 {

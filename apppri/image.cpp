@@ -1,9 +1,9 @@
 // Reading the database image of the file.
 
-#include "loader/image.h"
 #include "apppri/apppri.h"
 
-#include "loader/diagnostic.h"
+#include "appmngr/appmngr_model.h"
+#include "loader/loader.h"
 
 #include <string.h>
 

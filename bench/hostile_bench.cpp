@@ -5,7 +5,6 @@
 
 #include "appmngr/appmngr.h"
 #include "bench/benchmarks.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 #include "xmlp/xmlp.h"
 

@@ -1,7 +1,7 @@
 // Packing a text into a database image.
 
-#include "loader/image.h"
 #include "bench/documents.h"
+#include "loader/loader.h"
 
 #include <cstdint>
 #include <cstdlib>

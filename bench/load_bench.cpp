@@ -3,11 +3,10 @@
 // Benchmarks are named stage/database/size/STAGE; "raw" is what the others are compared with.
 
 #include "appdist/appdist.h"
-#include "appmngr/appmngr_internal.h"
+#include "appmngr/appmngr.h"
 #include "bench/benchmarks.h"
 #include "bench/documents.h"
 #include "bench/raw_decode.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 #include "xmlp/xmlp.h"
 

@@ -3,7 +3,7 @@
 #include "check/database.h"
 
 #include "check/failure.h"
-#include "loader/image.h"
+#include "loader/loader.h"
 
 #include <algorithm>
 #include <lzma.h>

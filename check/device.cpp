@@ -7,7 +7,6 @@
 #include "check/diagnostics.h"
 #include "check/failure.h"
 #include "dbimage/dbimage.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 
 #include <algorithm>

@@ -7,7 +7,6 @@
 #include "check/database.h"
 #include "check/diagnostics.h"
 #include "check/failure.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 
 #include <cstring>

@@ -3,8 +3,7 @@
 
 include(CMakePackageConfigHelpers)
 
-# In the order in which a linker wants them: each before those that it needs.
-set(tarn_libraries dbimage apppri loader appmngr image appdist appmodel xmlp)
+set(tarn_libraries dbimage apppri loader appmngr appdist xmlp)
 
 set(tarn_public_headers
   appdist/appdist.h
@@ -12,7 +11,6 @@ set(tarn_public_headers
   appmngr/appmngr_model.h
   apppri/apppri.h
   dbimage/dbimage.h
-  loader/image.h
   loader/loader.h
   xmlp/xmlp.h)
 
@@ -42,7 +40,9 @@ install(FILES
 file(RELATIVE_PATH tarn_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" tarn_prefix_from_pc ${tarn_prefix_from_pc})
+# A linker wants each before those that it needs; appmngr and appdist need each other.
 list(TRANSFORM tarn_libraries PREPEND -ltarn- OUTPUT_VARIABLE link_flags)
+list(INSERT link_flags 5 -ltarn-appmngr)
 list(JOIN link_flags " " tarn_link_flags)
 configure_file(cmake/tarn-appdb.pc.in tarn-appdb.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn-appdb.pc

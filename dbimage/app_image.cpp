@@ -1,8 +1,7 @@
 #include "dbimage/dbimage_internal.h"
 
 #include "appmngr/appmngr_model.h"
-#include "loader/diagnostic.h"
-#include "loader/image.h"
+#include "loader/loader.h"
 
 #include <arpa/inet.h>
 #include <stdio.h>

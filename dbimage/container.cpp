@@ -1,7 +1,6 @@
 #include "dbimage/dbimage_internal.h"
 
 #include "appmngr/appmngr_model.h"
-#include "loader/diagnostic.h"
 
 #include <arpa/inet.h>
 #include <stddef.h>

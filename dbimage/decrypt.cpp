@@ -1,6 +1,6 @@
 #include "dbimage/dbimage.h"
 
-#include "loader/diagnostic.h"
+#include "appmngr/appmngr_model.h"
 
 #include <arpa/inet.h>
 #include <string.h>

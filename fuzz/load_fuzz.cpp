@@ -1,11 +1,10 @@
 // An image file, or the text in one, through a whole load of one of its two databases; then what it
 // filled is listed and looked up.
 
-#include "appdist/message.h"
-#include "appmngr/appmngr_internal.h"
+#include "appdist/appdist.h"
+#include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
 #include "fuzz/input.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 #include "tests/fake_kernel.h"
 

@@ -1,9 +1,6 @@
 // The database file and the image in it.
 
-#include "loader/image.h"
-
-#include "loader/diagnostic.h"
-#include "loader/loader_internal.h"
+#include "loader/loader.h"
 
 #include <stdio.h>
 #include <string.h>

@@ -7,7 +7,7 @@
 //     +---------+----------+--------------+---------------+--------------------------+
 //      4 bytes   1 byte     5 bytes        8 bytes         N - 14 bytes
 
-#include "loader/image.h"
+#include "loader/loader.h"
 
 #include <lzma.h>
 #include <stdlib.h>

@@ -1,6 +1,5 @@
 // tarn-db-loader: loads an application database into the kernel's traffic classifier.
 
-#include "loader/image.h"
 #include "loader/loader.h"
 
 #include <malloc.h>

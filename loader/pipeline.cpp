@@ -1,24 +1,10 @@
 // The load pipeline: its stages, in order.
 
 #include "appmngr/appmngr.h"
-#include "appmngr/appmngr_internal.h"
-#include "loader/diagnostic.h"
-#include "loader/image.h"
 #include "loader/loader.h"
-#include "loader/loader_internal.h"
 
-#include <string.h>
-
-int appmngr_dbReInit(void)
-{
-    appmngr_appdb_free();
-    appmngr_appdesc_free();
-    memset(g_appmngr_typeIds, 0, sizeof(g_appmngr_typeIds));
-    memset(&g_appmngr_count, 0, sizeof(g_appmngr_count));
-    return 0;
-}
-
-int _appmngr_readFromDatabase(void)
+// The stages of a load, in order, up to the first that fails.
+static int _appmngr_readFromDatabase()
 {
     if (appmngr_file_alloc() != 0) {
         APPMNGR_ERROR(2563, "appmngr_file_alloc failed\n");

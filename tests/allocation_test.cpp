@@ -8,10 +8,9 @@
  * - the record of a channel whose buffer size cannot be set: nobody (system_calls_test.cpp).
  */
 #include "appdist/appdist.h"
-#include "appmngr/appmngr_internal.h"
+#include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
 #include "dbimage/dbimage.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 #include "tests/document.h"
 #include "tests/fake_kernel.h"

@@ -1,8 +1,7 @@
 // From XML text to tables: counting, dispatch, handlers, and the text helpers under them.
 
 #include "appdist/appdist.h"
-#include "appmngr/appmngr_internal.h"
-#include "loader/image.h"
+#include "appmngr/appmngr.h"
 #include "loader/loader.h"
 #include "tests/document.h"
 

@@ -3,7 +3,7 @@
 #include "apppri/apppri_internal.h"
 
 #include "appmngr/appmngr.h"
-#include "loader/image.h"
+#include "loader/loader.h"
 #include "tests/fake_kernel.h"
 #include "tests/lzma_image.h"
 

@@ -1,7 +1,6 @@
 // The image reader, on images made with the encoder of liblzma.
 
-#include "loader/image.h"
-#include "loader/loader_internal.h"
+#include "loader/loader.h"
 #include "tests/faults.h"
 #include "tests/lzma_image.h"
 

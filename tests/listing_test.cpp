@@ -2,7 +2,6 @@
  * The listings and the JSON export of small tables, whole.
  */
 #include "appmngr/appmngr.h"
-#include "loader/image.h"
 #include "tests/capture.h"
 
 static appmngr_app apps[] = {{7, 1, "Bird Call"}, {0xFFFFFFFF, -1, ""}};

@@ -2,10 +2,9 @@
 // returns and prints, and that it closes what it opened. The calls of the channel fail in the fake
 // kernel, those on files for real.
 
-#include "appdist/message.h"
-#include "appmngr/appmngr_internal.h"
+#include "appdist/appdist.h"
+#include "appmngr/appmngr.h"
 #include "apppri/list.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 #include "tests/fake_kernel.h"
 #include "tests/faults.h"

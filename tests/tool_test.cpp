@@ -2,7 +2,7 @@
 
 #include "check/database.h"
 #include "check/failure.h"
-#include "loader/image.h"
+#include "loader/loader.h"
 #include "tests/program.h"
 #include "tests/update_file.h"
 #include "tool/file.h"

@@ -1,6 +1,6 @@
 // tarn-db-tool messages - what a load of an image would send to the kernel.
 
-#include "appdist/message.h"
+#include "appdist/appdist.h"
 #include "check/diagnostics.h"
 #include "check/failure.h"
 #include "check/tables.h"
@@ -39,9 +39,9 @@ std::vector<Message> newMessages(bool priority)
     };
     if (priority) {
         const std::vector<unsigned char> map = check::priorityMap();
-        add(_appdist_new_buffer(&channel, map.data(), static_cast<int32_t>(map.size())));
-    } else if (add(_appdist_new_app_rules(&channel))) {
-        add(_appdist_new_dns_rules(&channel)); // a load without rules does not come to them
+        add(appdist_new_buffer(&channel, map.data(), static_cast<int32_t>(map.size())));
+    } else if (add(appdist_new_app_rules(&channel))) {
+        add(appdist_new_dns_rules(&channel)); // a load without rules does not come to them
     }
     return messages;
 }

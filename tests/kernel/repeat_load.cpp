@@ -3,7 +3,6 @@
 // these. The exit status is 1 when a load left memory or a descriptor behind.
 
 #include "apppri/apppri.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 
 #include <cstdio>

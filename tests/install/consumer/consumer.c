@@ -7,7 +7,6 @@
 #include "appmngr/appmngr_model.h"
 #include "apppri/apppri.h"
 #include "dbimage/dbimage.h"
-#include "loader/image.h"
 #include "loader/loader.h"
 #include "xmlp/xmlp.h"
 
