@@ -3,29 +3,16 @@
 
 include(CMakePackageConfigHelpers)
 
+# In link order: each before those it needs.
 set(tarn_libraries dbimage apppri loader appmngr appdist xmlp)
-
-set(tarn_public_headers
-  appdist/appdist.h
-  appmngr/appmngr.h
-  appmngr/appmngr_model.h
-  apppri/apppri.h
-  dbimage/dbimage.h
-  loader/loader.h
-  xmlp/xmlp.h)
 
 set(tarn_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tarn-appdb)
 set(tarn_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 list(TRANSFORM tarn_libraries PREPEND tarn- OUTPUT_VARIABLE library_targets)
 install(TARGETS ${library_targets} EXPORT tarn-appdb
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
-foreach(header IN LISTS tarn_public_headers)
-  get_filename_component(module ${header} DIRECTORY)
-  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb/${module}
-    COMPONENT dev)
-endforeach()
-
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb COMPONENT dev)
 install(EXPORT tarn-appdb NAMESPACE tarn:: FILE tarn-appdb-targets.cmake
   DESTINATION ${tarn_cmake_dir} COMPONENT dev)
 configure_package_config_file(cmake/tarn-appdb-config.cmake.in tarn-appdb-config.cmake

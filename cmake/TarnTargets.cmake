@@ -25,20 +25,19 @@ endif()
 # For what needs neither exceptions nor RTTI, and no tables to unwind the stack by.
 set(TARN_PLAIN_CODE -fno-exceptions -fno-rtti -fno-asynchronous-unwind-tables -fno-unwind-tables)
 
-# tarn_add_library(NAME SOURCES file... [LINKS target...] [PRIVATE_LINKS target...])
+# tarn_add_library(NAME SOURCES file... [HEADERS file...] [LINKS target...] [PRIVATE_LINKS target...])
 #
-# A static product library tarn-NAME, linked as tarn::NAME. Its code needs neither exceptions
-# nor RTTI nor the C++ library, so that a program made of it links libc only.
+# A static product library tarn-NAME, linked as tarn::NAME, whose HEADERS are installed. Its code
+# needs neither exceptions nor RTTI nor the C++ library, so a program built on it links libc only.
 function(tarn_add_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
   add_library(tarn-${name} STATIC ${ARG_SOURCES})
   add_library(tarn::${name} ALIAS tarn-${name})
   set_target_properties(tarn-${name} PROPERTIES EXPORT_NAME ${name})
   target_compile_options(tarn-${name} PRIVATE ${TARN_PLAIN_CODE}
     -ffunction-sections -fdata-sections) # the linker drops what a program does not use
-  target_include_directories(tarn-${name} PUBLIC
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb>)
+  target_sources(tarn-${name} PUBLIC
+    FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARG_HEADERS})
   target_link_libraries(tarn-${name}
     PUBLIC ${ARG_LINKS}
     PRIVATE $<BUILD_INTERFACE:tarn-settings> ${ARG_PRIVATE_LINKS})
