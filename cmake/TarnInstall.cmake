@@ -1,5 +1,5 @@
-# What is installed for those who link the libraries, and how they find it: through pkg-config as
-# tarn-appdb, or through CMake as tarn::xmlp, tarn::appmngr and so on.
+# Installs the libraries so that others find them: with pkg-config as tarn-appdb, or with CMake as
+# tarn::xmlp, tarn::appmngr and so on.
 
 include(CMakePackageConfigHelpers)
 
@@ -23,7 +23,7 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/tarn-appdb-config-version.cmake
   DESTINATION ${tarn_cmake_dir} COMPONENT dev)
 
-# Relative to the file itself, so that an installed tree can be moved.
+# Relative to the file, so that an installed tree can be moved.
 file(RELATIVE_PATH tarn_prefix_from_pc
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" tarn_prefix_from_pc ${tarn_prefix_from_pc})

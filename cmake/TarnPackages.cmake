@@ -1,5 +1,5 @@
-# The Debian packages of cpack -G DEB: the loader for the device, the tool for those who make
-# databases, the libraries for those who build firmware.
+# The Debian packages of cpack -G DEB: the loader for the device, the tool for database authors, the
+# libraries for firmware builds.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
@@ -7,7 +7,7 @@ set(CPACK_PACKAGE_VENDOR "The ${PROJECT_NAME} developers")
 set(CPACK_PACKAGE_CONTACT "The ${PROJECT_NAME} developers <${PROJECT_NAME}@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
-set(CPACK_SET_DESTDIR ON) # so that an absolute folder becomes one of the package
+set(CPACK_SET_DESTDIR ON) # so that absolute folders end up in the package
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL loader dev)

@@ -22,10 +22,11 @@ elseif(TARN_HARDENING)
   target_link_options(tarn-settings INTERFACE LINKER:-z,relro LINKER:-z,now)
 endif()
 
-# For what needs neither exceptions nor RTTI, and no tables to unwind the stack by.
+# For code without exceptions and RTTI, which needs no tables to unwind the stack.
 set(TARN_PLAIN_CODE -fno-exceptions -fno-rtti -fno-asynchronous-unwind-tables -fno-unwind-tables)
 
-# tarn_add_library(NAME SOURCES file... [HEADERS file...] [LINKS target...] [PRIVATE_LINKS target...])
+# tarn_add_library(NAME SOURCES file... [HEADERS file...]
+#   [LINKS target...] [PRIVATE_LINKS target...])
 #
 # A static product library tarn-NAME, linked as tarn::NAME, whose HEADERS are installed. Its code
 # needs neither exceptions nor RTTI nor the C++ library, so a program built on it links libc only.

@@ -5,8 +5,8 @@ include(GoogleTest)
 
 # tarn_add_test(NAME target...)
 #
-# A GoogleTest program NAME_test, made of NAME_test.cpp and linked to the targets. Its tests run one
-# after the other, since they share scratch files.
+# A GoogleTest program NAME_test of NAME_test.cpp, linked to the targets. Its tests run one after
+# the other, since they share scratch files.
 function(tarn_add_test name)
   tarn_add_program(${name}_test SOURCES ${name}_test.cpp LINKS ${ARGN} capture GTest::gtest_main)
   target_compile_options(${name}_test PRIVATE $<$<CONFIG:Release>:-O1>) # compiles faster
@@ -18,8 +18,8 @@ endfunction()
 
 # tarn_add_program_test(NAME PROGRAM target...)
 #
-# The same, for a test that runs a program: by a script, which gives it a stack of 64 KiB as a small
-# device does, and has it run by an emulator and by what the environment variable TARN_RUN_BY says.
+# The same, for a test that runs a program: through a script that gives it a stack of 64 KiB, as on
+# a small device, and runs it under the emulator and the command in the environment's TARN_RUN_BY.
 function(tarn_add_program_test name program)
   tarn_add_test(${name} ${ARGN})
   string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")
@@ -37,8 +37,8 @@ endfunction()
 
 # tarn_add_thread_test(NAME LIBRARY)
 #
-# The same for a library, which is built once more, and the test with it, for ThreadSanitizer; in a
-# folder of its own, away from valgrind.
+# The same for a library, both built with ThreadSanitizer; in a folder of its own, which
+# scripts/valgrind does not look into.
 function(tarn_add_thread_test name library)
   get_target_property(sources tarn-${library} SOURCES)
   list(TRANSFORM sources PREPEND ${PROJECT_SOURCE_DIR}/${library}/)
@@ -54,7 +54,7 @@ endfunction()
 
 # tarn_add_fuzzer(NAME target...)
 #
-# A program NAME_fuzz, linked to the targets; and a test that runs it once over its seeds and the
+# A program NAME_fuzz, linked to the targets, and a test that runs it once over its seeds and the
 # inputs that once were findings.
 function(tarn_add_fuzzer name)
   file(GLOB folder regressions/${name})

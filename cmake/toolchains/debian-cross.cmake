@@ -1,5 +1,5 @@
-# Debian's cross compiler for ${tarn_triplet}, and user-mode QEMU to run what it makes. The
-# libraries of the target that the compiler does not bring are looked for in TARN_SYSROOT.
+# Debian's cross compiler for ${tarn_triplet}, and user-mode QEMU to run the programs. Libraries of
+# the target that do not come with the compiler are in TARN_SYSROOT.
 
 set(TARN_SYSROOT "" CACHE PATH "Where the target's packages are unpacked")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TARN_SYSROOT)
@@ -19,7 +19,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# Some headers of a package differ between machines and lie in a folder of their own.
+# Headers that differ between machines are in a folder of their own.
 foreach(language IN ITEMS C CXX)
   set(CMAKE_${language}_FLAGS_INIT "-isystem ${TARN_SYSROOT}/usr/include/${tarn_library_folder}")
 endforeach()
