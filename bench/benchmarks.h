@@ -7,7 +7,7 @@
 namespace bench
 {
 
-// The one of the program.
+/* Each program has its own. */
 void addBenchmarks();
 
 void addFloorBenchmarks();

@@ -1,4 +1,4 @@
-/* decode_only IMAGE: decodes a database image and ends; what a loader cannot do without. */
+/* decode_only IMAGE: decodes a database image and ends; the least that a loader must do. */
 
 #include "bench/raw_decode.h"
 
@@ -14,7 +14,7 @@ int main(int argc, char **argv)
         fputs("usage: decode_only IMAGE\n", stderr);
         return 2;
     }
-    size_t size = fread(image, 1, sizeof image, file);
+    size_t size = fread(image, 1, sizeof(image), file);
     fclose(file);
     return size > 0 && raw_decode(image, text) > 0 ? 0 : 1;
 }

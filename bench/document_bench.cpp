@@ -1,4 +1,4 @@
-// What is done with a document: each operation with each library, on each of the documents.
+// Each operation with each library, on each of the documents.
 //
 // Benchmarks are named operation/document/size/library.
 
@@ -82,7 +82,7 @@ void addBenchmarks()
         for (const Library *library : libraries) {
             add("load", load, document, *library);
             if (library == &expat || library == &xmlpDynamic) {
-                continue; // there is nothing to write; it is written as a static one is
+                continue; // nothing to write, or written like a static tree
             }
             add("compact", write<&Library::compact>, document, *library);
             add("formatted", write<&Library::formatted>, document, *library);

@@ -1,3 +1,5 @@
+// The files of the documents: written once, then mapped.
+
 #include "bench/documents.h"
 
 #include "bench/generator.h"

@@ -1,4 +1,4 @@
-// What no parser can do without, each step measured alone: reading every byte of a text, writing
+// What no parser can avoid, each step measured alone: reading every byte of a text, writing
 // the records of its tree, allocating what a dynamic tree owns.
 //
 // Benchmarks are named floor/document/size/STEP.
@@ -31,7 +31,7 @@ struct Content {
 void describe(const XmlpNode *node, Content &content)
 {
     content.nodes++;
-    content.allocations.push_back(sizeof *node);
+    content.allocations.push_back(sizeof(*node));
     if (node->name != nullptr) {
         content.allocations.push_back(strlen(node->name) + 1);
     }
@@ -40,7 +40,7 @@ void describe(const XmlpNode *node, Content &content)
     }
     for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
         content.attributes++;
-        content.allocations.push_back(sizeof *attr);
+        content.allocations.push_back(sizeof(*attr));
         content.allocations.push_back(strlen(attr->name) + 1);
         if (attr->value != nullptr) {
             content.allocations.push_back(strlen(attr->value) + 1);
@@ -69,8 +69,8 @@ void read(const Content &content)
 {
     uint64_t sum = 0;
     uint64_t word;
-    for (size_t i = 0; i + sizeof word <= content.text.size(); i += sizeof word) {
-        memcpy(&word, content.text.data() + i, sizeof word);
+    for (size_t i = 0; i + sizeof(word) <= content.text.size(); i += sizeof(word)) {
+        memcpy(&word, content.text.data() + i, sizeof(word));
         sum += word;
     }
     benchmark::DoNotOptimize(sum);

@@ -1,3 +1,5 @@
+// The texts of the documents, made from words and random numbers.
+
 #include "bench/generator.h"
 
 #include <algorithm>
@@ -11,8 +13,6 @@ namespace bench
 
 namespace
 {
-
-/* ---- Words ----------------------------------------------------------------------------- */
 
 const char *const consonants[] = {"b", "c", "d", "f",  "g",  "h",  "k",  "l",  "m",  "n",
                                   "p", "r", "s", "t",  "v",  "w",  "br", "st", "th", "qu",
@@ -34,7 +34,7 @@ const char *const proseWords[] = {
     "counts", "boats", "&amp;", "&lt;b", "&gt;",   "café",     "straße", "naïve",   "Ørsted",
     "λόγος",  "мост",  "道路",  "川",    "summer", "lanterns", "🙂",   "evening", "water"};
 
-// The standard's distributions differ from library to library, its engines do not. Two numbers
+// The standard's distributions differ between libraries, its engines do not. Two numbers
 // are never drawn in one expression, since compilers differ in the order.
 class Random
 {
@@ -100,8 +100,6 @@ private:
     std::mt19937 engine_;
 };
 
-/* ---- Database -------------------------------------------------------------------------- */
-
 // Elements one below the other, each level indented by so many blanks; all in one line with none.
 class Outline
 {
@@ -142,8 +140,8 @@ private:
     size_t blanks_;
 };
 
-// What is optional in a database comes or does not, lists and texts have all lengths, and every
-// application is indented in its own way: a processor cannot learn what follows what.
+// Optional parts vary, lists and texts have all lengths, and every application is indented
+// differently, so that a processor cannot learn what follows.
 void addSignature(Outline &outline, Random &random, const char *direction)
 {
     outline.open(direction);
@@ -250,8 +248,6 @@ std::string applicationTypes(Random &random, uint32_t types)
     return outline.text;
 }
 
-/* ---- The documents --------------------------------------------------------------------- */
-
 // As many pieces, each made by makePiece, as fit size bytes between head and tail.
 template <typename Piece>
 std::string fill(size_t size, std::string head, const std::string &tail, Piece makePiece)
@@ -277,7 +273,7 @@ std::string makeDatabase(size_t size, Random &random)
                 });
 }
 
-// What people write: few names, and every other value was there before.
+// As people write: few names, and every other value repeats.
 std::string makeRecords(size_t size, Random &random)
 {
     std::vector<std::string> values = {"up"};
@@ -302,7 +298,7 @@ std::string makeRecords(size_t size, Random &random)
     });
 }
 
-// No name of an element or attribute comes twice, and hardly a value.
+// No name of an element or attribute occurs twice, and hardly any value.
 std::string makeAttributes(size_t size, Random &random)
 {
     uint32_t count = 0;

@@ -1,7 +1,7 @@
-// Texts that were written to make a reader slow, all as long as the longest that a loader reads.
+// Texts that are meant to make a reader slow, all as long as the longest that a loader reads.
 //
-// Benchmarks are named hostile/TEXT/OPERATION. Most of the texts are refused, some of them with
-// thousands of printed lines; what counts is that this is over soon.
+// Benchmarks are named hostile/TEXT/OPERATION. Most of the texts are rejected, some of them with
+// thousands of printed lines; what counts is that it does not take long.
 
 #include "appmngr/appmngr.h"
 #include "bench/benchmarks.h"
@@ -17,8 +17,6 @@ namespace bench
 
 namespace
 {
-
-/* ---- Texts ----------------------------------------------------------------------------- */
 
 constexpr size_t SIZE = 204799;
 
@@ -152,8 +150,6 @@ const struct {
      [] { return inRule(TUPLE "<rule><tupleList>" TUPLE TUPLE "</tupleList></rule>"); }},
     {"types without definition", [] { return inRule("<typeId>9</typeId>"); }},
 };
-
-/* ---- Operations ------------------------------------------------------------------------ */
 
 template <uint32_t isStatic> void load(const std::string &text)
 {

@@ -1,6 +1,6 @@
 /*
- * The XML libraries that are compared, each behind one record. A file library_NAME.cpp adapts the
- * library NAME in the way that its own manual shows.
+ * The XML libraries that are compared, each behind one record. library_NAME.cpp uses the
+ * library NAME as its manual shows.
  */
 #ifndef BENCH_LIBRARY_H
 #define BENCH_LIBRARY_H
@@ -11,15 +11,15 @@
 namespace bench
 {
 
-// An operation that a library does not have is null.
+/* An operation that a library does not have is null. */
 struct Library {
     const char *name;
 
-    // Reads a text, which must stay, into a document; null when it is refused.
+    /* Reads a text, which must stay, into a document; null if it is rejected. */
     void *(*load)(std::string_view text);
     void (*release)(void *document);
 
-    // Writes the document as a text in memory that is thrown away. Returns its length.
+    /* Writes the document to a text in memory and discards it. Returns its length. */
     size_t (*compact)(void *document);
     size_t (*formatted)(void *document);
 };

@@ -1,4 +1,4 @@
-// Events only: no document is made of them.
+// expat, events only: it builds no document.
 
 #include "bench/library.h"
 

@@ -1,3 +1,5 @@
+// libxml2, as a tree without blank nodes.
+
 #include "bench/library.h"
 
 #include <libxml/parser.h>

@@ -1,3 +1,5 @@
+// pugixml, with its default options.
+
 #include "bench/library.h"
 
 #include <pugixml.hpp>

@@ -1,3 +1,5 @@
+// tinyxml2, with its default options.
+
 #include "bench/library.h"
 
 #include <tinyxml2.h>

@@ -1,3 +1,5 @@
+// xmlp, with a static and with a dynamic tree.
+
 #include "bench/library.h"
 #include "xmlp/xmlp.h"
 

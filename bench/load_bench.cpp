@@ -1,4 +1,4 @@
-// The stages of a load, and loads, of the image that each database is packed into.
+// The stages of a load, and whole loads, of the image that each database is packed into.
 //
 // Benchmarks are named stage/database/size/STAGE; "raw" is what the others are compared with.
 
@@ -28,7 +28,7 @@ struct Load {
     appmngr_counters counted; // what the counting pass found
 };
 
-// Each returns whether it did its work, so that nothing is measured that failed.
+// Each returns whether it succeeded, so that no failure is measured.
 using Stage = bool (*)(Load &load);
 
 bool rawDecode(Load &load)
@@ -77,7 +77,7 @@ bool fill(Load &load)
     return status == 0 && g_appmngr_count.ruleCur == load.counted.tuple;
 }
 
-// Of the tables that are filled at the moment.
+// Sends what is in the tables.
 bool buildMessages(Load & /*load*/)
 {
     appdist_handle toSink = {};
@@ -110,7 +110,7 @@ const struct {
 // As many as the kernel takes in one datagram.
 constexpr uint32_t tupleLimit = 714;
 
-// Brings the load to where every stage finds what it needs. Returns whether that went well.
+// Runs the load up to where every stage has its input. Returns whether that succeeded.
 bool prepare(Load &load)
 {
     const std::string_view text = load.text;

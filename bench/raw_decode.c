@@ -1,3 +1,5 @@
+/* Decoding an image with liblzma's raw decoder. */
+
 #include "bench/raw_decode.h"
 
 #include <lzma.h>

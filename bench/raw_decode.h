@@ -1,6 +1,5 @@
 /*
- * What everything that is done to load an image is compared with: decoding it, by the compression
- * library and nothing around it.
+ * What every load is compared with: decoding the image with the compression library, nothing else.
  */
 #ifndef BENCH_RAW_DECODE_H
 #define BENCH_RAW_DECODE_H
@@ -15,8 +14,8 @@ extern "C" {
 enum { RAW_DECODE_IMAGE_SIZE = 65536, RAW_DECODE_TEXT_SIZE = 204800 };
 
 /*
- * Decodes a sound image into text, which has room for RAW_DECODE_TEXT_SIZE bytes. Returns the
- * number of bytes written, 0 when it cannot be decoded.
+ * Decodes a valid image into text, which has room for RAW_DECODE_TEXT_SIZE bytes. Returns the
+ * number of bytes written, 0 if it cannot be decoded.
  */
 size_t raw_decode(const unsigned char *image, unsigned char *text);
 

@@ -1,5 +1,5 @@
-// The channel to the kernel, replaced when a program is linked: whatever is sent is sent well, and
-// goes nowhere.
+// Replaces the channel to the kernel when a program is linked: every send succeeds and goes
+// nowhere.
 
 #include "appdist/appdist.h"
 

@@ -83,7 +83,7 @@ static void tarn_sink_exit(void)
 {
     size_t i;
 
-    for (i = 0; i < ARRAY_SIZE(sockets); ++i)
+    for (i = 0; i < ARRAY_SIZE(sockets); i++)
         netlink_kernel_release(sockets[i]);
     proc_remove(directory);
     vfree(received);
@@ -98,7 +98,7 @@ static int __init tarn_sink_init(void)
     received = vmalloc(RECEIVED_ROOM);
     directory = proc_mkdir("tarn-sink", NULL);
     good = received && directory && proc_create("received", 0600, directory, &received_ops);
-    for (i = 0; good && i < ARRAY_SIZE(protocols); ++i) {
+    for (i = 0; good && i < ARRAY_SIZE(protocols); i++) {
         sockets[i] = netlink_kernel_create(&init_net, protocols[i], &config);
         good = sockets[i];
     }
