@@ -16,8 +16,8 @@ int main(void)
 {
     const char text[] = "<AppDB><ver>1.2.3</ver></AppDB>";
     unsigned char header[14] = {0}, digest[DBIMAGE_DIGEST_SIZE];
-    uint32_t none = 0, length = sizeof header;
-    XmlpDoc *document = xmlp_loadDoc(text, sizeof text - 1, 1);
+    uint32_t none = 0, length = sizeof(header);
+    XmlpDoc *document = xmlp_loadDoc(text, sizeof(text) - 1, 1);
     const XmlpNode *version = xmlp_getChildNodeByName(document->tree->root->firstChild, "ver", 3);
     md5_digest(digest, "abc", 3);
     printf("%.*s %s %02x", (int)version->valueSize, (const char *)version->value,
