@@ -1,3 +1,5 @@
+// The netlink channel: opening, sending, receiving.
+
 #include "appdist/appdist.h"
 
 #include <errno.h>
@@ -13,33 +15,13 @@ static_assert(sizeof(appdist_handle) == 32, "channel handle");
 static_assert(offsetof(appdist_handle, local) == 8, "channel handle");
 static_assert(offsetof(appdist_handle, peer) == 20, "channel handle");
 
-/* Smallest receive buffer: a netlink header and the error number of an error message. */
-static const uint32_t receiveMin = sizeof(nlmsghdr) + sizeof(int32_t);
+// Smallest receive buffer: a netlink header and the error number of an error message.
+static constexpr uint32_t receiveMin = sizeof(nlmsghdr) + sizeof(int32_t);
 
-static const int sendBufferSize = 0x40000;
+static constexpr int sendBufferSize = 0x40000;
 
-/* Header flag of a received message that was cut. */
-static const uint16_t truncatedFlag = 0x20;
-
-struct ProtocolRow {
-    uint32_t family;
-    int protocol;
-};
-
-static const ProtocolRow protocols[] = {
-    {2, 22},
-    {10, 13},
-};
-
-static const ProtocolRow *findProtocol(uint32_t family)
-{
-    for (const ProtocolRow &row : protocols) {
-        if (row.family == family) {
-            return &row;
-        }
-    }
-    return nullptr;
-}
+// Header flag of a received message that was cut.
+static constexpr uint16_t truncatedFlag = 0x20;
 
 static sockaddr_nl netlinkAddress(uint32_t portId)
 {
@@ -55,33 +37,12 @@ static int fail(int32_t code)
     return -1;
 }
 
-/* ---- Opening and closing --------------------------------------------------------------- */
-
-enum class Opened { Ok, Failed, FailedKeepingRecord };
-
-static Opened openSocket(appdist_handle *handle, int protocol)
+// Releases a handle whose socket could not be opened or bound.
+static appdist_handle *giveUp(appdist_handle *handle, int32_t code)
 {
-    handle->fd = socket(AF_NETLINK, SOCK_RAW, protocol);
-    if (handle->fd == -1) {
-        printf("create socket failed: %s\n", strerror(errno));
-        appdist_errno = APPDIST_ERR_CREATE_SOCKET;
-        return Opened::Failed;
-    }
-    int size = sendBufferSize;
-    socklen_t sizeLength = sizeof size;
-    if (setsockopt(handle->fd, SOL_SOCKET, SO_SNDBUF, &size, sizeof size) < 0 ||
-        getsockopt(handle->fd, SOL_SOCKET, SO_SNDBUF, &size, &sizeLength) < 0) {
-        return Opened::FailedKeepingRecord;
-    }
-    handle->local = netlinkAddress(static_cast<uint32_t>(getpid()));
-    if (bind(handle->fd, reinterpret_cast<const sockaddr *>(&handle->local),
-             sizeof handle->local) == -1) {
-        puts("Here?");
-        appdist_errno = APPDIST_ERR_BIND;
-        return Opened::Failed;
-    }
-    handle->peer = netlinkAddress(0);
-    return Opened::Ok;
+    appdist_errno = code;
+    appdist_destroy_handle(handle);
+    return nullptr;
 }
 
 appdist_handle *appdist_create_handle(uint32_t, uint32_t protocol_family)
@@ -89,25 +50,34 @@ appdist_handle *appdist_create_handle(uint32_t, uint32_t protocol_family)
     auto *handle = static_cast<appdist_handle *>(calloc(1, sizeof(appdist_handle)));
     if (handle == nullptr) {
         puts("malloc error!");
-        appdist_errno = APPDIST_ERR_CREATE_HANDLE;
-        return nullptr;
+        return giveUp(handle, APPDIST_ERR_CREATE_HANDLE);
     }
-    const ProtocolRow *row = findProtocol(protocol_family);
-    if (row == nullptr) {
+    if (protocol_family != 2 && protocol_family != 10) {
         appdist_errno = APPDIST_ERR_PROTOCOL;
         free(handle);
         return nullptr;
     }
-    const Opened opened = openSocket(handle, row->protocol);
-    if (opened == Opened::Ok) {
-        return handle;
+    handle->fd = socket(AF_NETLINK, SOCK_RAW, protocol_family == 2 ? 22 : 13);
+    if (handle->fd == -1) {
+        printf("create socket failed: %s\n", strerror(errno));
+        return giveUp(handle, APPDIST_ERR_CREATE_SOCKET);
     }
-    close(handle->fd);
-    /* Kept on purpose: the record is not freed when the send buffer size is refused. */
-    if (opened == Opened::Failed) {
-        free(handle);
+    int size = sendBufferSize;
+    socklen_t sizeLength = sizeof(size);
+    if (setsockopt(handle->fd, SOL_SOCKET, SO_SNDBUF, &size, sizeof(size)) < 0 ||
+        getsockopt(handle->fd, SOL_SOCKET, SO_SNDBUF, &size, &sizeLength) < 0) {
+        close(handle->fd);
+        // Kept on purpose: the record is not freed, and no error is set.
+        return nullptr; // NOLINT(clang-analyzer-unix.Malloc), and -fanalyzer's leak of the record
     }
-    return nullptr; // NOLINT(clang-analyzer-unix.Malloc), and -fanalyzer's leak of the record
+    handle->local = netlinkAddress(static_cast<uint32_t>(getpid()));
+    if (bind(handle->fd, reinterpret_cast<const sockaddr *>(&handle->local),
+             sizeof(handle->local)) == -1) {
+        puts("Here?");
+        return giveUp(handle, APPDIST_ERR_BIND);
+    }
+    handle->peer = netlinkAddress(0);
+    return handle;
 }
 
 int appdist_destroy_handle(appdist_handle *handle)
@@ -124,8 +94,6 @@ int appdist_configure(appdist_handle *, ...)
     return 1;
 }
 
-/* ---- Sending --------------------------------------------------------------------------- */
-
 static int32_t checkSent(ssize_t sent)
 {
     if (sent < 0) {
@@ -138,7 +106,7 @@ int32_t appdist_netlink_sendto(appdist_handle *handle, const void *buffer, uint3
 {
     return checkSent(sendto(handle->fd, buffer, length, 0,
                             reinterpret_cast<const sockaddr *>(&handle->peer),
-                            sizeof handle->peer));
+                            sizeof(handle->peer)));
 }
 
 int32_t appdist_netlink_sendmsg(appdist_handle *handle, const msghdr *message, int flags)
@@ -146,9 +114,7 @@ int32_t appdist_netlink_sendmsg(appdist_handle *handle, const msghdr *message, i
     return checkSent(sendmsg(handle->fd, message, flags));
 }
 
-/* ---- Receiving ------------------------------------------------------------------------- */
-
-/* Waits for input. Returns 1 when there is some, else what the receive is to return. */
+// Waits for input. Returns 1 when there is some, else what the receive is to return.
 static int waitReadable(int fd, int32_t timeout)
 {
     if (fd < 0 || fd >= FD_SETSIZE) {
@@ -172,17 +138,6 @@ static int waitReadable(int fd, int32_t timeout)
     return 1;
 }
 
-/*
- * Whether the kernel marked the message as cut, or it says it is longer than what arrived. When not
- * even a header arrived, what the buffer held before counts for the rest of it.
- */
-static bool isTruncated(const void *message, uint32_t received)
-{
-    nlmsghdr header;
-    memcpy(&header, message, sizeof header);
-    return (header.nlmsg_flags & truncatedFlag) != 0 || header.nlmsg_len > received;
-}
-
 int32_t appdist_netlink_recvfrom(appdist_handle *handle, void *buffer, uint32_t length,
                                  int32_t timeout)
 {
@@ -195,7 +150,7 @@ int32_t appdist_netlink_recvfrom(appdist_handle *handle, void *buffer, uint32_t 
             return ready;
         }
     }
-    socklen_t addressLength = sizeof handle->peer;
+    socklen_t addressLength = sizeof(handle->peer);
     const auto received =
         static_cast<int32_t>(recvfrom(handle->fd, buffer, length, 0,
                                       reinterpret_cast<sockaddr *>(&handle->peer), &addressLength));
@@ -203,13 +158,17 @@ int32_t appdist_netlink_recvfrom(appdist_handle *handle, void *buffer, uint32_t 
         appdist_errno = APPDIST_ERR_RECEIVE;
         return received;
     }
-    if (addressLength != sizeof handle->peer || handle->peer.nl_pid != 0) {
+    if (addressLength != sizeof(handle->peer) || handle->peer.nl_pid != 0) {
         return fail(APPDIST_ERR_RECEIVE);
     }
     if (received == 0) {
         return fail(APPDIST_ERR_EOF);
     }
-    if (isTruncated(buffer, static_cast<uint32_t>(received))) {
+    // When not even a header arrived, what the buffer held before counts for the rest of it.
+    nlmsghdr header;
+    memcpy(&header, buffer, sizeof(header));
+    if ((header.nlmsg_flags & truncatedFlag) != 0 ||
+        header.nlmsg_len > static_cast<uint32_t>(received)) {
         return fail(APPDIST_ERR_RECEIVED_TRUNCATED);
     }
     return received;
@@ -220,18 +179,16 @@ int32_t appdist_receive(appdist_handle *handle, void *buffer, uint32_t length, i
     return appdist_netlink_recvfrom(handle, buffer, length, timeout);
 }
 
-/* ---- Received messages ----------------------------------------------------------------- */
-
 uint16_t appdist_message_type(const void *buffer)
 {
     nlmsghdr header;
-    memcpy(&header, buffer, sizeof header);
+    memcpy(&header, buffer, sizeof(header));
     return header.nlmsg_type;
 }
 
 int32_t appdist_message_error(const void *buffer)
 {
-    uint32_t error = 0;
-    memcpy(&error, static_cast<const char *>(buffer) + sizeof(nlmsghdr), sizeof error);
+    uint32_t error;
+    memcpy(&error, static_cast<const char *>(buffer) + sizeof(nlmsghdr), sizeof(error));
     return static_cast<int32_t>(0u - error);
 }

@@ -16,12 +16,8 @@ static_assert(offsetof(appdist_message, count) == 20, "message head");
 static_assert(offsetof(appdist_message, record_size) == 24, "message head");
 static_assert(offsetof(appdist_message, parameter) == 28, "message head");
 
-/* ---- Building -------------------------------------------------------------------------- */
-
-/*
- * Allocates a zeroed message with room for recordBytes and fills in its netlink header. Returns
- * null, reported, when memory is short or the length does not fit the header.
- */
+// Allocates a zeroed message with room for recordBytes and fills in its netlink header. Returns
+// null, reported, when memory is short or the length does not fit the header.
 static appdist_message *newMessage(const appdist_handle *handle, uint16_t type,
                                    uint64_t recordBytes)
 {
@@ -75,9 +71,7 @@ appdist_message *appdist_new_buffer(const appdist_handle *handle, const void *bu
     return newRecords(handle, APPDIST_MESSAGE_BUFFER, buffer, count, 1);
 }
 
-/* ---- Sending --------------------------------------------------------------------------- */
-
-/* Sends, reports a failure and frees the message. Returns the result of the send; 0 for none. */
+// Sends, reports a failure and frees the message. Returns the result of the send; 0 for none.
 static int32_t sendMessage(appdist_handle *handle, appdist_message *message)
 {
     if (message == nullptr) {
@@ -85,7 +79,7 @@ static int32_t sendMessage(appdist_handle *handle, appdist_message *message)
     }
     const int32_t sent = appdist_netlink_sendto(handle, message, message->header.nlmsg_len);
     if (sent < 1) {
-        const int systemError = errno; /* before printing can change it */
+        const int systemError = errno; // before printing can change it
         printf("app netlink sendto fail, ret:%d\n", sent);
         if (systemError != 0) {
             puts(strerror(systemError));
@@ -114,7 +108,7 @@ int32_t appdist_send_params(appdist_handle *handle, uint32_t a, uint32_t b, uint
 {
     appdist_message *message = newMessage(handle, APPDIST_MESSAGE_PARAMS, 0);
     if (message != nullptr) {
-        /* Kept on purpose: the parameters lie in the order a, d, b, c. */
+        // Kept on purpose: the parameters lie in the order a, d, b, c.
         message->count = a;
         message->record_size = d;
         message->parameter[0] = b;

@@ -1,6 +1,6 @@
-// From the XML text buffer to filled tables.
+// From the XML text buffer to filled tables, and from the tables to the kernel.
 
-#include "appmngr/appmngr.h"
+#include "appdist/appdist.h"
 #include "appmngr/appmngr_internal.h"
 
 #include <string.h>
@@ -8,29 +8,23 @@
 int appmngr_checkEncoding(const char *text, uint32_t length)
 {
     if (length < 2) {
-        return APPMNGR_MARK_NONE;
+        return APPMNGR_BOM_NONE;
     }
     if (memcmp(text, "\xFF\xFE", 2) == 0) {
-        return APPMNGR_MARK_UTF16LE;
+        return APPMNGR_BOM_UTF16LE;
     }
     if (memcmp(text, "\xFE\xFF", 2) == 0) {
-        return APPMNGR_MARK_UTF16BE;
+        return APPMNGR_BOM_UTF16BE;
     }
-    return length > 2 && memcmp(text, "\xEF\xBB\xBF", 3) == 0 ? APPMNGR_MARK_UTF8
-                                                              : APPMNGR_MARK_NONE;
+    return length > 2 && memcmp(text, "\xEF\xBB\xBF", 3) == 0 ? APPMNGR_BOM_UTF8 : APPMNGR_BOM_NONE;
 }
 
-uint32_t appmngr_getMarkSize(int mark)
+uint32_t appmngr_getBomSize(int bom)
 {
-    switch (mark) {
-    case APPMNGR_MARK_UTF8:
+    if (bom == APPMNGR_BOM_UTF8) {
         return 3;
-    case APPMNGR_MARK_UTF16LE:
-    case APPMNGR_MARK_UTF16BE:
-        return 2;
-    default:
-        return 0;
     }
+    return bom == APPMNGR_BOM_UTF16LE || bom == APPMNGR_BOM_UTF16BE ? 2 : 0;
 }
 
 // Counts, allocates and fills.
@@ -51,7 +45,7 @@ static int fillTables(XmlpNode *root)
         g_appmngr_appDb.type[i].id = g_appmngr_typeIds[i];
     }
     appmngr_setHandlerInfo(_appmngr_appDbHandlers);
-    int status = _appmngr_walkChildren(root, 0);
+    const int status = _appmngr_walk(_appmngr_containers, root, 0);
     appmngr_setHandlerInfo(nullptr);
     if (status != 0) {
         appmngr_report("appmngr_analyzeDbFile", 2341, "appmngr_xmlnode_handler failed\n");
@@ -68,14 +62,33 @@ int appmngr_analyzeDbFile(void)
     if (g_appmngr_xmlBuf == nullptr) {
         return -1;
     }
-    auto length = static_cast<uint32_t>(strlen(g_appmngr_xmlBuf));
-    uint32_t skip = appmngr_getMarkSize(appmngr_checkEncoding(g_appmngr_xmlBuf, length));
+    const auto length = static_cast<uint32_t>(strlen(g_appmngr_xmlBuf));
+    const uint32_t skip = appmngr_getBomSize(appmngr_checkEncoding(g_appmngr_xmlBuf, length));
     XmlpDoc *document = xmlp_loadDoc(g_appmngr_xmlBuf + skip, length - skip, 1);
     if (document == nullptr) {
         return -1;
     }
     appmngr_appdb_free();
-    int status = fillTables(document->tree->root);
+    const int status = fillTables(document->tree->root);
     xmlp_releaseDoc(document);
+    return status;
+}
+
+int _appmngr_sendMsgToKernel(void)
+{
+    appdist_handle *handle = appdist_create_handle(0, 2);
+    if (handle == nullptr) {
+        APPMNGR_ERROR(2532, "appdist Failed to initialize handle\n");
+        return -1;
+    }
+    int status = -1;
+    if (appdist_send_app_rules(handle) <= 0) {
+        APPMNGR_ERROR(2540, "send db to kernel failed\n");
+    } else if (appdist_send_dns_rules(handle) < 1) {
+        APPMNGR_ERROR(2547, "send db to kernel failed\n");
+    } else {
+        status = 0;
+    }
+    appdist_destroy_handle(handle);
     return status;
 }

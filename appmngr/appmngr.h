@@ -25,19 +25,19 @@ extern "C" {
  */
 int appmngr_analyzeDbFile(void);
 
-/* Byte-order marks that a text may begin with. */
+/* The BOM that a text begins with. */
 enum {
-    APPMNGR_MARK_NONE = 0,
-    APPMNGR_MARK_UTF8 = 1,    /* EF BB BF */
-    APPMNGR_MARK_UTF16LE = 2, /* FF FE */
-    APPMNGR_MARK_UTF16BE = 3  /* FE FF */
+    APPMNGR_BOM_NONE = 0,
+    APPMNGR_BOM_UTF8 = 1,    /* EF BB BF */
+    APPMNGR_BOM_UTF16LE = 2, /* FF FE */
+    APPMNGR_BOM_UTF16BE = 3  /* FE FF */
 };
 
-/* Returns the mark (APPMNGR_MARK_...) at the start of length bytes at text. */
+/* Returns the BOM (APPMNGR_BOM_...) at the start of length bytes at text. */
 int appmngr_checkEncoding(const char *text, uint32_t length);
 
-/* Returns the number of bytes of a mark (APPMNGR_MARK_...). */
-uint32_t appmngr_getMarkSize(int mark);
+/* Returns the number of bytes of a BOM (APPMNGR_BOM_...). */
+uint32_t appmngr_getBomSize(int bom);
 
 /*
  * Counts, below node, the elements that need a record, into g_appmngr_count and g_appmngr_typeIds.

@@ -6,10 +6,15 @@
 
 #include "appmngr/appmngr.h"
 
+/* The byte, an ASCII capital made small. */
+static inline int _appmngr_lower(char character)
+{
+    const int byte = static_cast<unsigned char>(character);
+    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+}
+
 #pragma GCC visibility push(hidden)
 extern "C" {
-
-/* ---- The walk -------------------------------------------------------------------------- */
 
 /* What the children of a container are given as context. */
 typedef enum appmngr_below {
@@ -26,21 +31,14 @@ typedef struct appmngr_container {
     void (*leave)(appmngr_context below); /* what it does after, with the children's context */
 } appmngr_container;
 
-/* All of them; a row with a null handler ends the table. */
+/*
+ * Those of the application database. The first gives its children its own context and does nothing
+ * after; a row with a null handler ends the table.
+ */
 extern const appmngr_container _appmngr_containers[];
 
-/*
- * Does the work of container on node. Containers below it are not called but walked in the same
- * way. Returns 0, or -1 when memory is short.
- */
+/* Does the work of container on node. Returns 0, or -1 when memory is short. */
 int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_context context);
-
-/* appmngr_xmlnode_handler, but for the result: -1 when memory is short. */
-int _appmngr_walkChildren(XmlpNode *node, appmngr_context context);
-
-/* Two of them; both print what they cannot read. */
-int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context);
-int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context context);
 
 } /* extern "C" */
 #pragma GCC visibility pop

@@ -1,18 +1,10 @@
 // The counting pass: how many records of each kind the document asks for.
 
-#include "appmngr/appmngr.h"
+#include "appmngr/appmngr_internal.h"
 
-#include <string.h>
-
-static int countTuple(const XmlpNode * /*node*/)
+template <uint32_t appmngr_counters::*counter> static int countOne(const XmlpNode * /*node*/)
 {
-    g_appmngr_count.tuple++;
-    return 0;
-}
-
-static int countDnsKw(const XmlpNode * /*node*/)
-{
-    g_appmngr_count.dnsKw++;
+    (g_appmngr_count.*counter)++;
     return 0;
 }
 
@@ -29,24 +21,6 @@ static int countTypeId(const XmlpNode *node)
     return 0;
 }
 
-static int countApp(const XmlpNode * /*node*/)
-{
-    g_appmngr_count.app++;
-    return 0;
-}
-
-static int countDescApp(const XmlpNode * /*node*/)
-{
-    g_appmngr_count.descApp++;
-    return 0;
-}
-
-static int countDescType(const XmlpNode * /*node*/)
-{
-    g_appmngr_count.descType++;
-    return 0;
-}
-
 static int readLangcnt(const XmlpNode *node)
 {
     int32_t langcnt;
@@ -56,122 +30,94 @@ static int readLangcnt(const XmlpNode *node)
     return 0;
 }
 
-// Dotted paths from the document node; letter case does not count.
-static constexpr struct {
-    const char *path;
-    int (*count)(const XmlpNode *node);
-} countedPaths[] = {
-    {"root.appdb.applist.app.rulelist.rule.tuplelist.tuple", countTuple},
-    {"root.appdb.applist.app.dnsKwList.dnsKw", countDnsKw},
-    {"root.appdb.apptypelist.apptype.id", countTypeId},
-    {"root.appdb.applist.app", countApp},
-    {"root.appdesc.applist.app", countDescApp},
-    {"root.appdesc.apptypelist.apptype", countDescType},
-    {"root.appdesc.langcnt", readLangcnt},
-};
-
-enum : unsigned { PATHS = sizeof(countedPaths) / sizeof(countedPaths[0]) };
-
 namespace
 {
-// Where an element is: its own path is the first length characters of all these.
-struct Place {
-    uint16_t length;
-    uint8_t longer;   // paths that go on below it, as bits
-    uint8_t complete; // the path that ends with it, as a bit
+// A path from the document node, in small letters: that of an element in any letter case.
+struct Path {
+    const char *text;
+    int (*count)(const XmlpNode *node);
 };
 
-// The places found in a tree, by name and parent's place. One string holds each name of a static
-// tree, so that its address tells it.
-struct Known {
-    const char *name;
-    Place parent;
-    Place place;
+// Neighbours in the table of paths, which all begin with the same length characters.
+struct Paths {
+    const Path *first;
+    const Path *end;
+    size_t length;
 };
-enum : size_t { KNOWN = 256 };
 } // namespace
 
-static Known known[KNOWN];
+// In alphabetical order.
+static constexpr Path countedPaths[] = {
+    {".root.appdb.applist.app", countOne<&appmngr_counters::app>},
+    {".root.appdb.applist.app.dnskwlist.dnskw", countOne<&appmngr_counters::dnsKw>},
+    {".root.appdb.applist.app.rulelist.rule.tuplelist.tuple", countOne<&appmngr_counters::tuple>},
+    {".root.appdb.apptypelist.apptype.id", countTypeId},
+    {".root.appdesc.applist.app", countOne<&appmngr_counters::descApp>},
+    {".root.appdesc.apptypelist.apptype", countOne<&appmngr_counters::descType>},
+    {".root.appdesc.langcnt", readLangcnt},
+};
 
-static int lower(char character)
+// Returns what follows a dot and name at the beginning of text; null if text begins otherwise.
+static const char *afterName(const char *text, const char *name)
 {
-    return character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character;
-}
-
-// Returns the number of characters of name if text begins with them, else -1. An empty name is
-// a beginning of every text.
-static int beginsWith(const char *text, const char *name)
-{
-    int length = 0;
-    while (name[length] != '\0') {
-        if (text[length] != name[length] && lower(text[length]) != lower(name[length])) {
-            return -1;
-        }
-        length++;
+    if (*text++ != '.') {
+        return nullptr;
     }
-    return length;
-}
-
-// The place of the children of that name at parent.
-static Place findPlace(Place parent, const char *name)
-{
-    Place place = {};
-    for (unsigned left = parent.longer; left != 0; left &= left - 1) {
-        const char *path = countedPaths[__builtin_ctz(left)].path;
-        const int matched =
-            path[parent.length] == '.' ? beginsWith(path + parent.length + 1, name) : -1;
-        if (matched >= 0) {
-            place.length = static_cast<uint16_t>(parent.length + 1 + matched);
-            const unsigned bit = left & -left;
-            (path[place.length] != '\0' ? place.longer : place.complete) |=
-                static_cast<uint8_t>(bit);
+    for (; *name != '\0'; name++) {
+        if (*text++ != _appmngr_lower(*name)) {
+            return nullptr;
         }
     }
-    return place;
+    return text;
 }
 
-static Place knownPlace(Place parent, const char *name)
+// Those of the parent's paths that go on with name, which may have dots in it.
+static Paths pathsWith(const Paths &parent, const char *name)
 {
-    Known *slot = &known[(reinterpret_cast<uintptr_t>(name) / 2 + parent.length) % KNOWN];
-    if (slot->name != name || slot->parent.length != parent.length ||
-        slot->parent.longer != parent.longer) {
-        *slot = {name, parent, findPlace(parent, name)};
+    Paths found = {parent.first, parent.first, 0};
+    for (const Path *path = parent.first; path < parent.end; path++) {
+        const char *rest = afterName(path->text + parent.length, name);
+        if (rest != nullptr) {
+            found.first = found.length == 0 ? path : found.first;
+            found.end = path + 1;
+            found.length = static_cast<size_t>(rest - path->text);
+        }
     }
-    return slot->place;
+    return found;
 }
 
-// Counts child, its later siblings and what is below them. Only elements at a place on the way to a
-// counted one are descended into, so the depth is bounded by the longest of the paths.
-static void countSiblings(const XmlpNode *child, Place parent)
+// Counts child, its later siblings and what is below them. Only elements on the way to a counted
+// one are descended into, so the depth is bounded by the longest of the paths.
+static void countSiblings(const XmlpNode *child, const Paths &parent)
 {
+    const char *name = nullptr;
+    Paths named = {};
     for (; child != nullptr; child = child->next) {
         if (child->type == XMLP_NODE_NONE || child->name == nullptr) {
             continue;
         }
-        const Place place = knownPlace(parent, child->name);
-        if (place.complete != 0 && countedPaths[__builtin_ctz(place.complete)].count(child) != 0) {
-            return;
+        if (child->name != name) {
+            name = child->name;
+            named = pathsWith(parent, name);
         }
-        if (place.longer != 0) {
-            countSiblings(child->firstChild, place);
+        Paths paths = named;
+        if (paths.first < paths.end && paths.first->text[paths.length] == '\0') {
+            if (paths.first->count(child) != 0) {
+                return;
+            }
+            paths.first++;
+        }
+        if (paths.first < paths.end) {
+            countSiblings(child->firstChild, paths);
         }
     }
 }
 
 int appmngr_parseThroughXML(const char *prefix, const XmlpNode *node)
 {
-    if (prefix == nullptr) {
-        return 0;
+    if (prefix != nullptr) {
+        const Paths all = {countedPaths, countedPaths + sizeof(countedPaths) / sizeof(Path), 0};
+        countSiblings(xmlp_getChildNode(node, 0), pathsWith(all, prefix));
     }
-    Place top = {};
-    for (unsigned i = 0; i < PATHS; i++) {
-        const int matched = beginsWith(countedPaths[i].path, prefix);
-        if (matched >= 0) {
-            top.length = static_cast<uint16_t>(matched);
-            top.longer |= static_cast<uint8_t>(1u << i);
-        }
-    }
-    memset(known, 0, sizeof(known));
-    countSiblings(xmlp_getChildNode(node, 0), top);
     return 0;
 }

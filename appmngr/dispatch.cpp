@@ -17,8 +17,6 @@ const appmngr_tagHandler *appmngr_getHandlerInfo(void)
     return pHandlerInfo;
 }
 
-/* ---- Rows ---------------------------------------------------------------------------------- */
-
 // The first row from row on that is for elements of this name; the end of the table if none is.
 static const appmngr_tagHandler *findRow(const appmngr_tagHandler *row, const char *name)
 {
@@ -45,15 +43,23 @@ int appmngr_childnode_handler(XmlpNode *node, appmngr_context context)
     return 0;
 }
 
-/* ---- The walk ------------------------------------------------------------------------------ */
+int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context)
+{
+    XmlpNode *child = xmlp_getChildNode(node, 0);
+    while (child != nullptr && appmngr_childnode_handler(child, context) == 0) {
+        child = child->next;
+    }
+    return 0;
+}
 
+// The application database's table has each name once, and its handlers change neither the tree nor
+// the table: what was found for a name stays true.
 namespace
 {
-// A row that is for an element, taken apart.
+// A row of the application database's table, and the container that its handler is, if it is one.
 struct Match {
-    appmngr_handler handler;            // null when no row is left
-    const appmngr_container *container; // what handler is, if it is one
-    const appmngr_tagHandler *row;
+    appmngr_handler handler; // null for names without a row
+    const appmngr_container *container;
 };
 
 // A container on the way down to the element at hand. Frames stay for reuse until the walk ends,
@@ -62,64 +68,47 @@ struct Frame {
     Frame *outer;
     Frame *inner;
     const appmngr_container *container;
+    const XmlpNode *element;
     appmngr_context context; // of the children
     uint32_t tuples;
-    XmlpNode *child; // the one that the walk is below
-    Match match;     // the row that led there
 };
 
-// The rows that were found for the names of a tree. A static tree has one string for each name, so
-// that its address tells it; names lie close together, and have two bytes or more.
-struct Known {
+// The matches that were found for the names of a tree. A static tree has one string for each name,
+// so that its address tells it; names lie close together, and have two bytes or more.
+struct KnownMatch {
     const char *name;
     Match match;
 };
-enum : size_t { KNOWN = 256 };
 } // namespace
 
-static Known known[KNOWN];
+static KnownMatch known[256];
 
-static const appmngr_container *containerOf(appmngr_handler handler)
+static Match findMatch(const char *name)
 {
+    const appmngr_handler handler = findRow(_appmngr_appDbHandlers, name)->handler;
     const appmngr_container *container = _appmngr_containers;
     while (container->handler != nullptr && container->handler != handler) {
         container++;
     }
-    return container->handler != nullptr ? container : nullptr;
+    return {handler, container->handler != nullptr ? container : nullptr};
 }
 
-// The first match from row on.
-static Match matchFrom(const appmngr_tagHandler *row, const char *name)
+static const Match &matchOf(const char *name)
 {
-    row = findRow(row, name);
-    return row->tag != nullptr ? Match{row->handler, containerOf(row->handler), row} : Match{};
-}
-
-static Match knownMatch(const char *name)
-{
-    Known *slot = &known[reinterpret_cast<uintptr_t>(name) / 2 % KNOWN];
+    constexpr size_t size = sizeof(known) / sizeof(known[0]);
+    KnownMatch *slot = &known[reinterpret_cast<uintptr_t>(name) / 2 % size];
     if (slot->name != name || name == nullptr) {
-        *slot = {name, matchFrom(pHandlerInfo, name)};
+        *slot = {name, findMatch(name)};
     }
     return slot->match;
 }
 
-// The first of child and its later siblings that is to be dispatched, null if none is.
-static XmlpNode *dispatched(XmlpNode *child)
-{
-    while (child != nullptr && child->type == XMLP_NODE_NONE) {
-        child = child->next;
-    }
-    if (child != nullptr && pHandlerInfo == nullptr) {
-        (void)appmngr_childnode_handler(child, 0); // reports it
-        return nullptr;
-    }
-    return child;
-}
-
-static void enter(Frame *frame, const appmngr_container *container, appmngr_context context)
+static void enter(Frame *frame, const appmngr_container *container, const XmlpNode *element,
+                  appmngr_context context)
 {
     frame->container = container;
+    frame->element = element;
+    frame->tuples = 0;
     switch (container->below) {
     case APPMNGR_SAME:
         frame->context = context;
@@ -131,9 +120,15 @@ static void enter(Frame *frame, const appmngr_container *container, appmngr_cont
         frame->context = 1;
         break;
     case APPMNGR_OWN_COUNT:
-        frame->tuples = 0;
         frame->context = reinterpret_cast<appmngr_context>(&frame->tuples);
         break;
+    }
+}
+
+static void leave(const Frame *frame)
+{
+    if (frame->container->leave != nullptr) {
+        frame->container->leave(frame->context);
     }
 }
 
@@ -149,76 +144,54 @@ static Frame *innerFrame(Frame *outer)
     return outer->inner;
 }
 
-static void freeInner(Frame *frame)
+// Dispatches what is below the container of top. Elements nest as deep as the document has room
+// for, so the way back up is kept in frames, not on the stack. Returns -1 when memory is short.
+static int walkBelow(Frame *top, XmlpNode *child)
 {
-    for (Frame *inner = frame->inner; inner != nullptr;) {
-        Frame *next = inner->inner;
-        free(inner);
-        inner = next;
-    }
-}
-
-// Elements nest as deep as the document has room for, so the way back up is kept in frames, not on
-// the stack.
-int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_context context)
-{
-    // The table of the application database has each name once, and its handlers change neither
-    // trees nor the table: what was found for a name stays true.
-    const bool knows = pHandlerInfo == _appmngr_appDbHandlers;
-    if (knows) {
-        memset(known, 0, sizeof(known));
-    }
-    Frame top = {};
-    Frame *frame = &top;
-    enter(frame, container, context);
-    XmlpNode *next = xmlp_getChildNode(node, 0);
+    memset(known, 0, sizeof(known));
+    Frame *frame = top;
     for (;;) {
-        Match match;
-        XmlpNode *child = dispatched(next);
-        if (child != nullptr) {
-            match = knows ? knownMatch(child->name) : matchFrom(pHandlerInfo, child->name);
-        } else {
-            if (frame->container->leave != nullptr) {
-                frame->container->leave(frame->context);
+        if (child == nullptr) {
+            leave(frame);
+            if (frame == top) {
+                return 0;
             }
-            if (frame == &top) {
-                break;
-            }
+            child = frame->element->next;
             frame = frame->outer;
-            child = frame->child;
-            match = knows ? Match{} : matchFrom(frame->match.row + 1, child->name);
-        }
-        while (match.handler != nullptr && match.container == nullptr) {
-            match.handler(child, frame->context);
-            match = knows ? Match{} : matchFrom(match.row + 1, child->name);
-        }
-        if (match.handler == nullptr) {
-            next = child->next;
             continue;
         }
-        Frame *inner = innerFrame(frame);
-        if (inner == nullptr) {
-            freeInner(&top);
-            return -1;
+        const Match match = child->type != XMLP_NODE_NONE ? matchOf(child->name) : Match{};
+        if (match.container != nullptr) {
+            Frame *inner = innerFrame(frame);
+            if (inner == nullptr) {
+                return -1;
+            }
+            enter(inner, match.container, child, frame->context);
+            frame = inner;
+            child = child->firstChild;
+            continue;
         }
-        enter(inner, match.container, frame->context);
-        frame->child = child;
-        frame->match = match;
-        frame = inner;
-        next = child->firstChild;
+        if (match.handler != nullptr) {
+            match.handler(child, frame->context);
+        }
+        child = child->next;
     }
-    freeInner(&top);
-    return 0;
 }
 
-int _appmngr_walkChildren(XmlpNode *node, appmngr_context context)
+int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_context context)
 {
-    static const appmngr_container children = {nullptr, APPMNGR_SAME, nullptr};
-    return _appmngr_walk(&children, node, context);
-}
-
-int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context)
-{
-    (void)_appmngr_walkChildren(node, context);
-    return 0;
+    Frame top = {};
+    enter(&top, container, node, context);
+    if (pHandlerInfo != _appmngr_appDbHandlers) {
+        (void)appmngr_xmlnode_handler(node, top.context);
+        leave(&top);
+        return 0;
+    }
+    const int status = walkBelow(&top, xmlp_getChildNode(node, 0));
+    while (top.inner != nullptr) {
+        Frame *inner = top.inner;
+        top.inner = inner->inner;
+        free(inner);
+    }
+    return status;
 }

@@ -4,12 +4,9 @@
 // and the walk by names alone. So every handler first asks for its record, and one whose record
 // lies past its table does nothing.
 
-#include "appmngr/appmngr.h"
 #include "appmngr/appmngr_internal.h"
 
 #include <arpa/inet.h>
-
-/* ---- Current records ----------------------------------------------------------------------- */
 
 static appmngr_app *currentApp()
 {
@@ -51,21 +48,9 @@ static uint32_t *tupleCounter(appmngr_context context)
     return context > 1 ? reinterpret_cast<uint32_t *>(context) : nullptr; // NOLINT(*-no-int-to-ptr)
 }
 
-/* ---- Header, applications, types ----------------------------------------------------------- */
-
-static int readVer(XmlpNode *node, appmngr_context /*context*/)
+template <auto text> static int readHeader(XmlpNode *node, appmngr_context /*context*/)
 {
-    return appmngr_getNodeString(node, g_appmngr_appDb.ver, sizeof(g_appmngr_appDb.ver));
-}
-
-static int readProModel(XmlpNode *node, appmngr_context /*context*/)
-{
-    return appmngr_getNodeString(node, g_appmngr_appDb.proModel, sizeof(g_appmngr_appDb.proModel));
-}
-
-static int readExpired(XmlpNode *node, appmngr_context /*context*/)
-{
-    return appmngr_getNodeString(node, g_appmngr_appDb.expired, sizeof(g_appmngr_appDb.expired));
+    return appmngr_getNodeString(node, g_appmngr_appDb.*text, sizeof(g_appmngr_appDb.*text));
 }
 
 static int readUnsigned(const XmlpNode *node, uint32_t *out)
@@ -114,7 +99,7 @@ static void leaveAppType(appmngr_context /*context*/)
     g_appmngr_count.typeCur += currentType() != nullptr ? 1 : 0;
 }
 
-int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context /*context*/)
+static int _appmngr_xmlnode_handler_typeid(XmlpNode *node, appmngr_context /*context*/)
 {
     const appmngr_app *app = currentApp();
     int32_t id;
@@ -144,8 +129,6 @@ static int readDnsKw(XmlpNode *node, appmngr_context /*context*/)
     return appmngr_getNodeString(node, rule->keyword, sizeof(rule->keyword));
 }
 
-/* ---- Rules --------------------------------------------------------------------------------- */
-
 // The tuples of a rule lie one after the other from the cursor on; its signatures lie in the first.
 static void leaveRule(appmngr_context context)
 {
@@ -169,36 +152,18 @@ static void leaveRule(appmngr_context context)
     g_appmngr_count.ruleCur += used;
 }
 
-namespace
-{
-// How a fault in one of a tuple's two endpoints is reported.
-struct EndpointFaults {
-    int splitLine;
-    const char *splitText;
-    int addressLine;
-    const char *addressFormat;
-};
-} // namespace
-
-static constexpr EndpointFaults sourceFaults = {1295, "ucm_string_makeSubStrByChar failed!\n", 1318,
-                                                "inet_pton failed! str = [%s]\n"};
-static constexpr EndpointFaults destFaults = {1343, "Analyze the dest pair ip failed!\n", 1362,
-                                              "inet_pton failed, str = [%s]!\n"};
-
-// Reports under the name of the tuple handler, whose faults these are.
-#define TUPLE_ERROR(line, ...) appmngr_report("_appmngr_xmlnode_handler_tuple", line, __VA_ARGS__)
-
-// Reads "address:port"; the address 0 is any.
-static int readEndpoint(char *text, const EndpointFaults *faults, uint32_t *address, uint16_t *port)
+// Reads "address:port"; the address 0 is any. On failure *invalid is the text that is no address,
+// or null if text is no such pair.
+static int readEndpoint(char *text, uint32_t *address, uint16_t *port, const char **invalid)
 {
     char *parts[3];
+    *invalid = nullptr;
     if (appmngr_string_makeSubStrByChar(text, ':', 3, parts) != 2) {
-        TUPLE_ERROR(faults->splitLine, "%s", faults->splitText);
         return -1;
     }
     struct in_addr parsed = {};
     if (!appmngr_string_match(parts[0], "0") && inet_pton(AF_INET, parts[0], &parsed) != 1) {
-        TUPLE_ERROR(faults->addressLine, faults->addressFormat, parts[0]);
+        *invalid = parts[0];
         return -1;
     }
     *address = parsed.s_addr;
@@ -208,7 +173,7 @@ static int readEndpoint(char *text, const EndpointFaults *faults, uint32_t *addr
 
 // "proto source:port destination:port". What a faulty tuple wrote before its fault stays in the
 // record for the next one.
-int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context)
+static int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context)
 {
     uint32_t *count = tupleCounter(context);
     appmngr_rule *rule = count != nullptr ? ruleAt(*count) : nullptr;
@@ -231,44 +196,43 @@ int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context)
         return -1;
     }
     rule->proto = static_cast<uint8_t>(proto);
-    if (readEndpoint(parts[1], &sourceFaults, &rule->sip, &rule->sport) != 0 ||
-        readEndpoint(parts[2], &destFaults, &rule->dip, &rule->dport) != 0) {
+    const char *invalid;
+    if (readEndpoint(parts[1], &rule->sip, &rule->sport, &invalid) != 0) {
+        if (invalid == nullptr) {
+            APPMNGR_ERROR(1295, "ucm_string_makeSubStrByChar failed!\n");
+        } else {
+            APPMNGR_ERROR(1318, "inet_pton failed! str = [%s]\n", invalid);
+        }
+        return -1;
+    }
+    if (readEndpoint(parts[2], &rule->dip, &rule->dport, &invalid) != 0) {
+        if (invalid == nullptr) {
+            APPMNGR_ERROR(1343, "Analyze the dest pair ip failed!\n");
+        } else {
+            APPMNGR_ERROR(1362, "inet_pton failed, str = [%s]!\n", invalid);
+        }
         return -1;
     }
     (*count)++;
     return 0;
 }
 
-/* ---- Signatures ---------------------------------------------------------------------------- */
-
-template <int32_t appmngr_feature::*field>
+template <int32_t appmngr_feature::*number>
 static int readFeatureInt(XmlpNode *node, appmngr_context context)
 {
     appmngr_feature *feature = currentFeature(context);
-    return feature != nullptr ? appmngr_getNodeInt(node, &(feature->*field)) : -1;
+    return feature != nullptr ? appmngr_getNodeInt(node, &(feature->*number)) : -1;
 }
 
-static int readDpiType(XmlpNode *node, appmngr_context context)
+template <auto text> static int readFeatureText(XmlpNode *node, appmngr_context context)
 {
     appmngr_feature *feature = currentFeature(context);
     if (feature == nullptr) {
         return -1;
     }
-    (void)appmngr_getNodeString(node, feature->dpiType, sizeof(feature->dpiType));
+    (void)appmngr_getNodeString(node, feature->*text, sizeof(feature->*text));
     return 0;
 }
-
-static int readDpiCode(XmlpNode *node, appmngr_context context)
-{
-    appmngr_feature *feature = currentFeature(context);
-    if (feature == nullptr) {
-        return -1;
-    }
-    (void)appmngr_getNodeString(node, feature->dpiCode, sizeof(feature->dpiCode));
-    return 0;
-}
-
-/* ---- The tables ---------------------------------------------------------------------------- */
 
 enum { CHILDREN, WITH_ZERO, WITH_ONE, APP, APP_TYPE, RULE };
 
@@ -289,9 +253,9 @@ extern const appmngr_container _appmngr_containers[] = {
 
 extern const appmngr_tagHandler _appmngr_appDbHandlers[] = {
     {"AppDB", walk<CHILDREN>},
-    {"ver", readVer},
-    {"proModel", readProModel},
-    {"expired", readExpired},
+    {"ver", readHeader<&appmngr_appDb::ver>},
+    {"proModel", readHeader<&appmngr_appDb::proModel>},
+    {"expired", readHeader<&appmngr_appDb::expired>},
     {"appList", walk<WITH_ZERO>},
     {"app", walk<APP>},
     {"id", readId},
@@ -310,8 +274,8 @@ extern const appmngr_tagHandler _appmngr_appDbHandlers[] = {
     {"start", readFeatureInt<&appmngr_feature::start>},
     {"end", readFeatureInt<&appmngr_feature::end>},
     {"minlength", readFeatureInt<&appmngr_feature::minlength>},
-    {"dpiType", readDpiType},
-    {"dpiCode", readDpiCode},
+    {"dpiType", readFeatureText<&appmngr_feature::dpiType>},
+    {"dpiCode", readFeatureText<&appmngr_feature::dpiCode>},
     {"appTypeList", walk<WITH_ONE>},
     {"appType", walk<APP_TYPE>},
     {"dnsKwList", walk<CHILDREN>},

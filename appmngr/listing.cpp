@@ -1,60 +1,20 @@
-// Listings of the loaded tables, for a person to read.
+// The loaded tables for people to read, as JSON, and the stamp that says when they were built.
 
 #include "appmngr/appmngr.h"
 
 #include <arpa/inet.h>
 #include <stdio.h>
+#include <stdlib.h>
 
-const char *g_appmngr_descXml = nullptr;
+const char *g_appmngr_descXml;
 
-static const int32_t dumpWidth = 16; // bytes per line
-
-/* ---- Fields -------------------------------------------------------------------------------- */
-
-// All numbers are shown as signed ones.
-static int asSigned(uint32_t number)
-{
-    return static_cast<int>(number);
-}
-
-static void showNumber(const char *label, int number)
-{
-    printf("%-25s%d\n", label, number);
-}
-
-static void showText(const char *label, const char *text)
-{
-    printf("%-25s%s\n", label, text);
-}
-
-// A text field that fills its array has no terminator.
-template <size_t size> static void showField(const char *label, const char (&field)[size])
-{
-    printf("%-25s%.*s\n", label, static_cast<int>(size), field);
-}
-
-/* ---- Tables: no further than they reach ---------------------------------------------------- */
-
-static uint32_t ruleCount()
-{
-    return g_appmngr_appDb.rule != nullptr ? g_appmngr_appDb.ruleCount : 0;
-}
-
-static uint32_t typeCount()
-{
-    return g_appmngr_appDb.type != nullptr ? g_appmngr_appDb.typeCount : 0;
-}
-
-static uint32_t appCount()
-{
-    if (g_appmngr_app == nullptr) {
-        return 0;
-    }
-    return g_appmngr_count.appCur < g_appmngr_count.app ? g_appmngr_count.appCur
-                                                        : g_appmngr_count.app;
-}
-
-/* ---- XML text ------------------------------------------------------------------------------ */
+uint32_t g_appmngr_dbYear;
+uint32_t g_appmngr_dbMonth;
+uint32_t g_appmngr_dbDay;
+uint32_t g_appmngr_dbHour;
+uint32_t g_appmngr_dbMinute;
+uint32_t g_appmngr_dbSecond;
+uint32_t g_appmngr_dbBuild;
 
 static int showXml(const char *title, const char *text)
 {
@@ -76,41 +36,22 @@ int appmngr_showXmlDesc(void)
     return showXml("Show APP Desc in xml format!", g_appmngr_descXml);
 }
 
-/* ---- Rules --------------------------------------------------------------------------------- */
-
-namespace
+// All numbers are shown as signed ones.
+template <typename Number> static int asSigned(Number number)
 {
-// What differs between the two listings of rules, on purpose.
-struct RuleStyle {
-    void (*showName)(const appmngr_app *app);
-    void (*showAddress)(const char *label, uint32_t address);
-};
-} // namespace
-
-static void showWideName(const appmngr_app *app)
-{
-    printf("%-25s %.*s\n\n", "name:", static_cast<int>(sizeof app->name), app->name);
+    return static_cast<int>(number);
 }
 
-static void showPlainName(const appmngr_app *app)
+template <typename Number> static void showNumber(const char *label, Number number)
 {
-    printf("name: %.*s\n", static_cast<int>(sizeof app->name), app->name);
+    printf("%-25s%d\n", label, asSigned(number));
 }
 
-static void showRawAddress(const char *label, uint32_t address)
+// A text field that fills its array has no terminator.
+template <size_t size> static void showField(const char *label, const char (&field)[size])
 {
-    showNumber(label, asSigned(address));
+    printf("%-25s%.*s\n", label, static_cast<int>(size), field);
 }
-
-static void showDottedAddress(const char *label, uint32_t address)
-{
-    char text[INET_ADDRSTRLEN] = "";
-    inet_ntop(AF_INET, &address, text, sizeof text);
-    showText(label, text);
-}
-
-static const RuleStyle databaseStyle = {showWideName, showRawAddress};
-static const RuleStyle appRulesStyle = {showPlainName, showDottedAddress};
 
 static void showHeading()
 {
@@ -133,21 +74,33 @@ static void showFeature(const char *title, const appmngr_feature &feature)
     showField("DPI code:", feature.dpiCode);
 }
 
-static void showRule(uint32_t index, const RuleStyle &style)
+static void showDottedAddress(const char *label, uint32_t address)
+{
+    char text[INET_ADDRSTRLEN] = "";
+    inet_ntop(AF_INET, &address, text, sizeof(text));
+    showField(label, text);
+}
+
+// Kept on purpose: the listings of the database and of one application show names and addresses
+// differently.
+static void showRule(uint32_t index, bool inDatabase)
 {
     const appmngr_rule &rule = g_appmngr_appDb.rule[index];
-    showNumber("Rule index:", asSigned(index));
+    showNumber("Rule index:", index);
     puts("--------");
-    showNumber("ID:", asSigned(rule.appId));
+    showNumber("ID:", rule.appId);
     const appmngr_app *app = appmngr_getAppById(rule.appId);
-    if (app != nullptr) {
-        style.showName(app);
-    } else {
+    if (app == nullptr) {
         puts("name: Not Found!!!");
+    } else if (inDatabase) {
+        printf("%-25s %.*s\n\n", "name:", static_cast<int>(sizeof(app->name)), app->name);
+    } else {
+        printf("name: %.*s\n", static_cast<int>(sizeof(app->name)), app->name);
     }
-    showText("Protocol:", appmngr_protoName(rule.proto));
-    style.showAddress("Source IP:", rule.sip);
-    style.showAddress("Destination IP:", rule.dip);
+    printf("%-25s%s\n", "Protocol:", appmngr_protoName(rule.proto));
+    const auto showAddress = inDatabase ? showNumber<uint32_t> : showDottedAddress;
+    showAddress("Source IP:", rule.sip);
+    showAddress("Destination IP:", rule.dip);
     showNumber("Source Port:", rule.sport);
     showNumber("Destination Port:", rule.dport);
     showFeature("\nORIGINAL:", rule.orig);
@@ -155,20 +108,26 @@ static void showRule(uint32_t index, const RuleStyle &style)
     putchar('\n');
 }
 
+// The counts may promise tables that are not there.
+static uint32_t ruleCount()
+{
+    return g_appmngr_appDb.rule != nullptr ? g_appmngr_appDb.ruleCount : 0;
+}
+
 int appmngr_showDb(void)
 {
     showHeading();
-    showNumber("App count:", asSigned(g_appmngr_appDb.appCount));
-    showNumber("Rule count:", asSigned(g_appmngr_appDb.ruleCount));
+    showNumber("App count:", g_appmngr_appDb.appCount);
+    showNumber("Rule count:", g_appmngr_appDb.ruleCount);
     puts("+++++++++++++++++++++++++++");
     puts("\nAll Rules:");
     puts("---------------");
     for (uint32_t i = 0; i < ruleCount(); i++) {
-        showRule(i, databaseStyle);
+        showRule(i, true);
     }
     puts("+++++++++++++++++++++++++++");
     puts("All Types:");
-    showNumber("Type count:", asSigned(g_appmngr_appDb.typeCount));
+    showNumber("Type count:", g_appmngr_appDb.typeCount);
     puts("---------------");
     return 0;
 }
@@ -181,7 +140,7 @@ int appmngr_showAppRules(uint32_t appId)
     puts("---------------");
     for (uint32_t i = 0; i < ruleCount(); i++) {
         if (g_appmngr_appDb.rule[i].appId == appId) {
-            showRule(i, appRulesStyle);
+            showRule(i, false);
         }
     }
     return 0;
@@ -192,33 +151,33 @@ const char *appmngr_protoName(uint32_t proto)
     return appmngr_utils_proto2str(proto);
 }
 
-/* ---- Applications and types ---------------------------------------------------------------- */
-
 // Kept on purpose, for both lists: the count is that of the applications, and one too high.
-static int shownCount()
+static void showListHeading(const char *what)
 {
-    return asSigned(g_appmngr_count.appCur + 1);
+    printf("--------------\nAll %s [cnt = %d]\n\n", what, asSigned(g_appmngr_count.appCur + 1));
 }
 
 void appmngr_showApps(void)
 {
-    printf("--------------\nAll application [cnt = %d]\n\n", shownCount());
-    for (uint32_t i = 0; i < appCount(); i++) {
+    showListHeading("application");
+    const uint32_t count = g_appmngr_app != nullptr ? g_appmngr_count.app : 0;
+    for (uint32_t i = 0; i < count && i < g_appmngr_count.appCur; i++) {
         const appmngr_app &app = g_appmngr_app[i];
         printf("index = %5d, appid = %5d, visiable = [%d], name = [%.*s]\n", asSigned(i),
-               asSigned(app.id), app.visible, static_cast<int>(sizeof app.name), app.name);
+               asSigned(app.id), app.visible, static_cast<int>(sizeof(app.name)), app.name);
     }
     puts("--------------");
 }
 
 void appmngr_showAppTypes(void)
 {
-    printf("--------------\nAll app type [cnt = %d]\n\n", shownCount());
-    for (uint32_t i = 0; i < typeCount(); i++) {
+    showListHeading("app type");
+    const uint32_t count = g_appmngr_appDb.type != nullptr ? g_appmngr_appDb.typeCount : 0;
+    for (uint32_t i = 0; i < count; i++) {
         const appmngr_appType &type = g_appmngr_appDb.type[i];
         printf("index = %5d, id =  %5d, name = [%.*s]\n", asSigned(i), asSigned(type.id),
-               static_cast<int>(sizeof type.name), type.name);
-        appmngr_dumpBuffer(type.appBitmap, sizeof type.appBitmap);
+               static_cast<int>(sizeof(type.name)), type.name);
+        appmngr_dumpBuffer(type.appBitmap, sizeof(type.appBitmap));
         putchar('\n');
     }
     puts("--------------");
@@ -235,9 +194,74 @@ void appmngr_dumpBuffer(const void *buffer, int32_t length)
            static_cast<unsigned>(reinterpret_cast<uintptr_t>(buffer)), length);
     for (int32_t i = 0; i < length; i++) {
         printf("%02x ", bytes[i]);
-        if (i % dumpWidth == dumpWidth - 1) {
+        if (i % 16 == 15) {
             puts("\r");
         }
     }
     puts("\r\n===============\r");
+}
+
+// Texts are written as they are: a quote or a backslash in one of them makes the JSON ill-formed.
+static void writeFeature(FILE *file, const appmngr_feature &feature)
+{
+    fprintf(file, "\"enable\":%d, \"start\":%d, \"end\":%d, \"len\":%d,\n", feature.enable,
+            feature.start, feature.end, feature.minlength);
+    fprintf(file, "\"type\":\"%.*s\", \"rule\":\"%.*s\"\n",
+            static_cast<int>(sizeof(feature.dpiType)), feature.dpiType,
+            static_cast<int>(sizeof(feature.dpiCode)), feature.dpiCode);
+}
+
+static void writeRule(FILE *file, const appmngr_rule &rule)
+{
+    // Unlike in the listings, only these two have a name.
+    const char *proto = rule.proto == IPPROTO_TCP   ? "tcp"
+                        : rule.proto == IPPROTO_UDP ? "udp"
+                                                    : "none";
+    fprintf(file, "{\n\"appname\":\"\",\n\"appid\":%d,\n\"tuple\":{\n", asSigned(rule.appId));
+    fprintf(file, "\"sip\":%d, \"dip\":%d, \"sport\":%d, \"dport\":%d,\n", asSigned(rule.sip),
+            asSigned(rule.dip), rule.sport, rule.dport);
+    fprintf(file, "\"proto\":\"%s\"\n},\n\"feature\":{\n\"orig\":{\n", proto);
+    writeFeature(file, rule.orig);
+    fputs("},\n\"reply\":{\n", file);
+    writeFeature(file, rule.reply);
+    fputs("}\n}\n}", file);
+}
+
+void appmngr_writeJson(FILE *file)
+{
+    fputs("{\n\"dpi_rules\":[\n", file);
+    for (uint32_t i = 0; i < ruleCount(); i++) {
+        writeRule(file, g_appmngr_appDb.rule[i]);
+        fputs(i + 1 < ruleCount() ? ",\n" : "\n", file);
+    }
+    fputs("]\n}\n", file);
+}
+
+void appmngr_exportJson(void)
+{
+    FILE *file = fopen("database.json", "w");
+    if (file == nullptr) {
+        perror("open database.json failed!\n");
+        exit(-1);
+    }
+    appmngr_writeJson(file);
+    fclose(file);
+    puts("Create JSON-Format database success!");
+}
+
+int appmngr_getDbVersionString(char *out)
+{
+    if (out == nullptr) {
+        return -1;
+    }
+    snprintf(out, APPMNGR_VERSION_STRING_SIZE, "%d#%04d-%02d-%02d %02d:%02d:%02d",
+             asSigned(g_appmngr_dbBuild), asSigned(g_appmngr_dbYear), asSigned(g_appmngr_dbMonth),
+             asSigned(g_appmngr_dbDay), asSigned(g_appmngr_dbHour), asSigned(g_appmngr_dbMinute),
+             asSigned(g_appmngr_dbSecond));
+    return 0;
+}
+
+uint32_t appmngr_getDbBuild(void)
+{
+    return g_appmngr_dbBuild;
 }

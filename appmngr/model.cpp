@@ -1,6 +1,6 @@
-// The tables and buffers of the application database, and the layout of what the kernel gets.
+// The state of the application database: its tables, the buffers of a load, and its result codes.
 //
-// Rule record, host byte order but for the addresses:
+// A rule as the kernel gets it, host byte order but for the addresses:
 //
 //     0        4        8        12      14      16     17     20              308           596
 //     +--------+--------+--------+-------+-------+------+------+---------------+---------------+
@@ -44,8 +44,6 @@ void appmngr_report(const char *function, int line, const char *format, ...)
     va_end(args);
 }
 
-/* ---- Buffers ------------------------------------------------------------------------------- */
-
 const appmngr_settings g_appmngr_settings = {204800, 51200, 0, {65536, 98304, 163840}};
 
 unsigned char *g_appmngr_imageBuf;
@@ -86,8 +84,6 @@ int appmngr_file_free(void)
     g_appmngr_imageBuf = nullptr;
     return 0;
 }
-
-/* ---- Tables -------------------------------------------------------------------------------- */
 
 appmngr_appDb g_appmngr_appDb;
 appmngr_app *g_appmngr_app;
@@ -208,4 +204,50 @@ appmngr_app *appmngr_getAppById(uint32_t id)
         }
     }
     return nullptr;
+}
+
+// A row for a result code.
+#define CODE(name)  \
+    {               \
+        name, #name \
+    }
+
+static constexpr struct {
+    int code;
+    const char *name;
+} resultCodes[] = {
+    CODE(APPMNGR_SUCCESS),
+    CODE(APPMNGR_ERR_FAILED),
+    CODE(APPMNGR_ERR_INVALID_ARG),
+    CODE(APPMNGR_ERR_NO_MEMORY),
+    CODE(APPMNGR_ERR_NOT_FOUND),
+    CODE(APPMNGR_ERR_OUT_OF_BOUNDARY),
+    CODE(APPMNGR_ERR_NOT_INIT),
+    CODE(APPMNGR_ERR_EXIST),
+    CODE(APPMNGR_ERR_USING),
+    CODE(APPMNGR_ERR_SIZE_SMALL),
+    CODE(APPMNGR_ERR_SIZE_LARGE),
+    CODE(APPMNGR_ERR_ITEM_FULL),
+    CODE(APPMNGR_ERR_ALLOC_UKEY),
+    CODE(APPMNGR_ERR_REVISE),
+    CODE(APPMNGR_ERR_ANALYZE),
+    CODE(APPMNGR_ERR_KERNEL),
+    CODE(APPMNGR_ERR_CONFIG),
+    CODE(APPMNGR_ERR_LOAD),
+    CODE(APPMNGR_ERR_FILE_INVALID_FORMAT),
+    CODE(APPMNGR_ERR_FILE_INVALID_LEN),
+    CODE(APPMNGR_ERR_FILE_CHECK),
+    CODE(APPMNGR_ERR_FILE_INVALID_VERSION),
+    CODE(APPMNGR_ERR_FILE_SAVE_ERROR),
+    CODE(APPMNGR_ERR_FILE_UNKNOWN_ERROR),
+};
+
+const char *appmngr_errToStr(int16_t code)
+{
+    for (const auto &row : resultCodes) {
+        if (row.code == code) {
+            return row.name;
+        }
+    }
+    return "ERROR NOT IN LIST";
 }

@@ -1,6 +1,6 @@
 // Small text helpers: protocol names, comparison, splitting, bitmaps, escaping.
 
-#include "appmngr/appmngr.h"
+#include "appmngr/appmngr_internal.h"
 
 #include <limits.h>
 #include <stdio.h>
@@ -32,19 +32,13 @@ const char *appmngr_utils_proto2str(uint32_t number)
     return "unknown";
 }
 
-static int lower(char character)
-{
-    auto byte = static_cast<unsigned char>(character);
-    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
-}
-
 int appmngr_strcasecmp(const char *a, const char *b)
 {
-    while (*a != '\0' && (*a == *b || lower(*a) == lower(*b))) {
+    while (*a != '\0' && (*a == *b || _appmngr_lower(*a) == _appmngr_lower(*b))) {
         a++;
         b++;
     }
-    return lower(*a) - lower(*b);
+    return _appmngr_lower(*a) - _appmngr_lower(*b);
 }
 
 int appmngr_strcasecmpSafe(const char *a, const char *b)

@@ -59,17 +59,11 @@ int appmngr_getNodeInt(const XmlpNode *node, int32_t *out)
 
 int appmngr_getNodeString(const XmlpNode *node, char *dest, uint32_t size)
 {
-    if (dest == nullptr || size == 0 || appmngr_getNodeValue(node) == nullptr) {
+    const char *text = appmngr_getNodeValue(node);
+    if (dest == nullptr || size == 0 || text == nullptr) {
         return -1;
     }
-    // From where the value lies: the buffer holds the same, and reading what was just written
-    // there takes longer.
-    size_t length = 0;
-    if (node->valueSize > 0) {
-        const auto *text = reinterpret_cast<const char *>(node->value);
-        length = strnlen(text, node->valueSize < size ? node->valueSize : size - 1);
-        memcpy(dest, text, length);
-    }
-    memset(dest + length, 0, size - length);
+    strncpy(dest, text, size - 1); // clears the rest
+    dest[size - 1] = '\0';
     return 0;
 }

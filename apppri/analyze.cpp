@@ -22,7 +22,7 @@ static XmlpDoc *loadText(void)
         return nullptr;
     }
     const uint32_t length = static_cast<uint32_t>(strlen(text));
-    const uint32_t skip = appmngr_getMarkSize(apppri_detectBom(text, length));
+    const uint32_t skip = appmngr_getBomSize(apppri_detectBom(text, length));
     return xmlp_loadDoc(text + skip, length - skip, 1);
 }
 

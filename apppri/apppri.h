@@ -139,7 +139,7 @@ int apppri_readDBFromFlash(void);
  */
 int apppri_analyzeDBFile(void);
 
-/* Returns the byte-order mark (APPMNGR_MARK_...) at the start of length bytes at text. */
+/* Returns the BOM (APPMNGR_BOM_...) at the start of length bytes at text. */
 int apppri_detectBom(const char *text, uint32_t length);
 
 /*

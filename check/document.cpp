@@ -83,7 +83,7 @@ const XmlpNode *following(const XmlpNode *node)
 
 size_t markSize(const std::string &text)
 {
-    return appmngr_getMarkSize(
+    return appmngr_getBomSize(
         appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())));
 }
 

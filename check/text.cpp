@@ -80,9 +80,9 @@ bool looksLikeXml(const std::string &file)
 {
     switch (appmngr_checkEncoding(file.data(),
                                   static_cast<uint32_t>(std::min<size_t>(file.size(), 3)))) {
-    case APPMNGR_MARK_UTF8:
-    case APPMNGR_MARK_UTF16LE:
-    case APPMNGR_MARK_UTF16BE:
+    case APPMNGR_BOM_UTF8:
+    case APPMNGR_BOM_UTF16LE:
+    case APPMNGR_BOM_UTF16BE:
         return true;
     default:
         break;

@@ -1,9 +1,24 @@
-// The load pipeline: its stages, in order.
+// The load pipeline, and what a program does before it.
 
-#include "appmngr/appmngr.h"
 #include "loader/loader.h"
 
-// The stages of a load, in order, up to the first that fails.
+#include "appmngr/appmngr.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+int appmngr_openStandardStreams(void)
+{
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; fd++) {
+        // The lowest that is free is the one that is opened.
+        if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", O_RDWR) == -1) {
+            return -1; // LCOV_EXCL_LINE: there is a /dev/null
+        }
+    }
+    return 0;
+}
+
+// The stages in order, up to the first that fails.
 static int _appmngr_readFromDatabase()
 {
     if (appmngr_file_alloc() != 0) {

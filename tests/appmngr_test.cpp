@@ -277,11 +277,11 @@ TEST(AppMngr, TextAndNumbers)
         numbers += std::to_string(appmngr_atoi(text)) + " ";
     }
     EXPECT_EQ(numbers, "0 -12 7 12345678 12345678 999999999 1 -2147483648 -1 ");
-    EXPECT_EQ(appmngr_checkEncoding("\xFF\xFE", 1), APPMNGR_MARK_NONE);
-    EXPECT_EQ(appmngr_checkEncoding("\xFF\xFE", 2), APPMNGR_MARK_UTF16LE);
-    EXPECT_EQ(appmngr_checkEncoding("\xFE\xFF", 2), APPMNGR_MARK_UTF16BE);
-    EXPECT_EQ(appmngr_checkEncoding("\xEF\xBB\xBF", 2), APPMNGR_MARK_NONE);
-    EXPECT_EQ(appmngr_checkEncoding("\xEF\xBB\xBF", 3), APPMNGR_MARK_UTF8);
+    EXPECT_EQ(appmngr_checkEncoding("\xFF\xFE", 1), APPMNGR_BOM_NONE);
+    EXPECT_EQ(appmngr_checkEncoding("\xFF\xFE", 2), APPMNGR_BOM_UTF16LE);
+    EXPECT_EQ(appmngr_checkEncoding("\xFE\xFF", 2), APPMNGR_BOM_UTF16BE);
+    EXPECT_EQ(appmngr_checkEncoding("\xEF\xBB\xBF", 2), APPMNGR_BOM_NONE);
+    EXPECT_EQ(appmngr_checkEncoding("\xEF\xBB\xBF", 3), APPMNGR_BOM_UTF8);
     char escaped[] = "a\"\\b.";
     EXPECT_EQ(appmngr_escapeSpecial(nullptr, ""), -1);
     EXPECT_EQ(appmngr_escapeSpecial(escaped, "a \"\\b"), 0);
