@@ -1,8 +1,8 @@
 /*
  * appdist - the netlink channel to the kernel's traffic classifier and the messages on it.
  *
- * The format below the messages is netlink: a raw AF_NETLINK socket of a private protocol, every
- * datagram beginning with a struct nlmsghdr (see netlink(7)). Nothing here is thread-safe.
+ * The channel is a raw AF_NETLINK socket of a private protocol; every datagram begins with a struct
+ * nlmsghdr (see netlink(7)). Nothing here is thread-safe.
  */
 #ifndef APPDIST_APPDIST_H
 #define APPDIST_APPDIST_H
@@ -37,7 +37,7 @@ enum {
     APPDIST_ERR_PROTOCOL = 16
 };
 
-/* Code of the last failure, 0 before the first; only failures write it. */
+/* Code of the last failure, 0 before the first. */
 extern int32_t appdist_errno;
 
 /* Returns the message of a code; that of APPDIST_ERR_IMPLEMENTATION for one outside the table. */
@@ -47,8 +47,8 @@ const char *appdist_strerror(int32_t code);
 const char *appdist_last_error_text(void);
 
 /*
- * Writes "prefix: channel error: system error" and a newline to standard error, leaving out the
- * errors that are not set; a null prefix reads "ERROR". Returns what writing the newline returned.
+ * Writes "prefix: channel error: system error" and a newline to standard error, omitting errors
+ * that are not set; a null prefix reads "ERROR". Returns what writing the newline returned.
  */
 int appdist_print_error(const char *prefix);
 
@@ -63,25 +63,26 @@ typedef struct appdist_handle {
 } appdist_handle;
 
 /*
- * Opens a channel. flags is ignored. protocol_family is 2 (netlink protocol 22) or 10 (netlink
- * protocol 13). Returns a handle to be given to appdist_destroy_handle, or null with
- * appdist_errno set, except when the send buffer size cannot be set or read.
+ * Opens a channel. flags is ignored; protocol_family is 2 (netlink protocol 22) or 10 (netlink
+ * protocol 13). Returns a handle for appdist_destroy_handle, or null with appdist_errno set, except
+ * when the send buffer size cannot be set or read.
  */
 appdist_handle *appdist_create_handle(uint32_t flags, uint32_t protocol_family);
 
 /* Closes the channel and frees the handle, which may be null. Returns 0. */
 int appdist_destroy_handle(appdist_handle *handle);
 
-/* Sends one datagram. Returns sendto's result; negative sets APPDIST_ERR_SEND. */
+/*
+ * Send one datagram, from a buffer or a scatter list. Return the result of sendto or sendmsg; a
+ * negative one sets APPDIST_ERR_SEND.
+ */
 int32_t appdist_netlink_sendto(appdist_handle *handle, const void *buffer, uint32_t length);
-
-/* Sends one datagram from a scatter list. Returns sendmsg's result, as above. */
 int32_t appdist_netlink_sendmsg(appdist_handle *handle, const struct msghdr *message, int flags);
 
 /*
  * Receives one datagram from the kernel into length (at least 20) bytes at buffer. timeout is in
- * microseconds: 0 blocks, a negative one polls once. Returns the number of bytes received; 0 when
- * the time ran out (APPDIST_ERR_TIMEOUT) or a signal came; negative with appdist_errno set.
+ * microseconds: 0 blocks, a negative one polls once. Returns the number of bytes received; 0 on a
+ * timeout (APPDIST_ERR_TIMEOUT) or a signal; a negative number with appdist_errno set.
  */
 int32_t appdist_netlink_recvfrom(appdist_handle *handle, void *buffer, uint32_t length,
                                  int32_t timeout);
@@ -101,7 +102,8 @@ int appdist_configure(appdist_handle *handle, ...);
 /* ---- Messages -------------------------------------------------------------------------- */
 
 /*
- * A message to the classifier: one netlink datagram, integers in host byte order.
+ * The head of a message to the classifier, which is one netlink datagram. Integers are in host byte
+ * order. What follows is the records.
  *
  *      0                   4         6         8                  12                 16
  *      +-------------------+---------+---------+------------------+------------------+
@@ -139,33 +141,26 @@ typedef struct appdist_message {
 } appdist_message;
 
 /*
- * Build what the senders of the same name send on handle, without sending it; handle need not be
- * open, only its own address counts. The caller frees the message, records included. They return
- * null when there are no records and, reported, when memory is short or the length does not fit
- * the header.
+ * Each sends one message, as one datagram: the rules of g_appmngr_appDb; the DNS keywords of
+ * g_appmngr_appDns; length bytes at buffer, as records of one byte; four parameters, which lie in
+ * the message in the order a, d, b, c. They return the number of bytes sent; what the send returned
+ * when it failed, reported on standard output; 0 when there is nothing to send or, reported, memory
+ * is short or the length does not fit the header.
+ */
+int32_t appdist_send_app_rules(appdist_handle *handle);
+int32_t appdist_send_dns_rules(appdist_handle *handle);
+int32_t appdist_send_buffer(appdist_handle *handle, const void *buffer, int32_t length);
+int32_t appdist_send_params(appdist_handle *handle, uint32_t a, uint32_t b, uint32_t c, uint32_t d);
+
+/*
+ * Build the messages of the senders of the same name. Of handle, which need not be open, only the
+ * port id of its local address is used. They return a message for the caller to free, or null where
+ * the sender would return 0.
  */
 appdist_message *appdist_new_app_rules(const appdist_handle *handle);
 appdist_message *appdist_new_dns_rules(const appdist_handle *handle);
 appdist_message *appdist_new_buffer(const appdist_handle *handle, const void *buffer,
                                     int32_t length);
-
-/*
- * Each builds one message in one allocation and sends it as one datagram. They return the number
- * of bytes sent, a negative number when the channel refused it (both reported on standard output
- * when below 1), or 0 when there was nothing to send or no memory.
- */
-
-/* Type 19: the rules of g_appmngr_appDb. */
-int32_t appdist_send_app_rules(appdist_handle *handle);
-
-/* Type 21: the DNS keywords of g_appmngr_appDns. */
-int32_t appdist_send_dns_rules(appdist_handle *handle);
-
-/* Type 20: length bytes at buffer, as records of one byte. */
-int32_t appdist_send_buffer(appdist_handle *handle, const void *buffer, int32_t length);
-
-/* Type 22: four parameters, which lie in the message in the order a, d, b, c. */
-int32_t appdist_send_params(appdist_handle *handle, uint32_t a, uint32_t b, uint32_t c, uint32_t d);
 
 #ifdef __cplusplus
 }

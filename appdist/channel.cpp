@@ -66,9 +66,9 @@ appdist_handle *appdist_create_handle(uint32_t, uint32_t protocol_family)
     socklen_t sizeLength = sizeof(size);
     if (setsockopt(handle->fd, SOL_SOCKET, SO_SNDBUF, &size, sizeof(size)) < 0 ||
         getsockopt(handle->fd, SOL_SOCKET, SO_SNDBUF, &size, &sizeLength) < 0) {
-        close(handle->fd);
         // Kept on purpose: the record is not freed, and no error is set.
-        return nullptr; // NOLINT(clang-analyzer-unix.Malloc), and -fanalyzer's leak of the record
+        close(handle->fd); // NOLINT(clang-analyzer-unix.Malloc)
+        return nullptr;
     }
     handle->local = netlinkAddress(static_cast<uint32_t>(getpid()));
     if (bind(handle->fd, reinterpret_cast<const sockaddr *>(&handle->local),

@@ -18,9 +18,9 @@ extern "C" {
 
 /* What the children of a container are given as context. */
 typedef enum appmngr_below {
-    APPMNGR_SAME,     /* that of the container */
     APPMNGR_ZERO,     /* 0 */
     APPMNGR_ONE,      /* 1 */
+    APPMNGR_SAME,     /* that of the container */
     APPMNGR_OWN_COUNT /* the address of a counter of its own, starting at 0 */
 } appmngr_below;
 

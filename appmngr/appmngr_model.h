@@ -1,8 +1,8 @@
 /*
- * The application database: result codes and diagnostics, records, process-wide tables and buffers.
+ * The application database: result codes, diagnostics, records, process-wide tables and buffers.
  *
- * Integers are 32-bit in host byte order unless said otherwise. Text fields are fixed arrays,
- * zero-filled, holding at most size - 1 characters.
+ * Integers are in host byte order unless said otherwise. Text fields are fixed arrays, zero-filled,
+ * holding at most size - 1 characters.
  */
 #ifndef APPMNGR_APPMNGR_MODEL_H
 #define APPMNGR_APPMNGR_MODEL_H
@@ -51,7 +51,7 @@ const char *appmngr_errToStr(int16_t code);
 void appmngr_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/* The same for the function at hand; line is part of the message. */
+/* The same for the calling function; line is part of the message. */
 #define APPMNGR_ERROR(line, ...) appmngr_report(__func__, line, __VA_ARGS__)
 
 /* ---- Records --------------------------------------------------------------------------- */
@@ -85,7 +85,7 @@ typedef struct appmngr_dnsRule {
     char keyword[16];
 } appmngr_dnsRule;
 
-/* Application, 136 bytes; stays in memory. */
+/* Application, 136 bytes; not sent. */
 typedef struct appmngr_app {
     uint32_t id;
     int32_t visible;
@@ -95,14 +95,14 @@ typedef struct appmngr_app {
 /* Application ids that fit a type's bitmap: 0 .. APPMNGR_APP_ID_LIMIT - 1. */
 #define APPMNGR_APP_ID_LIMIT 4096
 
-/* Application type, 644 bytes; stays in memory. */
+/* Application type, 644 bytes; not sent. */
 typedef struct appmngr_appType {
     uint32_t id;
     char name[128];
     uint32_t appBitmap[APPMNGR_APP_ID_LIMIT / 32]; /* bit n: the application with id n has it */
 } appmngr_appType;
 
-/* Entry of a description database, 7,044 bytes; its inside is not used here. */
+/* Entry of a description database, 7,044 bytes; opaque. */
 typedef struct appmngr_desc {
     unsigned char content[7044];
 } appmngr_desc;
@@ -110,8 +110,8 @@ typedef struct appmngr_desc {
 /* ---- Tables ---------------------------------------------------------------------------- */
 
 /*
- * Header of the application database. The arrays belong to it; after a load that found too little
- * they are null whatever the counts say.
+ * Header of the application database, which owns the arrays. After a load that found too little
+ * they are null, whatever the counts say.
  */
 typedef struct appmngr_appDb {
     char ver[12];
@@ -124,7 +124,7 @@ typedef struct appmngr_appDb {
     appmngr_appType *type;
 } appmngr_appDb;
 
-/* Header of a description database, of the same shape. */
+/* Header of a description database. */
 typedef struct appmngr_appDescDb {
     char ver[12];
     char proModel[32];
@@ -138,7 +138,7 @@ typedef struct appmngr_appDescDb {
 
 typedef struct appmngr_dnsTable {
     uint32_t count;
-    appmngr_dnsRule *rule; /* likewise */
+    appmngr_dnsRule *rule; /* owned by the table */
 } appmngr_dnsTable;
 
 /* What the counting pass found, then the cursors of the filling pass. */
@@ -168,9 +168,9 @@ extern uint32_t g_appmngr_typeIds[APPMNGR_TYPE_MAX]; /* in document order */
 extern appmngr_appDescDb g_appmngr_appDesc;
 
 /*
- * Allocates the zeroed tables for the counts of g_appmngr_count; an earlier load's are released.
- * Returns 0, or -1 when memory is short, and when there is no tuple, no type, no application or
- * more than APPMNGR_TYPE_MAX types: then the counts stand without tables.
+ * Allocates the zeroed tables for g_appmngr_count and releases those of an earlier load. Returns 0;
+ * -1 when memory is short, or when there is no tuple, no type, no application or more than
+ * APPMNGR_TYPE_MAX types: then the counts are set without tables.
  */
 int _appmngr_alloc_for_appdb(void);
 
@@ -178,13 +178,10 @@ int _appmngr_alloc_for_appdb(void);
 void appmngr_appdb_free(void);
 
 /*
- * Allocates the zeroed tables of g_appmngr_appDesc for descApp and descType entries; earlier ones
- * are released. Returns 0, or -1 when memory is short, and when one of them is 0: then the counts
- * stand without tables.
+ * The same for g_appmngr_appDesc, with descApp and descType entries; -1 when memory is short, or
+ * when one of them is 0.
  */
 int appmngr_appdesc_alloc(void);
-
-/* Releases the tables of g_appmngr_appDesc and clears it. */
 void appmngr_appdesc_free(void);
 
 /* Releases and clears the tables of an earlier load, with the counts. Returns 0. */
@@ -209,12 +206,13 @@ typedef struct appmngr_settings {
 
 extern const appmngr_settings g_appmngr_settings;
 
-/* The working buffers, null while not allocated. */
+/* Null while not allocated. */
 extern unsigned char *g_appmngr_imageBuf; /* APPMNGR_IMAGE_SIZE bytes */
 extern char *g_appmngr_xmlBuf;            /* xmlBufSize bytes, NUL-terminated text */
 extern unsigned char *g_appmngr_scratchBuf;
 
-/* Allocates and clears the three buffers; on failure those that were allocated stay. */
+/* Allocates and clears the three buffers. Returns 0; -1, reported, keeping those it could allocate.
+ */
 int appmngr_file_alloc(void);
 
 /* Releases the three buffers. Returns 0. */

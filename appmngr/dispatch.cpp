@@ -52,14 +52,14 @@ int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context)
     return 0;
 }
 
-// The application database's table has each name once, and its handlers change neither the tree nor
-// the table: what was found for a name stays true.
 namespace
 {
-// A row of the application database's table, and the container that its handler is, if it is one.
-struct Match {
-    appmngr_handler handler; // null for names without a row
-    const appmngr_container *container;
+// What was found for a name of a tree. A static tree has one string for each name, so that its
+// address tells it; names lie close together, and have two bytes or more.
+struct KnownName {
+    const char *name;
+    appmngr_handler handler;            // null for names without a row
+    const appmngr_container *container; // what handler is, if it is one
 };
 
 // A container on the way down to the element at hand. Frames stay for reuse until the walk ends,
@@ -72,35 +72,25 @@ struct Frame {
     appmngr_context context; // of the children
     uint32_t tuples;
 };
-
-// The matches that were found for the names of a tree. A static tree has one string for each name,
-// so that its address tells it; names lie close together, and have two bytes or more.
-struct KnownMatch {
-    const char *name;
-    Match match;
-};
 } // namespace
 
-static KnownMatch known[256];
+static constexpr size_t knownSize = 256;
+static KnownName knownNames[knownSize];
 
-static Match findMatch(const char *name)
+// The application database's table has each name once, and its handlers change neither the tree nor
+// the table: what was found for a name stays true for a walk.
+static const KnownName &lookUp(const char *name)
 {
-    const appmngr_handler handler = findRow(_appmngr_appDbHandlers, name)->handler;
-    const appmngr_container *container = _appmngr_containers;
-    while (container->handler != nullptr && container->handler != handler) {
-        container++;
-    }
-    return {handler, container->handler != nullptr ? container : nullptr};
-}
-
-static const Match &matchOf(const char *name)
-{
-    constexpr size_t size = sizeof(known) / sizeof(known[0]);
-    KnownMatch *slot = &known[reinterpret_cast<uintptr_t>(name) / 2 % size];
+    KnownName *slot = &knownNames[reinterpret_cast<uintptr_t>(name) / 2 % knownSize];
     if (slot->name != name || name == nullptr) {
-        *slot = {name, findMatch(name)};
+        const appmngr_handler handler = findRow(_appmngr_appDbHandlers, name)->handler;
+        const appmngr_container *container = _appmngr_containers;
+        while (container->handler != nullptr && container->handler != handler) {
+            container++;
+        }
+        *slot = {name, handler, container->handler != nullptr ? container : nullptr};
     }
-    return slot->match;
+    return *slot;
 }
 
 static void enter(Frame *frame, const appmngr_container *container, const XmlpNode *element,
@@ -109,19 +99,11 @@ static void enter(Frame *frame, const appmngr_container *container, const XmlpNo
     frame->container = container;
     frame->element = element;
     frame->tuples = 0;
-    switch (container->below) {
-    case APPMNGR_SAME:
+    frame->context = container->below;
+    if (container->below == APPMNGR_SAME) {
         frame->context = context;
-        break;
-    case APPMNGR_ZERO:
-        frame->context = 0;
-        break;
-    case APPMNGR_ONE:
-        frame->context = 1;
-        break;
-    case APPMNGR_OWN_COUNT:
+    } else if (container->below == APPMNGR_OWN_COUNT) {
         frame->context = reinterpret_cast<appmngr_context>(&frame->tuples);
-        break;
     }
 }
 
@@ -144,35 +126,36 @@ static Frame *innerFrame(Frame *outer)
     return outer->inner;
 }
 
-// Dispatches what is below the container of top. Elements nest as deep as the document has room
-// for, so the way back up is kept in frames, not on the stack. Returns -1 when memory is short.
+// Dispatches child, its later siblings and what is below them, the children of top. Elements nest
+// as deep as the document has room for, so the way back up is kept in frames, not on the stack.
+// Returns -1 when memory is short.
 static int walkBelow(Frame *top, XmlpNode *child)
 {
-    memset(known, 0, sizeof(known));
+    memset(knownNames, 0, sizeof(knownNames));
     Frame *frame = top;
     for (;;) {
         if (child == nullptr) {
-            leave(frame);
             if (frame == top) {
                 return 0;
             }
+            leave(frame);
             child = frame->element->next;
             frame = frame->outer;
             continue;
         }
-        const Match match = child->type != XMLP_NODE_NONE ? matchOf(child->name) : Match{};
-        if (match.container != nullptr) {
+        const KnownName known = child->type != XMLP_NODE_NONE ? lookUp(child->name) : KnownName{};
+        if (known.container != nullptr) {
             Frame *inner = innerFrame(frame);
             if (inner == nullptr) {
                 return -1;
             }
-            enter(inner, match.container, child, frame->context);
+            enter(inner, known.container, child, frame->context);
             frame = inner;
             child = child->firstChild;
             continue;
         }
-        if (match.handler != nullptr) {
-            match.handler(child, frame->context);
+        if (known.handler != nullptr) {
+            known.handler(child, frame->context);
         }
         child = child->next;
     }
@@ -182,16 +165,16 @@ int _appmngr_walk(const appmngr_container *container, XmlpNode *node, appmngr_co
 {
     Frame top = {};
     enter(&top, container, node, context);
-    if (pHandlerInfo != _appmngr_appDbHandlers) {
-        (void)appmngr_xmlnode_handler(node, top.context);
-        leave(&top);
-        return 0;
-    }
-    const int status = walkBelow(&top, xmlp_getChildNode(node, 0));
+    const int status = pHandlerInfo == _appmngr_appDbHandlers
+                           ? walkBelow(&top, xmlp_getChildNode(node, 0))
+                           : appmngr_xmlnode_handler(node, top.context);
     while (top.inner != nullptr) {
         Frame *inner = top.inner;
         top.inner = inner->inner;
         free(inner);
+    }
+    if (status == 0) {
+        leave(&top);
     }
     return status;
 }

@@ -66,20 +66,20 @@ static int readUnsigned(const XmlpNode *node, uint32_t *out)
 static int readId(XmlpNode *node, appmngr_context context)
 {
     appmngr_app *app = context == 0 ? currentApp() : nullptr;
+    appmngr_appType *type = context == 1 ? currentType() : nullptr;
     if (app != nullptr) {
         return readUnsigned(node, &app->id);
     }
-    appmngr_appType *type = context == 1 ? currentType() : nullptr;
     return type != nullptr ? readUnsigned(node, &type->id) : -1;
 }
 
 static int readName(XmlpNode *node, appmngr_context context)
 {
     appmngr_app *app = context == 0 ? currentApp() : nullptr;
+    appmngr_appType *type = context == 1 ? currentType() : nullptr;
     if (app != nullptr) {
         return appmngr_getNodeString(node, app->name, sizeof(app->name));
     }
-    appmngr_appType *type = context == 1 ? currentType() : nullptr;
     return type != nullptr ? appmngr_getNodeString(node, type->name, sizeof(type->name)) : -1;
 }
 

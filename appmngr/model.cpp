@@ -92,12 +92,11 @@ appmngr_counters g_appmngr_count;
 uint32_t g_appmngr_typeIds[APPMNGR_TYPE_MAX];
 appmngr_appDescDb g_appmngr_appDesc;
 
-// Allocates count zeroed records and says so in *failed if it cannot.
-template <typename Record> static Record *newTable(uint32_t count, bool *failed)
+// Allocates count zeroed records. Returns whether there was memory for them.
+template <typename Record> static bool allocate(Record **table, uint32_t count)
 {
-    auto *table = static_cast<Record *>(calloc(count, sizeof(Record)));
-    *failed = *failed || table == nullptr;
-    return table;
+    *table = static_cast<Record *>(calloc(count, sizeof(Record)));
+    return *table != nullptr;
 }
 
 int _appmngr_alloc_for_appdb(void)
@@ -113,17 +112,14 @@ int _appmngr_alloc_for_appdb(void)
         count->typeId > APPMNGR_TYPE_MAX) {
         return -1;
     }
-    bool failed = false;
-    g_appmngr_appDb.rule = newTable<appmngr_rule>(count->tuple, &failed);
-    g_appmngr_appDb.type = newTable<appmngr_appType>(count->typeId, &failed);
-    g_appmngr_app = newTable<appmngr_app>(count->app, &failed);
-    if (!failed && count->dnsKw != 0) {
-        g_appmngr_appDns.rule = newTable<appmngr_dnsRule>(count->dnsKw, &failed);
-        if (failed) {
-            puts("Allocate for g_appmngr_appDns.rule FAILED");
-        }
+    bool isAllocated = allocate(&g_appmngr_appDb.rule, count->tuple) &&
+                       allocate(&g_appmngr_appDb.type, count->typeId) &&
+                       allocate(&g_appmngr_app, count->app);
+    if (isAllocated && count->dnsKw != 0 && !allocate(&g_appmngr_appDns.rule, count->dnsKw)) {
+        puts("Allocate for g_appmngr_appDns.rule FAILED");
+        isAllocated = false;
     }
-    if (failed) {
+    if (!isAllocated) {
         appmngr_appdb_free();
         return -1;
     }
@@ -154,10 +150,8 @@ int appmngr_appdesc_alloc(void)
     if (g_appmngr_appDesc.appCount == 0 || g_appmngr_appDesc.typeCount == 0) {
         return -1;
     }
-    bool failed = false;
-    g_appmngr_appDesc.app = newTable<appmngr_desc>(g_appmngr_appDesc.appCount, &failed);
-    g_appmngr_appDesc.type = newTable<appmngr_desc>(g_appmngr_appDesc.typeCount, &failed);
-    if (failed) {
+    if (!allocate(&g_appmngr_appDesc.app, g_appmngr_appDesc.appCount) ||
+        !allocate(&g_appmngr_appDesc.type, g_appmngr_appDesc.typeCount)) {
         appmngr_appdesc_free();
         return -1;
     }
@@ -180,30 +174,24 @@ int appmngr_dbReInit(void)
     return 0;
 }
 
-appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id)
+template <typename Record> static Record *findById(Record *table, uint32_t count, uint32_t id)
 {
-    if (g_appmngr_appDb.type == nullptr) {
-        return nullptr;
-    }
-    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
-        if (g_appmngr_appDb.type[i].id == id) {
-            return &g_appmngr_appDb.type[i];
+    for (uint32_t i = 0; table != nullptr && i < count; i++) {
+        if (table[i].id == id) {
+            return &table[i];
         }
     }
     return nullptr;
 }
 
+appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id)
+{
+    return findById(g_appmngr_appDb.type, g_appmngr_appDb.typeCount, id);
+}
+
 appmngr_app *appmngr_getAppById(uint32_t id)
 {
-    if (g_appmngr_app == nullptr) {
-        return nullptr;
-    }
-    for (uint32_t i = 0; i < g_appmngr_count.app; i++) {
-        if (g_appmngr_app[i].id == id) {
-            return &g_appmngr_app[i];
-        }
-    }
-    return nullptr;
+    return findById(g_appmngr_app, g_appmngr_count.app, id);
 }
 
 // A row for a result code.

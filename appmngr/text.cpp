@@ -52,20 +52,7 @@ int appmngr_string_match(const char *a, const char *b)
         APPMNGR_ERROR(470, "Some parameter is null.\r\n");
         return 0;
     }
-    while (*a != 0 && *a == *b) {
-        a++;
-        b++;
-    }
-    return *a == *b;
-}
-
-// Ends a token there. Returns where the next one is looked for.
-static char *cut(char *end)
-{
-    if (*end != '\0') {
-        *end++ = '\0';
-    }
-    return end;
+    return strcmp(a, b) == 0;
 }
 
 char *appmngr_string_token(char *text, const char *delimiters, char **save)
@@ -75,9 +62,14 @@ char *appmngr_string_token(char *text, const char *delimiters, char **save)
         return nullptr;
     }
     token += strspn(token, delimiters);
-    char *end = token + strcspn(token, delimiters);
-    *save = cut(end);
-    return end > token ? token : nullptr;
+    *save = token + strcspn(token, delimiters);
+    if (*save == token) {
+        return nullptr;
+    }
+    if (**save != '\0') {
+        *(*save)++ = '\0';
+    }
+    return token;
 }
 
 int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxNum, char **parts)
@@ -107,7 +99,9 @@ int32_t appmngr_string_makeSubStrByChar(char *text, char separator, int32_t maxN
         while (*text != '\0' && !isDelimiter(*text)) {
             text++;
         }
-        text = cut(text);
+        if (*text != '\0') {
+            *text++ = '\0';
+        }
         if (count == maxNum) {
             APPMNGR_ERROR(453, "Too many substrings to string provided \r\n");
             return -1;
@@ -128,23 +122,13 @@ int appmngr_isZero512(const void *block)
 
 int appmngr_escapeSpecial(char *dest, const char *text)
 {
+    static constexpr char specials[] = " \"\\";
     if (dest == nullptr || text == nullptr) {
         return -1;
     }
     for (; *text != '\0'; text++) {
-        switch (*text) {
-        case ' ':
-            *dest++ = 1;
-            break;
-        case '"':
-            *dest++ = 2;
-            break;
-        case '\\':
-            *dest++ = 3;
-            break;
-        default:
-            *dest++ = *text;
-        }
+        const char *special = strchr(specials, *text);
+        *dest++ = special != nullptr ? static_cast<char>(special - specials + 1) : *text;
     }
     *dest = '\0';
     return 0;

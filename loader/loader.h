@@ -1,8 +1,8 @@
 /*
- * loader - reads a database image from its file and takes an application database to the kernel.
+ * loader - reads a database image from its file and loads an application database into the kernel.
  *
- * Everything here is process-wide state of one load at a time. Statuses are 0 on success and -1
- * on failure unless a function says otherwise; failures are reported on standard output as
+ * All state is process-wide, for one load at a time. Functions return 0 on success and -1 on
+ * failure unless they say otherwise, and report failures on standard output as
  * "[Error](function) line: message".
  */
 #ifndef LOADER_LOADER_H
@@ -22,8 +22,8 @@ extern "C" {
 int appmngr_checkDbPath(const char *path);
 
 /*
- * Reads up to size bytes at offset of the database file into buffer; what the file does not have
- * is left as it was. Fails for a null buffer and when the file cannot be opened.
+ * Reads up to size bytes at offset of the database file into buffer; the rest of a shorter file is
+ * left as it was. Fails for a null buffer and when the file cannot be opened.
  */
 int appmngr_readFile(uint32_t offset, uint32_t size, void *buffer);
 
@@ -38,18 +38,17 @@ enum {
 
 /*
  * Decodes the *srcLen bytes at src, a 14-byte header and a raw LZMA1 stream, into dest, which has
- * room for *destLen bytes. Decoding ends when the output is full or the input used up; an end
- * mark is not needed. *destLen becomes the number of bytes written, also when a fault is met on
- * the way; *srcLen the number of bytes consumed. With *srcLen below 14 nothing is touched.
- * Returns APPMNGR_LZMA_...
+ * room for *destLen bytes. Decoding ends when the output is full or the input used up; no end
+ * marker is needed. Sets *destLen to the number of bytes written, even on failure, and *srcLen to
+ * the number consumed; neither when *srcLen is below 14. Returns APPMNGR_LZMA_...
  */
 int appmngr_lzmaUnpack(void *dest, uint32_t *destLen, const unsigned char *src, uint32_t *srcLen);
 
 /*
- * Decodes the image that begins, with its length, at the first of the APPMNGR_IMAGE_SIZE bytes at
- * image. What the length field asks for beyond those bytes is not there to be read. text has room
- * for *textLen bytes; *textLen becomes the number of bytes written, and stays as it was when the
- * length field is below 14. A corrupt stream gives what was decoded before the fault.
+ * Decodes the image, length field first, that lies in the APPMNGR_IMAGE_SIZE bytes at image;
+ * nothing beyond them is read, whatever the length says. text has room for *textLen bytes. Sets
+ * *textLen to the number of bytes written, unless the length is below 14. A corrupt stream yields
+ * the text decoded up to the fault.
  */
 void appmngr_unpackImage(char *text, uint32_t *textLen, const unsigned char *image);
 
@@ -60,13 +59,13 @@ int _appmngr_readAppDb(void);
 
 /*
  * Clears the tables, reads the image, fills the tables and sends them. The tables stay filled.
- * Returns 0, or -1 after every failing stage and the pipeline reported the failure.
+ * On failure the stage has reported its own line, then one that names the stage is added.
  */
 int appmngr_load_database(void);
 
 /*
  * Opens /dev/null as standard input, output and error where the program was started without them,
- * so that no file or socket of its own takes their place. Returns 0, or -1 when that fails.
+ * so that no file or socket of its own takes their place.
  */
 int appmngr_openStandardStreams(void);
 

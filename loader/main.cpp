@@ -4,13 +4,6 @@
 
 #include <malloc.h>
 #include <stdio.h>
-#include <stdlib.h>
-
-[[noreturn]] static void usage()
-{
-    puts("usage: tarn-db-loader <DB_FILE>");
-    exit(-1);
-}
 
 // Has each stage work in the memory that those before it freed, since a page that the kernel has
 // to provide anew costs more than most of what is done with it. The process ends soon anyway.
@@ -28,7 +21,8 @@ int main(int argc, char **argv)
         return -1; // LCOV_EXCL_LINE: there is a /dev/null
     }
     if (argc != 2) {
-        usage();
+        puts("usage: tarn-db-loader <DB_FILE>");
+        return -1;
     }
     if (appmngr_checkDbPath(argv[1]) == -1) {
         fprintf(stderr, "invalid database path: %s\n", argv[1]);
