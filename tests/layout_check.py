@@ -51,11 +51,11 @@ def layout_faults(source):
 
 
 def name_faults(source):
+    anywhere = [source, *source.glob("*/"), *source.glob("tests/*/")]
     for page in [*source.glob("*.md"), *source.glob("docs/*.md")]:
         text = page.read_text()
         places = [(name, [page.parent]) for name in re.findall(LINK, text)]
-        places += [(name, [source] if "/" in name else [source, *source.glob("*/"), *source.glob("tests/*/")])
-                   for name in re.findall(FILE, text)]
+        places += [(name, [source] if "/" in name else anywhere) for name in re.findall(FILE, text)]
         for name, folders in places:
             if not any((folder / name).exists() for folder in folders):
                 yield f"{page.relative_to(source)}: there is no {name}"
