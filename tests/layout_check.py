@@ -12,7 +12,7 @@ import re
 import sys
 
 ROW = r"^\| `(\w+)/` \|.*\| (.*) \|$"
-STANDS_ON = r"`(\w+)/([\w.]*)`(?: \(only `([\w.]+)`\))?"
+STANDS_ON = r"`(\w+)/([\w.]*)`(?: \(only `([\w.]+)`)?"
 INCLUDE = r'^\s*#\s*include\s+["<](\w+/[^">]+)[">]'
 LINK = r"\]\(((?!http)[\w./-]+\.\w+)"
 FILE = r"`((?:[\w.-]+/)*[a-z][\w-]*\.(?:cpp|h|c|py|md|xml))`"
