@@ -40,7 +40,7 @@ static int fillTables(XmlpNode *root)
         appmngr_report("appmngr_analyzeDbFile", 2325, "_appmngr_alloc_for_appdb failed\n");
         return -1;
     }
-    // The ids come first, so that an application may name a type that is defined after it.
+    // The ids come first, so that an application may name a type defined after it.
     for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
         g_appmngr_appDb.type[i].id = g_appmngr_typeIds[i];
     }

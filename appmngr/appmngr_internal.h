@@ -6,7 +6,7 @@
 
 #include "appmngr/appmngr.h"
 
-/* The byte, an ASCII capital made small. */
+/* Returns the byte, an ASCII capital in lower case. */
 static inline int _appmngr_lower(char character)
 {
     const int byte = static_cast<unsigned char>(character);
@@ -16,7 +16,7 @@ static inline int _appmngr_lower(char character)
 #pragma GCC visibility push(hidden)
 extern "C" {
 
-/* What the children of a container are given as context. */
+/* The context that the children of a container get. */
 typedef enum appmngr_below {
     APPMNGR_ZERO,     /* 0 */
     APPMNGR_ONE,      /* 1 */
@@ -24,16 +24,16 @@ typedef enum appmngr_below {
     APPMNGR_OWN_COUNT /* the address of a counter of its own, starting at 0 */
 } appmngr_below;
 
-/* A handler that has the children of its element walked and does nothing before. */
+/* A handler that dispatches the children of its element and does nothing before. */
 typedef struct appmngr_container {
     appmngr_handler handler;
     appmngr_below below;
-    void (*leave)(appmngr_context below); /* what it does after, with the children's context */
+    void (*leave)(appmngr_context below); /* called after them, with their context; or null */
 } appmngr_container;
 
 /*
- * Those of the application database. The first gives its children its own context and does nothing
- * after; a row with a null handler ends the table.
+ * Those of the application database, ended by a row with a null handler. The first has
+ * APPMNGR_SAME and no leave.
  */
 extern const appmngr_container _appmngr_containers[];
 

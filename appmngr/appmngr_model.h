@@ -178,13 +178,13 @@ int _appmngr_alloc_for_appdb(void);
 void appmngr_appdb_free(void);
 
 /*
- * The same for g_appmngr_appDesc, with descApp and descType entries; -1 when memory is short, or
- * when one of them is 0.
+ * Allocate and release the tables of g_appmngr_appDesc, descApp and descType entries. -1 when
+ * memory is short, or when one of the counts is 0.
  */
 int appmngr_appdesc_alloc(void);
 void appmngr_appdesc_free(void);
 
-/* Releases and clears the tables of an earlier load, with the counts. Returns 0. */
+/* Releases all tables and clears the counts. Returns 0. */
 int appmngr_dbReInit(void);
 
 /* Return the first application or type with this id, or null. */
@@ -211,8 +211,7 @@ extern unsigned char *g_appmngr_imageBuf; /* APPMNGR_IMAGE_SIZE bytes */
 extern char *g_appmngr_xmlBuf;            /* xmlBufSize bytes, NUL-terminated text */
 extern unsigned char *g_appmngr_scratchBuf;
 
-/* Allocates and clears the three buffers. Returns 0; -1, reported, keeping those it could allocate.
- */
+/* Allocates and clears the three buffers. Returns 0; on failure -1, and what it got stays. */
 int appmngr_file_alloc(void);
 
 /* Releases the three buffers. Returns 0. */

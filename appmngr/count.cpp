@@ -32,21 +32,21 @@ static int readLangcnt(const XmlpNode *node)
 
 namespace
 {
-// A path from the document node, in small letters: that of an element in any letter case.
+// A dotted path from the document node, in lower case; the letter case of names does not count.
 struct Path {
     const char *text;
     int (*count)(const XmlpNode *node);
 };
 
-// Neighbours in the table of paths, which all begin with the same length characters.
+// Rows of the table that are neighbours and begin with the path of the same element.
 struct Paths {
     const Path *first;
     const Path *end;
-    size_t length;
+    size_t length; // of the element's path
 };
 } // namespace
 
-// In alphabetical order.
+// In alphabetical order, so that paths that begin alike are neighbours.
 static constexpr Path countedPaths[] = {
     {".root.appdb.applist.app", countOne<&appmngr_counters::app>},
     {".root.appdb.applist.app.dnskwlist.dnskw", countOne<&appmngr_counters::dnsKw>},
@@ -57,7 +57,7 @@ static constexpr Path countedPaths[] = {
     {".root.appdesc.langcnt", readLangcnt},
 };
 
-// Returns what follows a dot and name at the beginning of text; null if text begins otherwise.
+// Returns what follows a dot and name at the start of text; null if text starts otherwise.
 static const char *afterName(const char *text, const char *name)
 {
     if (*text++ != '.') {
@@ -71,7 +71,7 @@ static const char *afterName(const char *text, const char *name)
     return text;
 }
 
-// Those of the parent's paths that go on with name, which may have dots in it.
+// Those of the parent's paths that continue with name, which may itself have dots.
 static Paths pathsWith(const Paths &parent, const char *name)
 {
     Paths found = {parent.first, parent.first, 0};
@@ -90,7 +90,7 @@ static Paths pathsWith(const Paths &parent, const char *name)
 // one are descended into, so the depth is bounded by the longest of the paths.
 static void countSiblings(const XmlpNode *child, const Paths &parent)
 {
-    const char *name = nullptr;
+    const char *name = nullptr; // of the sibling before: they often share one string
     Paths named = {};
     for (; child != nullptr; child = child->next) {
         if (child->type == XMLP_NODE_NONE || child->name == nullptr) {

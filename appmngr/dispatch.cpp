@@ -17,7 +17,8 @@ const appmngr_tagHandler *appmngr_getHandlerInfo(void)
     return pHandlerInfo;
 }
 
-// The first row from row on that is for elements of this name; the end of the table if none is.
+// The first row, from row on, for elements of this name; the last row of the table if there is
+// none.
 static const appmngr_tagHandler *findRow(const appmngr_tagHandler *row, const char *name)
 {
     while (row->tag != nullptr &&
@@ -54,16 +55,16 @@ int appmngr_xmlnode_handler(XmlpNode *node, appmngr_context context)
 
 namespace
 {
-// What was found for a name of a tree. A static tree has one string for each name, so that its
-// address tells it; names lie close together, and have two bytes or more.
+// What a name of the tree was found to mean. A static tree stores each name once, so its address
+// identifies it; names lie close together and take two bytes or more.
 struct KnownName {
     const char *name;
     appmngr_handler handler;            // null for names without a row
     const appmngr_container *container; // what handler is, if it is one
 };
 
-// A container on the way down to the element at hand. Frames stay for reuse until the walk ends,
-// and where they are, since the address of a counter is a context.
+// A container on the way down to the current element. Frames are kept for reuse until the walk
+// ends, and never move, since the address of a counter is a context.
 struct Frame {
     Frame *outer;
     Frame *inner;
@@ -78,7 +79,7 @@ static constexpr size_t knownSize = 256;
 static KnownName knownNames[knownSize];
 
 // The application database's table has each name once, and its handlers change neither the tree nor
-// the table: what was found for a name stays true for a walk.
+// the table, so what was found for a name holds for the whole walk.
 static const KnownName &lookUp(const char *name)
 {
     KnownName *slot = &knownNames[reinterpret_cast<uintptr_t>(name) / 2 % knownSize];
@@ -114,7 +115,7 @@ static void leave(const Frame *frame)
     }
 }
 
-// The frame below outer, or null without memory.
+// Returns the frame below outer, or null when memory is short.
 static Frame *innerFrame(Frame *outer)
 {
     if (outer->inner == nullptr) {
@@ -126,8 +127,8 @@ static Frame *innerFrame(Frame *outer)
     return outer->inner;
 }
 
-// Dispatches child, its later siblings and what is below them, the children of top. Elements nest
-// as deep as the document has room for, so the way back up is kept in frames, not on the stack.
+// Dispatches child, its later siblings and what is below them, the children of top. Documents may
+// nest thousands of elements, so the way back up is kept in frames, not on the stack.
 // Returns -1 when memory is short.
 static int walkBelow(Frame *top, XmlpNode *child)
 {

@@ -1,8 +1,8 @@
 // The handlers of the application database: what each element writes into the tables.
 //
-// A document may hold more elements than were counted, since the counting pass goes by exact paths
-// and the walk by names alone. So every handler first asks for its record, and one whose record
-// lies past its table does nothing.
+// The counting pass goes by exact paths and the walk by names alone, so a document may hold more
+// elements than were counted. Every handler first asks for its record and does nothing if it would
+// lie past the table.
 
 #include "appmngr/appmngr_internal.h"
 
@@ -22,7 +22,7 @@ static appmngr_appType *currentType()
                : nullptr;
 }
 
-// Rule record number offset from the cursor on.
+// The rule record at offset from the cursor.
 static appmngr_rule *ruleAt(uint32_t offset)
 {
     const uint64_t at = uint64_t{g_appmngr_count.ruleCur} + offset;
@@ -41,7 +41,7 @@ static appmngr_feature *currentFeature(appmngr_context context)
     return context == 0 ? &rule->orig : &rule->reply;
 }
 
-// The rule's tuple counter, null where the context is none.
+// The rule's tuple counter, null if the context is not one.
 static uint32_t *tupleCounter(appmngr_context context)
 {
     // A context is a word that may be an address.
@@ -129,7 +129,7 @@ static int readDnsKw(XmlpNode *node, appmngr_context /*context*/)
     return appmngr_getNodeString(node, rule->keyword, sizeof(rule->keyword));
 }
 
-// The tuples of a rule lie one after the other from the cursor on; its signatures lie in the first.
+// A rule's tuples are consecutive records from the cursor on; the first holds its signatures.
 static void leaveRule(appmngr_context context)
 {
     const uint32_t count = *tupleCounter(context);
@@ -152,9 +152,9 @@ static void leaveRule(appmngr_context context)
     g_appmngr_count.ruleCur += used;
 }
 
-// Reads "address:port"; the address 0 is any. On failure *invalid is the text that is no address,
-// or null if text is no such pair.
-static int readEndpoint(char *text, uint32_t *address, uint16_t *port, const char **invalid)
+// Parses "address:port"; the address 0 means any. On failure *invalid is the text that is not an
+// address, or null if text is not such a pair.
+static int parseEndpoint(char *text, uint32_t *address, uint16_t *port, const char **invalid)
 {
     char *parts[3];
     *invalid = nullptr;
@@ -171,8 +171,8 @@ static int readEndpoint(char *text, uint32_t *address, uint16_t *port, const cha
     return 0;
 }
 
-// "proto source:port destination:port". What a faulty tuple wrote before its fault stays in the
-// record for the next one.
+// Parses "proto source:port destination:port". Kept on purpose: what an invalid tuple wrote before
+// its fault stays in the record for the next one.
 static int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context context)
 {
     uint32_t *count = tupleCounter(context);
@@ -197,7 +197,7 @@ static int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context contex
     }
     rule->proto = static_cast<uint8_t>(proto);
     const char *invalid;
-    if (readEndpoint(parts[1], &rule->sip, &rule->sport, &invalid) != 0) {
+    if (parseEndpoint(parts[1], &rule->sip, &rule->sport, &invalid) != 0) {
         if (invalid == nullptr) {
             APPMNGR_ERROR(1295, "ucm_string_makeSubStrByChar failed!\n");
         } else {
@@ -205,7 +205,7 @@ static int _appmngr_xmlnode_handler_tuple(XmlpNode *node, appmngr_context contex
         }
         return -1;
     }
-    if (readEndpoint(parts[2], &rule->dip, &rule->dport, &invalid) != 0) {
+    if (parseEndpoint(parts[2], &rule->dip, &rule->dport, &invalid) != 0) {
         if (invalid == nullptr) {
             APPMNGR_ERROR(1343, "Analyze the dest pair ip failed!\n");
         } else {

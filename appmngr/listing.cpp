@@ -1,4 +1,4 @@
-// The loaded tables for people to read, as JSON, and the stamp that says when they were built.
+// The loaded tables as listings and as JSON, and the stamp that says when the database was built.
 
 #include "appmngr/appmngr.h"
 
@@ -36,7 +36,7 @@ int appmngr_showXmlDesc(void)
     return showXml("Show APP Desc in xml format!", g_appmngr_descXml);
 }
 
-// All numbers are shown as signed ones.
+// All numbers are shown as signed.
 template <typename Number> static int asSigned(Number number)
 {
     return static_cast<int>(number);
@@ -151,7 +151,7 @@ const char *appmngr_protoName(uint32_t proto)
     return appmngr_utils_proto2str(proto);
 }
 
-// Kept on purpose, for both lists: the count is that of the applications, and one too high.
+// Kept on purpose: both lists show the number of applications, and one too many.
 static void showListHeading(const char *what)
 {
     printf("--------------\nAll %s [cnt = %d]\n\n", what, asSigned(g_appmngr_count.appCur + 1));

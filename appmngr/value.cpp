@@ -33,13 +33,13 @@ void appmngr_freeNodeValue(const char *text)
 int32_t appmngr_atoi(const char *text)
 {
     // Nearly all numbers are fewer than nine digits with nothing before them, and fit.
-    enum { MANY_DIGITS = 9 };
+    constexpr int manyDigits = 9;
     int32_t number = 0;
     int digits = 0;
-    while (digits < MANY_DIGITS && text[digits] >= '0' && text[digits] <= '9') {
+    while (digits < manyDigits && text[digits] >= '0' && text[digits] <= '9') {
         number = number * 10 + (text[digits++] - '0');
     }
-    if (digits > 0 && digits < MANY_DIGITS) {
+    if (digits > 0 && digits < manyDigits) {
         return number;
     }
     // The cut from 64 to 32 bits is part of it.

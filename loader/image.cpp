@@ -36,10 +36,10 @@ int appmngr_readFile(uint32_t offset, uint32_t size, void *buffer)
     if (file == nullptr) {
         return -1;
     }
-    // A pipe is read from where it is, and a file that ends early leaves the rest of the buffer as
-    // it was; the decoder finds out.
+    // Unchecked: a pipe is read from where it is, and the decoder copes with a file that ends
+    // early.
     (void)fseek(file, static_cast<long>(offset), SEEK_SET);
-    size_t items = fread(buffer, size, 1, file);
+    const size_t items = fread(buffer, size, 1, file);
     (void)items;
     fclose(file);
     return 0;
@@ -52,7 +52,7 @@ static lzma_ret initDecoder(lzma_stream *stream, const unsigned char *properties
     lzma_ret result = lzma_properties_decode(&filters[0], nullptr, properties, propertiesSize);
     if (result == LZMA_OK) {
         auto *options = static_cast<lzma_options_lzma *>(filters[0].options);
-        // The file may ask for 4 GiB; what lies further back than the output begins is never used.
+        // The file may ask for 4 GiB, but nothing before the start of the output is ever used.
         if (options->dict_size > limit) {
             options->dict_size = limit;
         }
@@ -110,7 +110,7 @@ void appmngr_unpackImage(char *text, uint32_t *textLen, const unsigned char *ima
     if (length > APPMNGR_IMAGE_SIZE - lengthSize) {
         length = APPMNGR_IMAGE_SIZE - lengthSize;
     }
-    // A fault is left to those who read the text: what was decoded before it may still serve.
+    // The text decoded up to a fault may still serve; its readers find out.
     appmngr_lzmaUnpack(text, textLen, image + lengthSize, &length);
 }
 

@@ -22,8 +22,8 @@ extern "C" {
 int appmngr_checkDbPath(const char *path);
 
 /*
- * Reads up to size bytes at offset of the database file into buffer; the rest of a shorter file is
- * left as it was. Fails for a null buffer and when the file cannot be opened.
+ * Reads up to size bytes at offset of the database file into buffer. What a shorter file does not
+ * fill is left as it was. Fails for a null buffer and when the file cannot be opened.
  */
 int appmngr_readFile(uint32_t offset, uint32_t size, void *buffer);
 
@@ -59,7 +59,7 @@ int _appmngr_readAppDb(void);
 
 /*
  * Clears the tables, reads the image, fills the tables and sends them. The tables stay filled.
- * On failure the stage has reported its own line, then one that names the stage is added.
+ * A failure is reported by the stage itself, then by a line that names the stage.
  */
 int appmngr_load_database(void);
 

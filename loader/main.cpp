@@ -5,8 +5,8 @@
 #include <malloc.h>
 #include <stdio.h>
 
-// Has each stage work in the memory that those before it freed, since a page that the kernel has
-// to provide anew costs more than most of what is done with it. The process ends soon anyway.
+// Lets each stage reuse the memory that earlier ones freed: a fresh page from the kernel costs more
+// than most of what is done with it.
 static void keepFreedMemory()
 {
 #ifdef M_MMAP_MAX // not every C library can be told
@@ -29,7 +29,7 @@ int main(int argc, char **argv)
         return -1;
     }
     keepFreedMemory();
-    // A load that fails says so on standard output only; the status tells of the path alone.
+    // A failed load is reported on standard output only; the status covers the path alone.
     (void)appmngr_load_database();
     return 0;
 }

@@ -10,7 +10,7 @@
 int appmngr_openStandardStreams(void)
 {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; fd++) {
-        // The lowest that is free is the one that is opened.
+        // open() takes the lowest free descriptor.
         if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", O_RDWR) == -1) {
             return -1; // LCOV_EXCL_LINE: there is a /dev/null
         }
