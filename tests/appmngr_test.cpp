@@ -162,6 +162,7 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
                                         {"other", change<shorter>},
                                         {"in", note},
                                         {"none", note},
+                                        {"children", _appmngr_appDbHandlers[0].handler},
                                         {}};
     const std::string noTable = "; appmngr_childnode_handler:1894 Null pHandlerInfo";
     const std::pair<const char *, std::string> rows[] = {
@@ -169,6 +170,7 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
         {"<B>1</B>", "B0"},
         {"<c>1</c>", ""},
         {"<in><a/><in><b>1</b><c>1</c></in><b>1</b></in>", "((b2)in1b1)in0"},
+        {"<children><a>1</a><children><b>1</b></children></children>", "a0a0b0"},
         // The other rows for an element are still those of its own table.
         {"<in><in><none>1</none><a>1</a><a>1</a></in><a>1</a><a>1</a></in>",
          "((none2)in1)in0" + noTable + noTable},
