@@ -3,16 +3,17 @@
 #include "apppri/apppri_internal.h"
 
 #include "appmngr/appmngr.h"
-#include "apppri/diagnostic.h"
 
 #include <string.h>
-
-// The document of a failed parse, which keeps its document on purpose.
-static XmlpDoc *keptDoc;
 
 int apppri_detectBom(const char *text, uint32_t length)
 {
     return appmngr_checkEncoding(text, length);
+}
+
+int _apppri_allocDatabase(void)
+{
+    return 0;
 }
 
 static XmlpDoc *loadText(void)
@@ -22,26 +23,18 @@ static XmlpDoc *loadText(void)
         return nullptr;
     }
     const uint32_t length = static_cast<uint32_t>(strlen(text));
-    const uint32_t skip = appmngr_getBomSize(apppri_detectBom(text, length));
-    return xmlp_loadDoc(text + skip, length - skip, 1);
-}
-
-static void releaseKept(void)
-{
-    if (keptDoc != nullptr) {
-        xmlp_releaseDoc(keptDoc);
-        keptDoc = nullptr;
-    }
-}
-
-int _apppri_allocDatabase(void)
-{
-    return 0;
+    const uint32_t bomSize = appmngr_getBomSize(apppri_detectBom(text, length));
+    return xmlp_loadDoc(text + bomSize, length - bomSize, 1);
 }
 
 int apppri_analyzeDBFile(void)
 {
-    releaseKept();
+    // Left by a call whose elements were rejected, which keeps its document on purpose.
+    static XmlpDoc *keptDoc;
+    if (keptDoc != nullptr) {
+        xmlp_releaseDoc(keptDoc);
+        keptDoc = nullptr;
+    }
     XmlpDoc *doc = loadText();
     if (doc == nullptr) {
         APPPRI_ERROR(1105, "xmlParseMemory error.\r\n");

@@ -38,12 +38,9 @@ extern "C" {
 #define APPPRI_NAME_SIZE 32
 
 /*
- * Lists are circular. They begin at a sentinel, a record of its own whose data stays zero; in an
- * empty list it points at itself. A removed record points at APPPRI_REMOVED_NEXT and
- * APPPRI_REMOVED_PREV, a new one at nothing.
+ * Lists are circular and begin at a sentinel, a record of its own whose data stays zero; in an
+ * empty list it points at itself.
  */
-#define APPPRI_REMOVED_NEXT 0x100100
-#define APPPRI_REMOVED_PREV 0x200200
 
 /* An application; 48 bytes on a 32-bit target. */
 typedef struct apppri_app {
@@ -84,6 +81,16 @@ typedef struct apppri_database {
 
 extern apppri_database apppri_db;
 
+/*
+ * Walk the sorts of the model and the applications of a sort, in the order of the text. Each
+ * returns the first record, or the one behind the record given, or null at the end. The records
+ * belong to the model.
+ */
+apppri_sort *apppri_firstSort(void);
+apppri_sort *apppri_nextSort(const apppri_sort *sort);
+apppri_app *apppri_firstApp(const apppri_sort *sort);
+apppri_app *apppri_nextApp(const apppri_sort *sort, const apppri_app *app);
+
 /* ---- Profile --------------------------------------------------------------------------- */
 
 /* Sizes that belong to the product. */
@@ -103,8 +110,8 @@ int appprio_readParaFromProfile(void);
 /* ---- Loading --------------------------------------------------------------------------- */
 
 /*
- * The whole way: drops an earlier model, loads the database of the file that appmngr_checkDbPath
- * was given and sends its priority map to the kernel. The model stays.
+ * Runs a complete load: drops an earlier model, loads the database from the file that
+ * appmngr_checkDbPath was given and sends its priority map to the kernel. The model stays.
  */
 int apppri_database_init(void);
 
@@ -197,7 +204,7 @@ int apppri_initPrimapWithSort(void *map, uint32_t sortId, int32_t prio);
 /* Builds the map of the whole model and sends it to the kernel as message 20. */
 int apppri_sendMsgToKernel(void);
 
-/* ---- Lookups and listing --------------------------------------------------------------- */
+/* ---- Lookups, listing, diagnostics ---------------------------------------------------- */
 
 /* Returns the id of the first application whose name contains needle, in this letter case; or -1.
  */
@@ -212,6 +219,16 @@ apppri_sort *apppri_getAppNameById(uint32_t appId, char *out, uint32_t length);
 
 /* Lists every sort with its applications on standard output. */
 void apppri_showDB(void);
+
+/*
+ * Prints "[apppri_db_error](function) line: " and the message, which brings its own line end; line
+ * is a fixed number, part of the message.
+ */
+void apppri_report(const char *function, int line, const char *format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+/* Reports in the name of the calling function. */
+#define APPPRI_ERROR(line, ...) apppri_report(__func__, line, __VA_ARGS__)
 
 #ifdef __cplusplus
 }

@@ -1,9 +1,10 @@
-// The model and its release.
+// The model, its walks and its release, and the diagnostic lines of the module.
 
 #include "apppri/apppri_internal.h"
 
-#include "apppri/list.h"
-
+#include <stdarg.h>
+#include <stddef.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -13,32 +14,64 @@ static_assert(sizeof(void *) != 4 || offsetof(apppri_database, xmlBuf) == 88, "o
 
 apppri_database apppri_db;
 
-static void freeApps(apppri_app *list)
+// Returns the record behind record, or null at the end of list.
+template <typename Record> static Record *next(const Record *list, const Record *record)
 {
-    apppri_app *app = _apppri_first(list);
-    while (app != nullptr) {
-        apppri_app *next = _apppri_next(list, app);
-        free(app);
-        app = next;
-    }
-    free(list);
+    return record->next != list ? record->next : nullptr;
+}
+
+apppri_sort *apppri_firstSort(void)
+{
+    const apppri_sort *list = apppri_db.appSortList;
+    return list != nullptr ? next(list, list) : nullptr;
+}
+
+apppri_sort *apppri_nextSort(const apppri_sort *sort)
+{
+    return next<apppri_sort>(apppri_db.appSortList, sort);
+}
+
+apppri_app *apppri_firstApp(const apppri_sort *sort)
+{
+    const apppri_app *list = sort->appList;
+    return list != nullptr ? next(list, list) : nullptr;
+}
+
+apppri_app *apppri_nextApp(const apppri_sort *sort, const apppri_app *app)
+{
+    return next<apppri_app>(sort->appList, app);
 }
 
 void _apppri_freeSort(apppri_sort *sort)
 {
-    freeApps(sort->appList);
+    apppri_app *app = apppri_firstApp(sort);
+    while (app != nullptr) {
+        apppri_app *following = apppri_nextApp(sort, app);
+        free(app);
+        app = following;
+    }
+    free(sort->appList);
     free(sort);
 }
 
 int apppri_DBReInit(void)
 {
-    apppri_sort *sort = _apppri_first(apppri_db.appSortList);
+    apppri_sort *sort = apppri_firstSort();
     while (sort != nullptr) {
-        apppri_sort *next = _apppri_next(apppri_db.appSortList, sort);
+        apppri_sort *following = apppri_nextSort(sort);
         _apppri_freeSort(sort);
-        sort = next;
+        sort = following;
     }
     free(apppri_db.appSortList);
     memset(&apppri_db, 0, offsetof(apppri_database, xmlBuf));
     return 0;
+}
+
+void apppri_report(const char *function, int line, const char *format, ...)
+{
+    printf("[apppri_db_error](%s) %d: ", function, line);
+    va_list args;
+    va_start(args, format);
+    vprintf(format, args);
+    va_end(args);
 }

@@ -5,13 +5,12 @@
 #include "appmngr/appmngr_model.h"
 #include "check/device.h"
 #include "check/image.h"
-#include "dbimage/dbimage_internal.h"
+#include "dbimage/dbimage.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 
 namespace check
 {
@@ -24,27 +23,14 @@ constexpr size_t headSize = sizeof(dbimage_containerHead);
 // Many times what any device takes; what is longer is not looked at.
 constexpr size_t longestChecked = 4 << 20;
 
-const unsigned char *bytesOf(const std::string &text)
-{
-    return reinterpret_cast<const unsigned char *>(text.data());
-}
-
-// The container with the digest that it should have, so that the rest of it can be seen.
-std::string withRightDigest(const std::string &container)
-{
-    std::string right = container;
-    md5_digest(reinterpret_cast<unsigned char *>(right.data()), container.data() + headSize,
-               static_cast<uint32_t>(container.size() - headSize));
-    return right;
-}
-
-// Lists as many files of a container as one may have. Returns null, or the fault.
 const dbimage_fault *listFiles(const std::string &container, dbimage_fileTable &table)
 {
-    const dbimage_fault *fault =
-        _dbimage_listFiles(bytesOf(container), static_cast<uint32_t>(container.size()), &table);
-    table.count = std::min<uint32_t>(table.count, DBIMAGE_FILES_MAX);
-    return fault;
+    return dbimage_listFiles(container.data(), static_cast<uint32_t>(container.size()), &table);
+}
+
+bool isDigestRight(const std::string &container)
+{
+    return dbimage_verifyDigest(container.data(), static_cast<uint32_t>(container.size())) != 0;
 }
 
 bool isOfAnySize(const std::string &file)
@@ -63,14 +49,14 @@ public:
 
     void check()
     {
-        const std::string container = withRightDigest(file_.contents);
+        const std::string &container = file_.contents;
         const size_t size = container.size();
         if (size > DBIMAGE_CONTAINER_MAX) {
             report(Rule::ContainerLength, "the container takes " + std::to_string(size) +
                                               " bytes; there is room for " +
                                               std::to_string(DBIMAGE_CONTAINER_MAX));
         }
-        if (memcmp(container.data(), file_.contents.data(), DBIMAGE_DIGEST_SIZE) != 0) {
+        if (!isDigestRight(container)) {
             report(Rule::ContainerDigest, "the digest of the container is not that of its files");
         }
         dbimage_fileTable table = {};
@@ -117,8 +103,8 @@ private:
                                          " bytes cannot be decrypted, or its digest differs");
             return;
         }
-        checkHeader(_dbimage_readHeader(plain.data()), database);
-        _dbimage_completeImage(plain.data());
+        checkHeader(dbimage_readHeader(plain.data()), database);
+        dbimage_completeImage(plain.data());
         const size_t imageAt = offsetof(dbimage_fileHeader, reserved);
         checkImage({file_.name, plain.substr(imageAt, length - imageAt)}, database, source_,
                    sources_, appIds_);
@@ -133,7 +119,7 @@ private:
         if (&database == &applicationDatabase && !appmngr_checkVersion(version, accepted)) {
             report(Rule::FileVersion, subject_ + " is of version " + version + ", not 1.2.x");
         }
-        if (!_dbimage_isKnownMagic(&header)) {
+        if (!dbimage_isKnownMagic(&header)) {
             char magic[16];
             snprintf(magic, sizeof(magic), "0x%08x", ntohl(header.magic));
             report(Rule::FileMagic, subject_ + " has the magic " + magic);
@@ -167,14 +153,13 @@ private:
 
 bool hasContainerDigest(const std::string &file)
 {
-    return isOfAnySize(file) && withRightDigest(file) == file;
+    return isOfAnySize(file) && isDigestRight(file);
 }
 
 bool hasContainerStructure(const std::string &file)
 {
     dbimage_fileTable table = {};
-    return isOfAnySize(file) && listFiles(withRightDigest(file), table) == nullptr &&
-           table.count > 0;
+    return isOfAnySize(file) && listFiles(file, table) == nullptr && table.count > 0;
 }
 
 void checkContainerFile(const InputFile &file, std::deque<Source> &sources)

@@ -70,6 +70,25 @@ typedef struct dbimage_fileHeader {
     uint32_t reserved;  /* 0 */
 } dbimage_fileHeader;
 
+/* A file of a container; data points into the container. */
+typedef struct dbimage_file {
+    uint32_t type;
+    uint32_t size;
+    const unsigned char *data;
+} dbimage_file;
+
+typedef struct dbimage_fileTable {
+    uint32_t count;
+    dbimage_file file[DBIMAGE_FILES_MAX];
+} dbimage_fileTable;
+
+/* Why a container is rejected: the result of the update and the diagnostic that it prints. */
+typedef struct dbimage_fault {
+    int code; /* APPMNGR_ERR_... of appmngr/appmngr_model.h */
+    int line;
+    const char *message;
+} dbimage_fault;
+
 /* ---- Container ------------------------------------------------------------------------- */
 
 /*
@@ -79,6 +98,29 @@ typedef struct dbimage_fileHeader {
  * APPMNGR_ERR_FILE_CHECK, APPMNGR_ERR_FILE_INVALID_FORMAT, or what a writer below returned.
  */
 int appmngr_db_writeFromDatabase(const void *data, int32_t len);
+
+/*
+ * Lists the files of the container of len bytes, at least 17, at data. Returns null, or what is
+ * wrong with its structure; table then has the files up to there. Prints nothing.
+ */
+const dbimage_fault *dbimage_listFiles(const void *data, uint32_t len, dbimage_fileTable *table);
+
+/* Returns 1 when the container of len bytes, at least 17, at data has the right digest, else 0. */
+int dbimage_verifyDigest(const void *data, uint32_t len);
+
+/* ---- Database files -------------------------------------------------------------------- */
+
+/* Returns the header of the decrypted file (see appmngr_decrypt) at data, at least 16 bytes. */
+dbimage_fileHeader dbimage_readHeader(const void *data);
+
+/* Returns 1 when a device accepts the magic of header, else 0. */
+int dbimage_isKnownMagic(const dbimage_fileHeader *header);
+
+/*
+ * Completes the image in the decrypted file at data: its length field takes the place of the
+ * reserved word, where the image then begins. Returns its length in bytes, that field included.
+ */
+uint32_t dbimage_completeImage(void *data);
 
 /*
  * Decrypts the application database file of size bytes at data and prepares its image. type is

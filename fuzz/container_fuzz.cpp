@@ -2,7 +2,7 @@
 // is, or put together from what the input says is in it.
 
 #include "apppri/apppri.h"
-#include "dbimage/dbimage_internal.h"
+#include "dbimage/dbimage.h"
 #include "fuzz/input.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -16,7 +16,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const auto length = static_cast<uint32_t>(file.size());
     if (kind < 2) {
         appmngr_db_writeFromDatabase(file.data(), static_cast<int32_t>(length));
-        EXPECT_TRUE(_appmngr_updateBuf == nullptr && apppri_db.xmlBuf == nullptr);
+        EXPECT_EQ(apppri_db.xmlBuf, nullptr);
         return 0;
     }
     std::vector<char> plain(room != 0 ? room : length + 8);

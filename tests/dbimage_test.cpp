@@ -131,7 +131,8 @@ TEST(Writers, OfBothDatabases)
         }
     }
     EXPECT_EQ(appmngr_checkVersion("1.2.7", nullptr), 0);
-    _appmngr_freeUpdateBuf();
+    free(_appmngr_updateBuf);
+    _appmngr_updateBuf = nullptr;
 }
 
 /* ---- Container ------------------------------------------------------------------------- */
@@ -148,6 +149,7 @@ TEST(Container, Faults)
         {container(0, ""), "0"},
         {container(1, entry(1, Bytes(196600 - 17 - 8, 'x'))), "0; file index:0\r\n"},
         {digestOf(one).replace(15, 1, "?") + "\1" + one, "-8979" + at + "2873 MD5 error!\r"},
+        {container(1, entry(0, databaseFile("image", version127))), "0; file index:0\r\n"},
         {container(17, one), "-8981" + at + "2882" + number},
         {container(1, "...." + word(2) + "x"), pastEnd},
         {container(1, "...." + word(0xfffffff8) + "x"), pastEnd},

@@ -4,7 +4,7 @@
 
 #include "appdist/appdist.h"
 #include "appmngr/appmngr.h"
-#include "apppri/list.h"
+#include "apppri/apppri.h"
 #include "loader/loader.h"
 #include "tests/fake_kernel.h"
 #include "tests/faults.h"
@@ -96,7 +96,7 @@ TEST(SystemCalls, OfTheChannel)
     g_appmngr_appDb.rule = &rule;
     g_appmngr_appDns.rule = &keyword;
     g_appmngr_appDb.ruleCount = g_appmngr_appDns.count = 1;
-    apppri_db.appSortList = _apppri_startList(&sorts);
+    sorts.next = sorts.prev = apppri_db.appSortList = &sorts; // an empty list
 
     const auto upload = _appmngr_sendMsgToKernel, sendMap = apppri_sendMsgToKernel;
     const auto sendNothing = [] { return appdist_send_buffer(&channel, "", -1); };

@@ -1,7 +1,6 @@
 // Lists the priority database of an image.
 
 #include "apppri/apppri.h"
-#include "apppri/list.h"
 #include "check/tables.h"
 #include "tool/commands.h"
 #include "tool/file.h"
@@ -43,8 +42,8 @@ Json mapAsJson()
 Json sortAsJson(const apppri_sort &sort)
 {
     Json apps = Json::array();
-    for (const apppri_app *app = _apppri_first(sort.appList); app != nullptr;
-         app = _apppri_next(sort.appList, app)) {
+    for (const apppri_app *app = apppri_firstApp(&sort); app != nullptr;
+         app = apppri_nextApp(&sort, app)) {
         apps.push_back({{"appId", app->appId},
                         {"appType", app->appType},
                         {"appName", fieldText(app->appName)}});
@@ -59,8 +58,8 @@ Json sortAsJson(const apppri_sort &sort)
 Json databaseAsJson(bool withMap)
 {
     Json sorts = Json::array();
-    for (const apppri_sort *sort = _apppri_first(apppri_db.appSortList); sort != nullptr;
-         sort = _apppri_next(apppri_db.appSortList, sort)) {
+    for (const apppri_sort *sort = apppri_firstSort(); sort != nullptr;
+         sort = apppri_nextSort(sort)) {
         sorts.push_back(sortAsJson(*sort));
     }
     Json database = {{"ver", fieldText(apppri_db.ver)},

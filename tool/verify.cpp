@@ -1,6 +1,6 @@
 #include "appmngr/appmngr_model.h"
 #include "check/diagnostics.h"
-#include "dbimage/dbimage_internal.h"
+#include "dbimage/dbimage.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"
@@ -40,7 +40,7 @@ bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
     std::string plain(decryptionRoom, '\0');
     uint32_t length = decryptionRoom;
     const bool decrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
-    header = _dbimage_readHeader(plain.data());
+    header = dbimage_readHeader(plain.data());
     return decrypted;
 }
 
@@ -94,8 +94,9 @@ std::vector<ListedFile> listFiles(const std::string &container)
     dbimage_fileTable table = {};
     if (container.size() < sizeof(dbimage_containerHead) ||
         container.size() > DBIMAGE_CONTAINER_MAX ||
-        _dbimage_listFiles(reinterpret_cast<const unsigned char *>(container.data()),
-                           static_cast<uint32_t>(container.size()), &table) != nullptr) {
+        !dbimage_verifyDigest(container.data(), static_cast<uint32_t>(container.size())) ||
+        dbimage_listFiles(container.data(), static_cast<uint32_t>(container.size()), &table) !=
+            nullptr) {
         return files;
     }
     for (uint32_t i = 0; i < table.count; ++i) {
