@@ -150,19 +150,17 @@ TEST(XmlpParse, RandomDocuments)
     }
 }
 
-// As much memory as a tree takes follows from these counts.
+// How many elements there may be follows from this count.
 TEST(XmlpParse, BracketsAreCounted)
 {
     std::mt19937 random(1);
     std::string text;
     for (size_t i = 0; i < 100; i++) {
-        text += std::string(random() % 100, "x\""[random() % 2]) + "<>"[i % 2];
+        text += std::string(random() % 100, 'x') + "<>"[i % 2];
     }
     XmlpBrackets found;
     EXPECT_EQ(_findBrackets(&found, text.data(), text.size()), 0);
     EXPECT_EQ(found.count, 100u);
-    EXPECT_EQ(found.quotes, edit(text, "[^\"]", "").size());
-    EXPECT_EQ(found.tagBytes, text.size() - edit(text, "<[^>]*", "").size());
     free(found.blocks);
 }
 
@@ -217,7 +215,7 @@ TEST(XmlpParse, namesShareTheTailsOfLongerOnes)
     const uint32_t many = 200000;
     std::string base(48 + many * 8, 'x');
     XmlpNamePool pool;
-    ASSERT_EQ(_initNamePool(&pool, 0), 0);
+    ASSERT_EQ(_initNamePool(&pool), 0);
     pool.base = base.data();
     pool.seed = 0; // so that the same strings share a hash in every run
     for (const auto &[name, offset, used] : rows) {

@@ -1,8 +1,8 @@
 /*
  * The brackets of a text, "<" and ">", a bit for each byte.
  *
- * A byte inside of a multi-byte character is not a bracket, whatever its value: the text is stepped
- * through from character to character, as broken as these may be.
+ * A byte inside a multi-byte character is not a bracket, whatever its value: the text is stepped
+ * through from character to character, however broken these may be.
  */
 #ifndef XMLP_BRACKETS_H
 #define XMLP_BRACKETS_H
@@ -12,34 +12,20 @@
 
 #pragma GCC visibility push(hidden)
 
-enum : size_t { XMLP_BLOCK = 64 };
+static constexpr size_t XMLP_BLOCK = 64;
 
 struct XmlpBrackets {
     uint64_t *blocks; /* bit i of block n is that of byte n * XMLP_BLOCK + i */
     size_t blockCount;
-    size_t count;    /* of all brackets */
-    size_t quotes;   /* those inside of characters too */
-    size_t tagBytes; /* from an opening bracket to the closing one, if they take turns */
+    size_t count; /* of all brackets */
 };
 
 /* Fills in brackets for the size bytes at text. 0, or -1 without memory; blocks is to be freed. */
 int _findBrackets(XmlpBrackets *brackets, const char *text, size_t size);
 
-/* There are no more elements than this: each has a tag of two brackets. */
-static inline size_t _elementBound(const XmlpBrackets *brackets)
-{
-    return brackets->count / 2;
-}
-
-/* Nor more attributes: each has a value in two quotes. */
-static inline size_t _attrBound(const XmlpBrackets *brackets)
-{
-    return brackets->quotes / 2;
-}
-
 /* The brackets from some block on. */
 struct XmlpBracketCursor {
-    const char *block; /* the text's bytes that bits tells of */
+    const char *block; /* the 64 bytes of text that bits describes */
     uint64_t bits;     /* of the brackets still to come */
     const uint64_t *next;
     const uint64_t *end;
@@ -51,7 +37,7 @@ static inline XmlpBracketCursor _firstBlock(const XmlpBrackets *brackets, const 
     return {text, blocks[0], blocks + 1, blocks + brackets->blockCount};
 }
 
-/* Returns the next bracket, or null behind the last. */
+/* Returns the next bracket, or null after the last. */
 static inline const char *_nextBracket(XmlpBracketCursor *cursor)
 {
     while (cursor->bits == 0) {

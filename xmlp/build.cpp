@@ -1,71 +1,42 @@
 // From text to tree in one pass.
 //
 // The pass goes from bracket to bracket. It checks each tag where it stands and builds its node at
-// once. But faults are reported in an order of their own: first what is wrong with the text at all,
-// and of that the attributes of a start tag only when its end tag is met; then what keeps a tree
-// from being built. So when something is wrong with a start tag, or with the tree, the pass stops
-// building, keeps the fault of the tree in mind, and goes on to check the rest.
-//
-// A static tree is one block, with room left free between its parts:
-//
-//     +-----------+----------------+-------------------+---------------+--------------------+
-//     | name pool | values, back   | attribute records | document node | a node record for  |
-//     |           | to back        |                   |               | each element       |
-//     +-----------+----------------+-------------------+---------------+--------------------+
-//
-// It begins with the name of the top element, and freeing that name frees it. How much each part
-// takes at most is known from the number of brackets and quotes of the text,
-// and from the bytes in and between its tags.
+// once. But faults are reported in an order of their own: first those of the text, where those in
+// the attributes of a start tag come after its end tag is met; then those that keep a tree from
+// being built. So when something is wrong with a start tag or with the tree, the pass stops
+// building, remembers the tree's fault, and goes on to check the rest of the text.
 
 #include "xmlp/brackets.h"
-#include "xmlp/name_pool.h"
+#include "xmlp/store.h"
 #include "xmlp/tag.h"
-
-#include <stdlib.h>
-#include <string.h>
 
 namespace
 {
 // An element that is open.
 struct Open {
     const char *tag;     // its name in the text
-    const char *content; // behind its start tag
+    const char *content; // after its start tag
     XmlpNode *node;
-    uint32_t nameLength; // 0 when its end tag needs a closer look
-    uint32_t number;     // of the element in document order
-};
-
-// A name that was met before, up to 16 bytes long.
-enum : size_t { SHORT_NAME = 16, SHORT_NAMES = 256 };
-struct ShortName {
-    char bytes[SHORT_NAME];
-    char *pooled;    // null in a dynamic tree
-    uint32_t length; // 0 for none
-    bool isItem;
+    size_t nameLength; // 0 when its end tag needs a closer look
+    uint32_t number;   // of the element in document order
 };
 
 struct Builder {
-    const char *text;
-    const char *end;
-    bool isStatic;
+    const char *end; // of the text
     bool isBuilding;
     XmlpFinding treeFault; // why not, when it is the tree's fault; no function for none
     XmlpRejection *rejection;
 
-    Open *open; // the document, and the elements around the one at hand
+    Open *open; // the document, and the elements around the current position
     size_t depth;
     size_t capacity;
 
     XmlpNode *root;
-    XmlpNamePool pool; // of a static tree, like the next three
-    char *values;
-    XmlpAttr *attrs;
-    XmlpNode *nodes;
+    XmlpStore store;
 
     uint32_t count; // of elements
     const char *origin;
     XmlpLocation *locations; // null when nobody asks for them
-    ShortName shortNames[SHORT_NAMES];
 };
 } // namespace
 
@@ -99,101 +70,26 @@ static int outOfMemory(Builder *builder, const char *function, int line)
     return treeFault(builder, function, line, "malloc failed.", nullptr);
 }
 
-/* ---- Names and attributes ------------------------------------------------------------------ */
-
-// A string of a tag as the tree keeps it; line reports a copy for which there is no memory.
-static char *keep(Builder *builder, XmlpSlice slice, int line)
+// There is no memory for a string of a tag; line reports that of a dynamic tree.
+static int noString(Builder *builder, int line)
 {
-    char *kept = builder->isStatic ? _saveName(&builder->pool, slice.bytes, slice.length)
-                                   : _copyString(slice.bytes, slice.length);
-    if (kept == nullptr) {
-        outOfMemory(builder, builder->isStatic ? "xmlp_parse" : "_getNameAttr",
-                    builder->isStatic ? 1509 : line);
-    }
-    return kept;
+    const bool isStatic = builder->store.isStatic;
+    return outOfMemory(builder, isStatic ? "xmlp_parse" : "_getNameAttr", isStatic ? 1509 : line);
 }
 
-// Where a name of length bytes in the text is remembered. Told apart by its first two and its last
-// two bytes; of a name of one byte, a bracket is one of these.
-static inline ShortName *shortNameAt(Builder *builder, const char *name, size_t length)
-{
-    uint16_t first;
-    uint16_t last;
-    memcpy(&first, name, sizeof(first));
-    memcpy(&last, name + length - sizeof(last), sizeof(last));
-    const uint32_t key = first + (uint32_t{last} << 16) + static_cast<uint32_t>(length);
-    return &builder->shortNames[key * 0x9E3779B1u >> 24];
-}
+/* ---- Nodes --------------------------------------------------------------------------------- */
 
-// What is remembered of the name, or null.
-static inline const ShortName *recall(Builder *builder, const char *name, size_t length)
-{
-    if (length - 1 >= SHORT_NAME || builder->end - name < static_cast<ptrdiff_t>(SHORT_NAME)) {
-        return nullptr;
-    }
-    const ShortName *known = shortNameAt(builder, name, length);
-    return known->length == length && _areSame(known->bytes, name, length) ? known : nullptr;
-}
+// The names of so many attributes of a tag are compared one by one; those of a tag that has more,
+// all at once in the end.
+static constexpr size_t FEW_ATTRS = 16;
 
-static bool isItemName(XmlpSlice name)
-{
-    return name.length == strlen(_xmlp_itemName) &&
-           memcmp(name.bytes, _xmlp_itemName, name.length) == 0;
-}
-
-// Whether each byte of the name may stand in one; bytes inside of its characters were not looked at
-// when it was read.
-static bool isValidName(XmlpSlice name)
-{
-    return xmlp_isValidName(name.bytes, static_cast<uint32_t>(name.length)) != 0;
-}
-
-// Remembers the name, if it is one to be remembered.
-static void remember(Builder *builder, XmlpSlice name, char *pooled)
-{
-    if (name.length - 1 < SHORT_NAME && isValidName(name)) {
-        ShortName *known = shortNameAt(builder, name.bytes, name.length);
-        *known = {{}, pooled, static_cast<uint32_t>(name.length), isItemName(name)};
-        memcpy(known->bytes, name.bytes, name.length);
-    }
-}
-
-// The name of an element or attribute as a static tree keeps it.
-static char *keepName(Builder *builder, XmlpSlice name)
-{
-    const ShortName *known = recall(builder, name.bytes, name.length);
-    if (known != nullptr) {
-        return known->pooled;
-    }
-    char *kept = keep(builder, name, 0);
-    remember(builder, name, kept);
-    return kept;
-}
-
-static XmlpAttr *newAttr(Builder *builder)
-{
-    XmlpAttr *attr =
-        builder->isStatic ? builder->attrs++ : static_cast<XmlpAttr *>(malloc(sizeof(XmlpAttr)));
-    if (attr != nullptr) {
-        *attr = {};
-    }
-    return attr;
-}
-
-// So many names of attributes are compared with each other as they come. Those of a tag that has
-// more are looked at in the end.
-enum : size_t { FEW_ATTRS = 16 };
-
-static int existedFault(Builder *builder, const char *name)
-{
-    return treeFault(builder, "_getNameAttr", 690, "attr name existed.", name);
-}
-
-// Appends the attributes of the tag to the node's empty list. 0, or -1 with either the tree at
-// fault or, without a word, the tag.
+// Appends the attributes of the tag to the node's empty list. 0, or -1 with the tree at fault, or
+// without setting a fault when it is the tag's.
 static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
 {
+    XmlpStore *store = &builder->store;
     const XmlpTag begin = tag;
+    const char *existed = nullptr;
     size_t count = 0;
     XmlpAttr *last = nullptr;
     XmlpSlice name;
@@ -202,79 +98,48 @@ static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
     while ((more = _nextAttr(&tag, &name, &value)) > 0) {
         if (count++ < FEW_ATTRS &&
             _hasAttrName(node->attrs, name.bytes, static_cast<uint32_t>(name.length))) {
-            return existedFault(builder, name.bytes);
+            existed = name.bytes;
+            break;
         }
-        XmlpAttr *attr = newAttr(builder);
+        XmlpAttr *attr = _newAttr(store);
         if (attr == nullptr) {
             return outOfMemory(builder, "_getNameAttr", last == nullptr ? 672 : 771);
         }
-        // The list owns it now; -fanalyzer loses sight of it and takes it for leaked.
-        if (last == nullptr) {
-            node->attrs = attr;
-        } else {
-            last->next = attr;
-        }
+        *attr = {};
+        (last == nullptr ? node->attrs : last->next) = attr;
         last = attr;
-        attr->name = builder->isStatic ? keepName(builder, name) : keep(builder, name, 708);
-        attr->value = value.length > 0 ? keep(builder, value, 744) : nullptr;
-        if (!builder->isBuilding) {
-            return -1;
+        attr->name = store->isStatic ? _storeName(store, name) : _storeString(store, name);
+        if (attr->name == nullptr) {
+            return noString(builder, 708);
+        }
+        attr->value = value.length > 0 ? _storeString(store, value) : nullptr;
+        if (attr->value == nullptr && value.length > 0) {
+            return noString(builder, 744);
         }
     }
-    const char *existed = nullptr;
-    if ((more == 0 || tag.isLoose) && count > FEW_ATTRS &&
+    if (count > FEW_ATTRS && (more == 0 || tag.isLoose) &&
         _findBeginning(begin, count, &existed) != 0) {
         return treeFault(builder, "_getNameAttr", 0, "", nullptr);
     }
     if (existed != nullptr) {
-        return existedFault(builder, existed);
+        return treeFault(builder, "_getNameAttr", 690, "attr name existed.", existed);
     }
     return more < 0 && tag.isLoose ? treeFault(builder, "_getNameAttr", 0, "", tag.p) : more;
 }
 
-// Gives the element's node its name and the attributes of its tag. 0, or -1 as buildAttrs.
-__attribute__((noinline)) static int readTag(Builder *builder, Open *element, char terminator)
+// Reads the name of a tag up to its attributes. 0, or -1 for a fault of the tag.
+static int readName(XmlpTag *tag, XmlpSlice *name)
 {
-    XmlpTag tag = {element->tag, builder->end, terminator, false, false};
-    XmlpSlice name;
-    if (_readName(&tag, &name) != 0) {
+    if (_readName(tag, name) != 0) {
         return -1;
     }
-    if (_isByte(*name.bytes, XMLP_BLANK)) {
-        XmlpFinding fault;
-        tag.isLoose = true;
-        tag.p = name.bytes;
-        if (_checkNameAttr(name.bytes, terminator, &fault) != 0) {
-            return -1;
-        }
+    if (!_hasClass(*name->bytes, XMLP_BLANK)) {
+        return 0;
     }
-    XmlpNode *node = element->node;
-    const bool isItem = isItemName(name);
-    node->type = isItem ? XMLP_NODE_ITEM : XMLP_NODE_NONE;
-    if (builder->isStatic) {
-        node->name = keepName(builder, name);
-    } else {
-        node->name = isItem ? _xmlp_itemName : keep(builder, name, 645);
-        remember(builder, name, nullptr);
-    }
-    if (node->name == nullptr) {
-        return -1;
-    }
-    element->nameLength = isValidName(name) ? static_cast<uint32_t>(name.length) : 0;
-    return buildAttrs(builder, tag, node);
-}
-
-/* ---- Elements ------------------------------------------------------------------------------ */
-
-// The memory of a new node. Returns null, with the tree at fault, without memory.
-static inline XmlpNode *newNode(Builder *builder)
-{
-    XmlpNode *node =
-        builder->isStatic ? builder->nodes++ : static_cast<XmlpNode *>(malloc(sizeof(XmlpNode)));
-    if (node == nullptr) {
-        outOfMemory(builder, "xmlp_initNode", 827);
-    }
-    return node;
+    XmlpFinding fault;
+    tag->isLoose = true;
+    tag->p = name->bytes;
+    return _checkNameAttr(name->bytes, tag->terminator, &fault);
 }
 
 // Makes new memory the last child of parent.
@@ -282,11 +147,7 @@ static inline void beginNode(XmlpNode *node, XmlpNode *parent)
 {
     XmlpNode *prev = parent->lastChild;
     *node = {nullptr, nullptr, 0, XMLP_NODE_NONE, nullptr, parent, prev, nullptr, nullptr, nullptr};
-    if (prev != nullptr) {
-        prev->next = node;
-    } else {
-        parent->firstChild = node;
-    }
+    (prev != nullptr ? prev->next : parent->firstChild) = node;
     parent->lastChild = node;
 }
 
@@ -308,32 +169,80 @@ static inline int setType(Builder *builder, const XmlpNode *node, const char *na
     return 0;
 }
 
-// Builds the node of the element whose tag's name begins at name and ends, with all else of the
-// tag, at stop. 0, or -1 with either the tree at fault or, without a word, the tag.
-static inline int buildNode(Builder *builder, const char *name, const char *stop, Open *element)
+static inline bool isItemName(XmlpSlice name)
 {
-    XmlpNode *node = newNode(builder);
+    return name.length == 4 && memcmp(name.bytes, _xmlp_itemName, 4) == 0;
+}
+
+// Builds the node of the element whose start tag ends, but for a "/", at stop. 0 or -1, as
+// buildAttrs.
+static inline int buildNode(Builder *builder, Open *element, const char *stop)
+{
+    XmlpStore *store = &builder->store;
+    XmlpNode *node = _newNode(store);
     if (node == nullptr) {
-        return -1;
+        return outOfMemory(builder, "xmlp_initNode", 827);
     }
     beginNode(node, builder->open[builder->depth - 1].node);
     element->node = node;
-    const auto length = static_cast<size_t>(stop - name);
-    const ShortName *known = recall(builder, name, length);
-    if (known == nullptr) {
-        return readTag(builder, element, *stop) == 0 ? setType(builder, node, name) : -1;
-    }
-    element->nameLength = known->length;
-    node->type = known->isItem ? XMLP_NODE_ITEM : XMLP_NODE_NONE;
-    node->name = known->pooled;
-    if (!builder->isStatic) {
-        node->name = known->isItem ? _xmlp_itemName : keep(builder, {name, length}, 645);
-        if (node->name == nullptr) {
+    XmlpTag tag = {element->tag, builder->end, *stop, false, false};
+    XmlpSlice name = {element->tag, static_cast<size_t>(stop - element->tag)};
+    const XmlpShortName *known = _recall(store, name);
+    const bool isRead = known == nullptr;
+    if (isRead) {
+        if (readName(&tag, &name) != 0) {
             return -1;
         }
+        known = _recall(store, name);
     }
-    return setType(builder, node, name);
+    const bool isItem = isItemName(name);
+    node->type = isItem ? XMLP_NODE_ITEM : XMLP_NODE_NONE;
+    if (store->isStatic) {
+        node->name = known != nullptr ? known->pooled : _storeName(store, name);
+    } else {
+        node->name = isItem ? _xmlp_itemName : _storeString(store, name);
+        if (known == nullptr) {
+            _remember(store, name, nullptr);
+        }
+    }
+    if (node->name == nullptr) {
+        return noString(builder, 645);
+    }
+    // Bytes inside the characters of a name were not looked at when it was read.
+    const bool isValid =
+        known != nullptr || xmlp_isValidName(name.bytes, static_cast<uint32_t>(name.length)) != 0;
+    element->nameLength = isValid ? name.length : 0;
+    if (isRead && buildAttrs(builder, tag, node) != 0) {
+        return -1;
+    }
+    return setType(builder, node, element->tag);
 }
+
+// Gives a leaf the text up to stop.
+static inline void buildValue(Builder *builder, const Open *element, const char *stop)
+{
+    XmlpNode *node = element->node;
+    const XmlpSlice text = {element->content, static_cast<size_t>(stop - element->content)};
+    if (text.length == 0 || node->firstChild != nullptr) {
+        return;
+    }
+    if (_storeValue(&builder->store, node, text) == 0) {
+        if (node->type == XMLP_NODE_NONE) {
+            node->type = XMLP_NODE_VALUE;
+        }
+        return;
+    }
+    const bool isStatic = builder->store.isStatic;
+    const char *bad = _badEntity(text.bytes, text.length);
+    if (bad == stop) { // memory is short
+        treeFault(builder, "_makeDtree", 0, "", nullptr);
+    } else {
+        treeFault(builder, isStatic ? "_makeStree" : "_makeDtree", isStatic ? 904 : 1180,
+                  "invalid value.", bad);
+    }
+}
+
+/* ---- Elements ------------------------------------------------------------------------------ */
 
 __attribute__((noinline)) static int growOpen(Builder *builder)
 {
@@ -352,22 +261,17 @@ static uint32_t offsetOf(const Builder *builder, const char *p)
     return static_cast<uint32_t>(p - builder->origin);
 }
 
-// Takes the start tag or empty-element tag whose name lies before its ">" at close. 0, or -1 with
-// the fault of the tag's own text, if it is the tag's.
-__attribute__((always_inline)) static inline int startElement(Builder *builder, const char *name,
-                                                              const char *close)
+// Parses the start tag or empty-element tag whose name lies before its ">" at close. 0, or -1 with
+// the fault if it is one of the text.
+static inline int startElement(Builder *builder, const char *name, const char *close)
 {
     if (builder->depth == builder->capacity && growOpen(builder) != 0) {
         return -1;
     }
     const bool isEmpty = close[-1] == '/';
     Open *element = &builder->open[builder->depth];
-    element->tag = name;
-    element->content = close + 1;
-    element->nameLength = 0;
-    element->number = builder->count++;
-    if (builder->isBuilding &&
-        buildNode(builder, name, isEmpty ? close - 1 : close, element) != 0) {
+    *element = {name, close + 1, nullptr, 0, builder->count++};
+    if (builder->isBuilding && buildNode(builder, element, isEmpty ? close - 1 : close) != 0) {
         builder->isBuilding = false;
         element->nameLength = 0;
     }
@@ -382,90 +286,13 @@ __attribute__((always_inline)) static inline int startElement(Builder *builder, 
     return builder->isBuilding ? 0 : _checkNameAttr(name, '/', &builder->rejection->fault);
 }
 
-// Copies length bytes with whole chunks, and past them. Returns whether an "&" may be among them.
-static inline bool copyChunks(char *to, const char *from, size_t length)
-{
-    XmlpChunk ampersands = {};
-    for (size_t i = 0; i < length; i += XMLP_CHUNK) {
-        const XmlpChunk chunk = _loadChunk(from + i);
-        memcpy(to + i, &chunk, sizeof(chunk));
-        ampersands |= _areEqual(chunk, _fill('&'));
-    }
-    return _anyHigh(ampersands);
-}
-
-// The value's bytes in the area of the static tree, un-escaped. Sets *size; 0, with null, for a bad
-// entity.
-static inline char *placeValue(Builder *builder, XmlpSlice text, size_t *size)
-{
-    char *value = builder->values;
-    bool mayHaveEntity = true;
-    *size = text.length;
-    if (builder->end - (text.bytes + text.length) >= static_cast<ptrdiff_t>(XMLP_CHUNK)) {
-        mayHaveEntity = copyChunks(value, text.bytes, text.length);
-    }
-    if (mayHaveEntity) {
-        const char *end = xmlp_unTransStr(value, text.bytes, static_cast<uint32_t>(text.length));
-        *size = end != nullptr ? static_cast<size_t>(end - value) : 0;
-    }
-    if (*size == 0) {
-        return nullptr;
-    }
-    builder->values += *size;
-    return value;
-}
-
-// A copy of the value, un-escaped. Sets *size, 0 for a bad entity; null then and without memory.
-static char *copyValue(XmlpSlice text, size_t *size)
-{
-    const auto length = static_cast<uint32_t>(text.length);
-    const bool isPlain = memchr(text.bytes, '&', length) == nullptr;
-    *size = isPlain ? length : xmlp_unTransStrLen(text.bytes, length);
-    char *value = *size != 0 ? static_cast<char *>(malloc(*size)) : nullptr;
-    if (value == nullptr) {
-        return nullptr;
-    }
-    if (isPlain) {
-        memcpy(value, text.bytes, length);
-    } else {
-        xmlp_unTransStr(value, text.bytes, length);
-    }
-    return value;
-}
-
-// Gives a leaf the text up to stop. 0 or -1.
-static inline int buildValue(Builder *builder, const Open *element, const char *stop)
-{
-    XmlpNode *node = element->node;
-    const XmlpSlice text = {element->content, static_cast<size_t>(stop - element->content)};
-    if (text.length == 0 || node->firstChild != nullptr) {
-        return 0;
-    }
-    size_t size = 0;
-    char *value = builder->isStatic ? placeValue(builder, text, &size) : copyValue(text, &size);
-    if (value == nullptr && size != 0) {
-        return treeFault(builder, "_makeDtree", 0, "", nullptr);
-    }
-    if (value == nullptr) {
-        return treeFault(builder, builder->isStatic ? "_makeStree" : "_makeDtree",
-                         builder->isStatic ? 904 : 1180, "invalid value.",
-                         _badEntity(text.bytes, static_cast<uint32_t>(text.length)));
-    }
-    node->value = reinterpret_cast<unsigned char *>(value);
-    node->valueSize = static_cast<uint32_t>(size);
-    if (node->type == XMLP_NODE_NONE) {
-        node->type = XMLP_NODE_VALUE;
-    }
-    return 0;
-}
-
-// Takes the end tag whose name lies before its ">" at close. 0, or -1 with the fault.
+// Parses the end tag whose name lies before its ">" at close. 0, or -1 with the fault.
 static inline int endElement(Builder *builder, const char *name, const char *close)
 {
-    Open *element = &builder->open[builder->depth - 1];
+    const Open *element = &builder->open[builder->depth - 1];
     const auto length = static_cast<size_t>(close - name);
     const bool isShort =
-        length <= SHORT_NAME && builder->end - name >= static_cast<ptrdiff_t>(SHORT_NAME);
+        length <= XMLP_SHORT_NAME && builder->end - name >= static_cast<ptrdiff_t>(XMLP_SHORT_NAME);
     const bool isSame =
         element->nameLength == length &&
         (isShort ? _areSame(element->tag, name, length) : memcmp(element->tag, name, length) == 0);
@@ -557,106 +384,82 @@ static int readDocument(Builder *builder, XmlpBracketCursor brackets)
     return p == nullptr ? 0 : topFault(builder, *p == '<' ? 406 : 424, p);
 }
 
-/* ---- Memory -------------------------------------------------------------------------------- */
-
-// Lays out the block of a static tree. Returns it, or null without memory.
-static char *allocateBlock(Builder *builder, const XmlpBrackets *found)
+// Builds the tree of a text whose brackets were found. 0 or -1.
+static int build(Builder *builder, const XmlpBrackets *found, const char *text, bool wantLocations)
 {
-    const auto size = static_cast<uint64_t>(builder->end - builder->text);
-    const uint64_t textBytes = size - found->tagBytes;
-    const uint64_t nodes = uint64_t{_elementBound(found)} + 1;
-    const uint64_t attrs = _attrBound(found);
-    const uint64_t valuesAt = found->tagBytes + (nodes + 2 * attrs) * XMLP_POOL_WORD;
-    const uint64_t attrsAt = (valuesAt + textBytes + XMLP_CHUNK) / 16 * 16 + 16;
-    const uint64_t nodesAt = attrsAt + attrs * sizeof(XmlpAttr);
-    const uint64_t blockSize = nodesAt + nodes * sizeof(XmlpNode);
-    if (_initNamePool(&builder->pool, found->quotes) != 0) {
-        outOfMemory(builder, "xmlp_parse", 1509);
-        return nullptr;
-    }
-    auto *block = blockSize <= SIZE_MAX
-                      ? static_cast<char *>(malloc(static_cast<size_t>(blockSize)))
-                      : nullptr;
-    if (block == nullptr) {
-        outOfMemory(builder, "xmlp_parse", 1572);
-        return nullptr;
-    }
-    builder->pool.base = block;
-    builder->values = block + valuesAt;
-    builder->attrs = reinterpret_cast<XmlpAttr *>(block + attrsAt);
-    builder->nodes = reinterpret_cast<XmlpNode *>(block + nodesAt);
-    return block;
-}
-
-static XmlpLocation *allocateLocations(Builder *builder, const XmlpBrackets *found)
-{
-    auto *locations =
-        static_cast<XmlpLocation *>(calloc(_elementBound(found) + 1, sizeof(XmlpLocation)));
-    if (locations == nullptr) {
-        outOfMemory(builder, "xmlp_parse", 1509);
-    }
-    return locations;
-}
-
-// Builds the tree of a text whose brackets were found. Returns the document node, or null.
-static XmlpNode *build(Builder *builder, const XmlpBrackets *found, XmlpLocationList *locations)
-{
+    const size_t elementBound = found->count / 2; // each has a tag of two brackets
     if (growOpen(builder) != 0) {
-        return nullptr;
+        return -1;
     }
-    char *block = builder->isStatic ? allocateBlock(builder, found) : nullptr;
-    builder->locations = locations != nullptr ? allocateLocations(builder, found) : nullptr;
-    if (builder->isBuilding) {
-        builder->root = newNode(builder);
+    const int line =
+        _initStore(&builder->store, static_cast<uint64_t>(builder->end - text), elementBound + 1);
+    if (line != 0) {
+        outOfMemory(builder, "xmlp_parse", line);
     }
-    if (builder->root != nullptr) {
-        *builder->root = {};
-    }
-    builder->open[builder->depth++] = {builder->text, builder->text, builder->root, 0, 0};
-    int status = readDocument(builder, _firstBlock(found, builder->text));
-    if (status == 0 && !builder->isBuilding) {
-        builder->rejection->fault = builder->treeFault;
-        status = -1;
-    }
-    XmlpNode *root = builder->root;
-    if (status != 0) {
-        free(builder->locations);
-        free(block);
-        if (!builder->isStatic && root != nullptr) {
-            xmlp_delDtree(root);
+    if (wantLocations) {
+        builder->locations =
+            static_cast<XmlpLocation *>(calloc(elementBound + 1, sizeof(XmlpLocation)));
+        if (builder->locations == nullptr) {
+            outOfMemory(builder, "xmlp_parse", 1509);
         }
-        return nullptr;
     }
-    if (locations != nullptr) {
-        *locations = {builder->locations, builder->count};
+    if (builder->isBuilding) {
+        builder->root = _newNode(&builder->store);
+        if (builder->root == nullptr) {
+            outOfMemory(builder, "xmlp_initNode", 827);
+        } else {
+            *builder->root = {};
+        }
     }
-    if (block != nullptr && builder->count == 0) {
-        root = reinterpret_cast<XmlpNode *>(block); // where a tree without names is freed
-        *root = {};
+    builder->open[builder->depth++] = {text, text, builder->root, 0, 0};
+    if (readDocument(builder, _firstBlock(found, text)) != 0) {
+        return -1;
     }
-    return root;
+    if (!builder->isBuilding) {
+        builder->rejection->fault = builder->treeFault;
+        return -1;
+    }
+    return 0;
 }
 
 XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const char *origin,
                      XmlpLocationList *locations, XmlpRejection *rejection)
 {
     *rejection = {};
-    XmlpBrackets found;
     Builder builder = {};
-    builder.text = text;
     builder.end = end;
-    builder.isStatic = isStatic != 0;
     builder.isBuilding = true;
     builder.rejection = rejection;
     builder.origin = origin;
-    XmlpNode *root = nullptr;
+    XmlpStore *store = &builder.store;
+    store->isStatic = isStatic != 0;
+    store->textEnd = end;
+    XmlpBrackets found;
+    int status = -1;
     if (_findBrackets(&found, text, static_cast<size_t>(end - text)) != 0) {
         textFault(&builder, "xmlp_parse", 1509, "malloc failed.", nullptr);
     } else {
-        root = build(&builder, &found, locations);
+        status = build(&builder, &found, text, locations != nullptr);
+    }
+    XmlpNode *root = builder.root;
+    if (status != 0) {
+        free(builder.locations);
+        free(store->block);
+        if (!store->isStatic && root != nullptr) {
+            xmlp_delDtree(root);
+        }
+        root = nullptr;
+    } else {
+        if (locations != nullptr) {
+            *locations = {builder.locations, builder.count};
+        }
+        if (store->isStatic && builder.count == 0) { // without a name, freed as the root
+            root = reinterpret_cast<XmlpNode *>(store->block);
+            *root = {};
+        }
     }
     free(found.blocks);
     free(builder.open);
-    _freeNameIndex(&builder.pool);
+    _freeNameIndex(&store->pool);
     return root;
 }

@@ -1,4 +1,4 @@
-// Byte-level rules: which bytes may stand where, the three entities, the step over a character.
+// Byte-level rules: which bytes may stand where, how long a character is, the three entities.
 
 #include "xmlp/words.h"
 #include "xmlp/xmlp_internal.h"
@@ -29,7 +29,7 @@ static constexpr XmlpByteTable makeClasses()
     return table;
 }
 
-static constexpr XmlpByteTable makeSteps()
+static constexpr XmlpByteTable makeUtf8Lengths()
 {
     XmlpByteTable table = {};
     for (unsigned byte = 0; byte < 256; byte++) {
@@ -39,23 +39,22 @@ static constexpr XmlpByteTable makeSteps()
 }
 
 extern constexpr XmlpByteTable _xmlp_classes = makeClasses();
-extern constexpr XmlpByteTable _xmlp_steps = makeSteps();
+extern constexpr XmlpByteTable _xmlp_utf8Lengths = makeUtf8Lengths();
 
-// Whether all bytes are of a class; line reports, for function, that there are none.
-static int allOf(unsigned byteClass, const void *buf, uint32_t length, const char *function,
-                 int line)
+// Whether all bytes are of a class. A null buffer is reported under the function and line.
+static int areOfClass(unsigned byteClass, const void *buf, uint32_t length, const char *function,
+                      int line)
 {
     if (buf == nullptr) {
         _xmlp_report(function, line, "buf is null.");
         return 0;
     }
     const auto *bytes = static_cast<const char *>(buf);
-    for (uint32_t i = 0; i < length; i++) {
-        if (!_isByte(bytes[i], byteClass)) {
-            return 0;
-        }
+    uint32_t i = 0;
+    while (i < length && _hasClass(bytes[i], byteClass)) {
+        i++;
     }
-    return 1;
+    return i == length ? 1 : 0;
 }
 
 int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
@@ -63,25 +62,22 @@ int xmlp_nameCmp(const char *slice, uint32_t length, const char *name)
     if (slice == nullptr || name == nullptr) {
         return XMLP_FAIL(383, "invalid params.");
     }
-    return strnlen(name, length) == length && memcmp(slice, name, length) == 0 &&
-                   name[length] == '\0'
-               ? 0
-               : -1;
+    return strlen(name) == length && memcmp(slice, name, length) == 0 ? 0 : -1;
 }
 
 int xmlp_isValidChar(const void *buf, uint32_t length)
 {
-    return allOf(XMLP_TEXT, buf, length, __func__, 421);
+    return areOfClass(XMLP_TEXT, buf, length, __func__, 421);
 }
 
 int xmlp_isValidName(const void *buf, uint32_t length)
 {
-    return allOf(XMLP_NAME, buf, length, __func__, 458);
+    return areOfClass(XMLP_NAME, buf, length, __func__, 458);
 }
 
 int xmlp_isValidAttrValue(const void *buf, uint32_t length)
 {
-    return allOf(XMLP_ATTR_VALUE, buf, length, __func__, 502);
+    return areOfClass(XMLP_ATTR_VALUE, buf, length, __func__, 502);
 }
 
 namespace
@@ -93,10 +89,9 @@ struct Entity {
 };
 } // namespace
 
-// In the order in which they are tried.
 static constexpr Entity entities[] = {{'<', 4, "&lt;"}, {'>', 4, "&gt;"}, {'&', 5, "&amp;"}};
 
-static constexpr const Entity *entityOf(char character)
+static const Entity *entityOf(char character)
 {
     for (const Entity &entity : entities) {
         if (entity.character == character) {
@@ -106,7 +101,7 @@ static constexpr const Entity *entityOf(char character)
     return nullptr;
 }
 
-// The entity that the text at an "&" begins with, or null.
+// The entity that the text begins with, or null.
 static const Entity *entityAt(const char *text, const char *end)
 {
     for (const Entity &entity : entities) {
@@ -118,39 +113,23 @@ static const Entity *entityAt(const char *text, const char *end)
     return nullptr;
 }
 
-static constexpr XmlpByteTable makeEscapedLengths()
+// What escaping adds to the length of a text.
+static uint64_t addedLen(const char *text, uint32_t length)
 {
-    XmlpByteTable table = {};
-    for (unsigned byte = 0; byte < 256; byte++) {
-        const Entity *entity = entityOf(static_cast<char>(byte));
-        table.byte[byte] = static_cast<unsigned char>(entity != nullptr ? entity->length : 1);
+    uint64_t added = 0;
+    for (uint32_t i = 0; i < length; i++) {
+        added += (text[i] == '&' ? 4u : 0u) + ((text[i] | 2) == '>' ? 3u : 0u);
     }
-    return table;
+    return added;
 }
 
-static constexpr XmlpByteTable escapedLengths = makeEscapedLengths();
-
-static uint32_t escapedLen(const char *bytes, uint32_t length)
+uint64_t _escapedLen(const char *text, uint32_t length)
 {
-    uint32_t total = 0;
-    for (uint32_t i = 0; i < length; i++) {
-        total += escapedLengths.byte[static_cast<unsigned char>(bytes[i])];
+    uint64_t total = length;
+    for (; length >= 8; text += 8, length -= 8) {
+        total += _needEntity(text, 8) ? addedLen(text, 8) : 0;
     }
-    return total;
-}
-
-static char *putEscaped(char *dst, const char *bytes, uint32_t length)
-{
-    for (uint32_t i = 0; i < length; i++) {
-        const Entity *entity = entityOf(bytes[i]);
-        if (entity == nullptr) {
-            *dst++ = bytes[i];
-        } else {
-            memcpy(dst, entity->text, entity->length);
-            dst += entity->length;
-        }
-    }
-    return dst;
+    return total + addedLen(text, length);
 }
 
 uint32_t xmlp_transStrLen(const void *str, uint32_t length)
@@ -159,12 +138,20 @@ uint32_t xmlp_transStrLen(const void *str, uint32_t length)
         XMLP_ERROR(541, "str is null.");
         return 0;
     }
-    const auto *bytes = static_cast<const char *>(str);
-    uint32_t total = 0;
-    for (; length >= 8; bytes += 8, length -= 8) {
-        total += _anyEntity(bytes, 8) ? escapedLen(bytes, 8) : 8;
+    return static_cast<uint32_t>(_escapedLen(static_cast<const char *>(str), length));
+}
+
+static char *putEscaped(char *to, const char *text, uint32_t length)
+{
+    for (uint32_t i = 0; i < length; i++) {
+        const Entity *entity = entityOf(text[i]);
+        if (entity == nullptr) {
+            *to++ = text[i];
+        } else {
+            to = _copyBytes(to, entity->text, entity->length);
+        }
     }
-    return total + escapedLen(bytes, length);
+    return to;
 }
 
 char *xmlp_transStr(void *dst, const void *src, uint32_t length)
@@ -174,34 +161,42 @@ char *xmlp_transStr(void *dst, const void *src, uint32_t length)
         return nullptr;
     }
     auto *to = static_cast<char *>(dst);
-    const auto *bytes = static_cast<const char *>(src);
-    for (; length >= 8; bytes += 8, length -= 8) {
-        to = _anyEntity(bytes, 8) ? putEscaped(to, bytes, 8) : _copyBytes(to, bytes, 8);
+    const auto *text = static_cast<const char *>(src);
+    for (; length >= 8; text += 8, length -= 8) {
+        to = _needEntity(text, 8) ? putEscaped(to, text, 8) : _copyBytes(to, text, 8);
     }
-    return putEscaped(to, bytes, length);
+    return putEscaped(to, text, length);
 }
 
-// The next "&" of the text, or its end.
-static const char *nextAmpersand(const char *text, const char *end)
+// Un-escapes the text up to end into dst, or only counts when dst is null. Returns the first "&"
+// that begins no known entity, or end; sets *length to that of the text before it, un-escaped.
+static const char *unescape(char *dst, const char *text, const char *end, size_t *length)
 {
-    const void *found = memchr(text, '&', static_cast<size_t>(end - text));
-    return found != nullptr ? static_cast<const char *>(found) : end;
-}
-
-// The first "&" of the text that begins no entity, or its end; takes off *length what the entities
-// before it are longer than their characters.
-static const char *passEntities(const char *text, const char *end, uint32_t *length)
-{
-    const char *p = nextAmpersand(text, end);
-    while (p < end) {
-        const Entity *entity = entityAt(p, end);
-        if (entity == nullptr) {
-            break;
+    *length = 0;
+    for (;;) {
+        const void *found = memchr(text, '&', static_cast<size_t>(end - text));
+        const char *stop = found != nullptr ? static_cast<const char *>(found) : end;
+        const auto size = static_cast<size_t>(stop - text);
+        if (dst != nullptr) {
+            memcpy(dst + *length, text, size);
         }
-        *length -= entity->length - 1;
-        p = nextAmpersand(p + entity->length, end);
+        *length += size;
+        const Entity *entity = entityAt(stop, end);
+        if (entity == nullptr) {
+            return stop;
+        }
+        if (dst != nullptr) {
+            dst[*length] = entity->character;
+        }
+        ++*length;
+        text = stop + entity->length;
     }
-    return p;
+}
+
+const char *_badEntity(const char *text, size_t length)
+{
+    size_t unescaped;
+    return unescape(nullptr, text, text + length, &unescaped);
 }
 
 uint32_t xmlp_unTransStrLen(const void *str, uint32_t length)
@@ -210,14 +205,10 @@ uint32_t xmlp_unTransStrLen(const void *str, uint32_t length)
         XMLP_ERROR(641, "str is null.");
         return 0;
     }
-    const auto *text = static_cast<const char *>(str);
-    const char *end = text + length;
-    return passEntities(text, end, &length) == end ? length : 0;
-}
-
-const char *_badEntity(const char *str, uint32_t length)
-{
-    return passEntities(str, str + length, &length);
+    const char *end = static_cast<const char *>(str) + length;
+    size_t unescaped;
+    const char *stop = unescape(nullptr, static_cast<const char *>(str), end, &unescaped);
+    return stop == end ? static_cast<uint32_t>(unescaped) : 0;
 }
 
 char *xmlp_unTransStr(void *dst, const void *src, uint32_t length)
@@ -227,21 +218,8 @@ char *xmlp_unTransStr(void *dst, const void *src, uint32_t length)
         return nullptr;
     }
     auto *to = static_cast<char *>(dst);
-    const auto *text = static_cast<const char *>(src);
-    const char *end = text + length;
-    while (text < end) {
-        const char *stop = nextAmpersand(text, end);
-        memcpy(to, text, static_cast<size_t>(stop - text));
-        to += stop - text;
-        text = stop;
-        if (text < end) {
-            const Entity *entity = entityAt(text, end);
-            if (entity == nullptr) {
-                return nullptr;
-            }
-            *to++ = entity->character;
-            text += entity->length;
-        }
-    }
-    return to;
+    const char *end = static_cast<const char *>(src) + length;
+    size_t unescaped;
+    const char *stop = unescape(to, static_cast<const char *>(src), end, &unescaped);
+    return stop == end ? to + unescaped : nullptr;
 }

@@ -1,21 +1,20 @@
 // Finding and storing strings in a name pool.
 
 #include "xmlp/name_pool.h"
+#include "xmlp/words.h"
 
 #include <stdlib.h>
-#include <string.h>
 #include <sys/random.h>
 
-enum : size_t { WORD = XMLP_POOL_WORD, FEWEST_SLOTS = 256, MOST_SLOTS_AT_FIRST = 16384 };
-
-/* ---- The index ----------------------------------------------------------------------------- */
+static constexpr size_t WORD = XMLP_POOL_WORD;
+static constexpr size_t FIRST_SLOTS = 1024;
 
 // The slot from index on that has the hash, or the free one that ends the search.
 static XmlpNameSlot *slotFrom(const XmlpNamePool *pool, size_t index, uint64_t hash)
 {
     for (;; index++) {
         XmlpNameSlot *slot = &pool->slots[index & (pool->slotCount - 1)];
-        if (slot->place == 0 || slot->hash == static_cast<uint32_t>(hash)) {
+        if (slot->poolIndex == 0 || slot->hash == static_cast<uint32_t>(hash)) {
             return slot;
         }
     }
@@ -29,17 +28,17 @@ static XmlpNameSlot *nextSlot(const XmlpNamePool *pool, const XmlpNameSlot *slot
 static XmlpNameSlot *freeSlot(const XmlpNamePool *pool, uint64_t hash)
 {
     XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
-    while (slot->place != 0) {
+    while (slot->poolIndex != 0) {
         slot = nextSlot(pool, slot);
     }
     return slot;
 }
 
-// Makes room for count places more. A quarter of the slots stays free.
-static int reservePlaces(XmlpNamePool *pool, size_t count)
+// Makes room for count slots more. A quarter of them stays free.
+static int reserveSlots(XmlpNamePool *pool, size_t count)
 {
     size_t slotCount = pool->slotCount;
-    while (slotCount / 4 * 3 < pool->placeCount + count) {
+    while (slotCount / 4 * 3 < pool->usedSlots + count) {
         slotCount *= 4;
     }
     if (slotCount == pool->slotCount) {
@@ -55,20 +54,18 @@ static int reservePlaces(XmlpNamePool *pool, size_t count)
     pool->slotCount = slotCount;
     // From a free slot on, so that those with the same hash keep their order.
     size_t first = 0;
-    while (old[first].place != 0) {
+    while (old[first].poolIndex != 0) {
         first++;
     }
     for (size_t i = first; i < first + oldCount; i++) {
         const XmlpNameSlot *slot = &old[i & (oldCount - 1)];
-        if (slot->place != 0) {
+        if (slot->poolIndex != 0) {
             *freeSlot(pool, slot->hash) = *slot;
         }
     }
     free(old);
     return 0;
 }
-
-/* ---- Strings and their tails --------------------------------------------------------------- */
 
 // The first word of a string of length bytes as a number, that of a shorter one with its length.
 static uint32_t firstWord(const char *bytes, size_t length)
@@ -93,70 +90,33 @@ static uint64_t addWord(uint64_t rest, const char *bytes, size_t length)
     return hash ^ (hash >> 32);
 }
 
-static char *nameAt(const XmlpNamePool *pool, uint32_t place)
+static char *nameAt(const XmlpNamePool *pool, uint32_t poolIndex)
 {
-    return pool->base + static_cast<size_t>(place - 1) * WORD;
+    return pool->base + static_cast<size_t>(poolIndex - 1) * WORD;
 }
 
-// Stores the string with what ends it. Most strings are shorter than a call of memcpy is worth.
-static void copyWords(char *name, const char *bytes, size_t length)
-{
-    for (; length >= WORD; name += WORD, bytes += WORD, length -= WORD) {
-        memcpy(name, bytes, WORD);
-    }
-    memcpy(name, length == 0 ? "\0\xFF\xFF" : "\0\0\0", WORD);
-    for (size_t i = 0; i < length; i++) {
-        name[i] = bytes[i];
-    }
-}
-
-// Whether the string stands at name, with nothing behind it.
-static bool standsAt(const char *name, const char *bytes, size_t length)
-{
-    for (; length >= WORD; name += WORD, bytes += WORD, length -= WORD) {
-        if (firstWord(name, WORD) != firstWord(bytes, WORD)) {
-            return false;
-        }
-    }
-    return firstWord(name, length) == firstWord(bytes, length) && name[length] == '\0';
-}
-
-// The place of the string, or 0.
+// The pool index of the string, or 0.
 static uint32_t find(const XmlpNamePool *pool, uint64_t hash, const char *bytes, size_t length)
 {
     const XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
-    for (; slot->place != 0; slot = nextSlot(pool, slot)) {
-        const char *name = nameAt(pool, slot->place);
-        if (name + length < pool->base + pool->used && standsAt(name, bytes, length)) {
+    for (; slot->poolIndex != 0; slot = nextSlot(pool, slot)) {
+        const char *name = nameAt(pool, slot->poolIndex);
+        if (name + length < pool->base + pool->used && memcmp(name, bytes, length) == 0 &&
+            name[length] == '\0') {
             break;
         }
     }
-    return slot->place;
+    return slot->poolIndex;
 }
 
-/* ---- The pool ------------------------------------------------------------------------------ */
-
-uint64_t _randomSeed(void)
+int _initNamePool(XmlpNamePool *pool)
 {
-    // Where the kernel has no random bytes yet, the place of the stack has to do.
-    uint64_t seed = reinterpret_cast<uintptr_t>(&seed);
-    (void)!getrandom(&seed, sizeof(seed), GRND_NONBLOCK);
-    return seed;
-}
-
-int _initNamePool(XmlpNamePool *pool, size_t expected)
-{
-    size_t slotCount = FEWEST_SLOTS;
-    while (slotCount < MOST_SLOTS_AT_FIRST && slotCount < expected * 2) {
-        slotCount *= 2;
-    }
-    *pool = {nullptr, 0, nullptr, slotCount, 0, 0};
-    pool->slots = static_cast<XmlpNameSlot *>(calloc(slotCount, sizeof(XmlpNameSlot)));
-    if (pool->slots == nullptr) {
-        return -1;
-    }
-    pool->seed = _randomSeed();
-    return 0;
+    auto *slots = static_cast<XmlpNameSlot *>(calloc(FIRST_SLOTS, sizeof(XmlpNameSlot)));
+    *pool = {nullptr, 0, slots, FIRST_SLOTS, 0, 0};
+    // Where the kernel has no random bytes yet, an address on the stack has to do.
+    pool->seed = reinterpret_cast<uintptr_t>(&slots);
+    (void)!getrandom(&pool->seed, sizeof(pool->seed), GRND_NONBLOCK);
+    return slots != nullptr ? 0 : -1;
 }
 
 void _freeNameIndex(XmlpNamePool *pool)
@@ -167,8 +127,8 @@ void _freeNameIndex(XmlpNamePool *pool)
 
 char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
 {
-    const size_t size = _pooledSize(length);
-    if (reservePlaces(pool, size / WORD) != 0) {
+    const size_t size = length - length % WORD + WORD;
+    if (reserveSlots(pool, size / WORD) != 0) {
         return nullptr;
     }
     // From the shortest tail on. With one that is there, all shorter ones are.
@@ -176,7 +136,7 @@ char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
     size_t at = size;
     while (at > 0) {
         const uint64_t longer = addWord(hash, bytes + at - WORD, length - at + WORD);
-        if (slotFrom(pool, static_cast<uint32_t>(longer), longer)->place == 0) {
+        if (slotFrom(pool, static_cast<uint32_t>(longer), longer)->poolIndex == 0) {
             break;
         }
         hash = longer;
@@ -191,12 +151,13 @@ char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
         at = size;
     }
     char *name = pool->base + pool->used;
-    copyWords(name, bytes, length);
+    memcpy(name + size - WORD, length % WORD == 0 ? "\0\xFF\xFF" : "\0\0\0", WORD);
+    _copyBytes(name, bytes, length);
     for (; at > 0; at -= WORD) {
         hash = addWord(hash, bytes + at - WORD, length - at + WORD);
-        const size_t place = (pool->used + at) / WORD;
-        *freeSlot(pool, hash) = {static_cast<uint32_t>(hash), static_cast<uint32_t>(place)};
-        pool->placeCount++;
+        const size_t poolIndex = (pool->used + at) / WORD;
+        *freeSlot(pool, hash) = {static_cast<uint32_t>(hash), static_cast<uint32_t>(poolIndex)};
+        pool->usedSlots++;
     }
     pool->used += size;
     return name;

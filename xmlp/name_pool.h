@@ -11,9 +11,9 @@
  * the terminator, the others tell the word from a free one.
  *
  * A string is there wherever, from a word on, its bytes and a NUL stand; so one that equals the
- * tail of a longer string shares its bytes. The index, a hash table with open addressing, knows
- * the first place of every string and of every such tail. A hash is made word by word from the end
- * of the string to its beginning, so that those of the tails come along.
+ * tail of a longer string shares its bytes. The index, a hash table with open addressing, has
+ * the first word of every string and of every such tail. A hash is computed word by word from the
+ * end of the string to its beginning, which yields those of its tails on the way.
  */
 #ifndef XMLP_NAME_POOL_H
 #define XMLP_NAME_POOL_H
@@ -23,39 +23,33 @@
 
 #pragma GCC visibility push(hidden)
 
-enum : size_t { XMLP_POOL_WORD = 4 };
-
-/* A string of length bytes takes this much of a pool at most, the longest that there is less. */
-static inline size_t _pooledSize(size_t length)
-{
-    return length - length % XMLP_POOL_WORD + XMLP_POOL_WORD;
-}
+static constexpr size_t XMLP_POOL_WORD = 4;
 
 /* A string in the index, or the tail of one. */
 struct XmlpNameSlot {
     uint32_t hash;
-    uint32_t place; /* the number of its first word, counted from 1; 0 for a free slot */
+    uint32_t poolIndex; /* of its first word, counted from 1; 0 for a free slot */
 };
 
 struct XmlpNamePool {
-    char *base; /* for the caller to set; holds _pooledSize of all distinct strings */
+    char *base; /* for the caller to set */
     size_t used;
     XmlpNameSlot *slots;
     size_t slotCount; /* a power of two */
-    size_t placeCount;
-    uint64_t seed; /* of the hashes */
+    size_t usedSlots;
+    uint64_t seed; /* random, so that nobody can write a text whose hashes collide */
 };
 
-/* A number that differs from call to call, so that nobody can write a text whose hashes collide. */
-uint64_t _randomSeed(void);
-
-/* Makes an empty pool in which so many strings are expected. 0, or -1 without memory. */
-int _initNamePool(XmlpNamePool *pool, size_t expected);
+/* Makes an empty pool. 0, or -1 without memory. */
+int _initNamePool(XmlpNamePool *pool);
 
 /* Frees the index; the strings stay. */
 void _freeNameIndex(XmlpNamePool *pool);
 
-/* Returns the string of length bytes in the pool, stored now if it was not there; or null. */
+/*
+ * Returns the string of length bytes in the pool, stored now if it was not there; or null. It takes
+ * length + XMLP_POOL_WORD bytes at most.
+ */
 char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length);
 
 #pragma GCC visibility pop

@@ -7,7 +7,7 @@
 
 static const char *skipBlanks(const char *p, const char *end)
 {
-    while (p < end && _isByte(*p, XMLP_BLANK)) {
+    while (p < end && _hasClass(*p, XMLP_BLANK)) {
         p++;
     }
     return p;
@@ -22,11 +22,11 @@ static const char *skipMark(const char *p, const char *end)
 // declaration ends at a "?", or before a ">"; either is enough.
 static const char *passDeclaration(const char *p, const char *end)
 {
-    for (p += 2; end - p >= 2; p += _stepOf(*p)) {
+    for (p += 2; end - p >= 2; p += _utf8Length(*p)) {
         if (*p == '?' || p[1] == '>') {
             return p + 2;
         }
-        if (_stepOf(*p) > static_cast<size_t>(end - p)) {
+        if (_utf8Length(*p) > static_cast<size_t>(end - p)) {
             break;
         }
     }

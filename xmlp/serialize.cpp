@@ -1,5 +1,5 @@
-// From the tree back to text. One pass over the tree adds up the exact length, a second one
-// writes; neither recurses, so no depth of tree can exhaust the stack.
+// From the tree back to text. Two passes over the tree, one that adds up the exact length and one
+// that writes, run the same code; it does not recurse, so no depth of tree can exhaust the stack.
 
 #include "xmlp/words.h"
 #include "xmlp/xmlp_internal.h"
@@ -7,135 +7,220 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* ---- Walk ---------------------------------------------------------------------------------- */
-
-// Enters an element and all below it, in the order in which the lists lead, and leaves again each
-// that has children. visit(node, level, leaving) returns whether to go on. A node that was linked
-// a second time names one parent only, so the way back is kept here. Returns 0, or -1 when it was
-// stopped or memory is short.
-template <typename Visit> static int walk(const XmlpNode *top, uint32_t level, Visit visit)
+namespace
 {
-    const XmlpNode **open = nullptr;
-    size_t depth = 0;
-    size_t capacity = 0;
-    const XmlpNode *node = top;
-    bool leaving = false;
-    bool going = visit(node, level, leaving);
-    while (going && !(depth == 0 && (leaving || node->firstChild == nullptr))) {
-        if (!leaving && node->firstChild != nullptr) {
-            if (depth == capacity) {
-                capacity = capacity == 0 ? 64 : 2 * capacity;
-                auto *grown = static_cast<const XmlpNode **>(
-                    realloc(open, capacity * sizeof(const XmlpNode *)));
-                if (grown == nullptr) {
-                    going = false;
-                    break;
-                }
-                open = grown;
-            }
-            open[depth++] = node;
-            node = node->firstChild;
-        } else if (node->next != nullptr) {
-            node = node->next;
-            leaving = false;
-        } else {
-            node = open[--depth];
-            leaving = true;
-        }
-        going = visit(node, level + static_cast<uint32_t>(depth), leaving);
-    }
-    free(open);
-    return going ? 0 : -1;
+struct Counter {
+    uint64_t length;
+};
+
+struct Writer {
+    char *dst;
+};
+
+// An element around the current one.
+struct Open {
+    const XmlpNode *node;
+    size_t nameLength;
+};
+} // namespace
+
+static inline void put(Counter *counter, const char *, size_t length)
+{
+    counter->length += length;
 }
 
-/* ---- Lengths ------------------------------------------------------------------------------- */
+static inline void put(Writer *writer, const char *bytes, size_t length)
+{
+    writer->dst = _copyBytes(writer->dst, bytes, length);
+}
+
+static inline void putIndent(Counter *counter, uint32_t level)
+{
+    counter->length += uint64_t{2} * level;
+}
+
+static inline void putIndent(Writer *writer, uint32_t level)
+{
+    const size_t length = size_t{2} * level;
+    memset(writer->dst, ' ', length);
+    writer->dst += length;
+}
+
+static inline void putEscaped(Counter *counter, const char *text, uint32_t length)
+{
+    counter->length += _escapedLen(text, length);
+}
+
+static inline void putEscaped(Writer *writer, const char *text, uint32_t length)
+{
+    writer->dst = xmlp_transStr(writer->dst, text, length);
+}
+
+// Puts a value. A short one is mostly written as it is.
+template <typename Output> static inline void putValue(Output *out, const XmlpNode *node)
+{
+    const auto *text = reinterpret_cast<const char *>(node->value);
+    if (node->valueSize <= 256 && !_needEntity(text, node->valueSize)) {
+        put(out, text, node->valueSize);
+    } else {
+        putEscaped(out, text, node->valueSize);
+    }
+}
+
+static inline bool isFull(const Counter *counter)
+{
+    return counter->length >= UINT32_MAX;
+}
+
+static inline bool isFull(const Writer *)
+{
+    return false;
+}
+
+template <size_t size> static inline void putLiteral(Counter *counter, const char (&)[size])
+{
+    counter->length += size - 1;
+}
+
+template <size_t size> static inline void putLiteral(Writer *writer, const char (&literal)[size])
+{
+    memcpy(writer->dst, literal, size - 1);
+    writer->dst += size - 1;
+}
 
 static size_t textLen(const char *text)
 {
     return text != nullptr ? strlen(text) : 0;
 }
 
-static const char *valueText(const XmlpNode *node)
+template <typename Output> static void putAttrs(Output *out, const XmlpAttr *attr)
 {
-    return reinterpret_cast<const char *>(node->value);
-}
-
-// A value is written only where there are no children.
-static bool hasValue(const XmlpNode *node)
-{
-    return node->firstChild == nullptr && node->value != nullptr && node->valueSize != 0;
-}
-
-static bool isEmpty(const XmlpNode *node)
-{
-    return node->firstChild == nullptr && !hasValue(node);
-}
-
-// Whether the value is short and written as it is. A long one is not looked at twice for that.
-static bool isPlain(const XmlpNode *node)
-{
-    return node->valueSize <= 256 && !_anyEntity(valueText(node), node->valueSize);
-}
-
-// Piece by piece: the escaped length of a very long value does not fit 32 bits.
-static uint64_t escapedLen(const XmlpNode *node)
-{
-    if (isPlain(node)) {
-        return node->valueSize;
+    for (; attr != nullptr; attr = attr->next) {
+        putLiteral(out, " ");
+        put(out, attr->name, textLen(attr->name));
+        putLiteral(out, "=\"");
+        put(out, attr->value, textLen(attr->value));
+        putLiteral(out, "\"");
     }
-    const uint32_t piece = 0x10000000;
-    uint64_t total = 0;
-    for (uint64_t at = 0; at < node->valueSize; at += piece) {
-        uint64_t left = node->valueSize - at;
-        total += xmlp_transStrLen(valueText(node) + at,
-                                  left < piece ? static_cast<uint32_t>(left) : piece);
+}
+
+template <typename Output>
+static void putEndTag(Output *out, const XmlpNode *node, size_t nameLength)
+{
+    putLiteral(out, "</");
+    put(out, node->name, nameLength);
+    putLiteral(out, ">");
+}
+
+// The start tag and, of an element without children, all the rest. A value is written only where
+// there are no children. Returns the length of the name.
+template <typename Output> static size_t putStart(Output *out, const XmlpNode *node)
+{
+    const size_t nameLength = textLen(node->name);
+    const bool hasValue = node->value != nullptr && node->valueSize != 0;
+    putLiteral(out, "<");
+    put(out, node->name, nameLength);
+    putAttrs(out, node->attrs);
+    if (node->firstChild != nullptr) {
+        putLiteral(out, ">");
+    } else if (hasValue) {
+        putLiteral(out, ">");
+        putValue(out, node);
+        putEndTag(out, node, nameLength);
+    } else {
+        putLiteral(out, "/>");
     }
-    return total;
+    return nameLength;
+}
+
+// The element and all below it, in the order in which the lists lead. A node that was linked a
+// second time names one parent only, so the way back is kept here. 0, or -1 when the text gets too
+// long or memory is short.
+template <typename Output>
+static int putTree(Output *out, const XmlpNode *node, uint32_t level, bool isFormatted)
+{
+    Open *open = nullptr;
+    size_t depth = 0;
+    size_t capacity = 0;
+    bool isLeaving = false;
+    int status = -1;
+    for (;;) {
+        size_t nameLength = 0;
+        if (isFormatted) {
+            putIndent(out, level + static_cast<uint32_t>(depth));
+        }
+        if (isLeaving) {
+            putEndTag(out, node, open[depth].nameLength);
+        } else {
+            nameLength = putStart(out, node);
+        }
+        if (isFormatted) {
+            putLiteral(out, "\n");
+        }
+        if (isFull(out)) {
+            break;
+        }
+        if (!isLeaving && node->firstChild != nullptr) {
+            if (depth == capacity) {
+                capacity = capacity == 0 ? 64 : 2 * capacity;
+                void *grown = realloc(open, capacity * sizeof(*open));
+                if (grown == nullptr) {
+                    break;
+                }
+                open = static_cast<Open *>(grown);
+            }
+            open[depth++] = {node, nameLength};
+            node = node->firstChild;
+        } else if (depth == 0) {
+            status = 0;
+            break;
+        } else {
+            isLeaving = node->next == nullptr;
+            node = isLeaving ? open[--depth].node : node->next;
+        }
+    }
+    free(open);
+    return status;
+}
+
+template <typename Output> static int putDocument(Output *out, const XmlpTree *tree, bool compact)
+{
+    const auto *header = reinterpret_cast<const char *>(tree->header);
+    put(out, header, tree->headerLen);
+    put(out, "\n", !compact && tree->headerLen != 0 ? 1 : 0);
+    int status = isFull(out) ? -1 : 0;
+    const XmlpNode *node = tree->root != nullptr ? tree->root->firstChild : nullptr;
+    for (; node != nullptr && status == 0; node = node->next) {
+        status = putTree(out, node, 0, !compact);
+    }
+    return status;
 }
 
 uint64_t _attrsLen(const XmlpAttr *attr)
 {
-    uint64_t total = 0;
-    for (; attr != nullptr; attr = attr->next) {
-        total += textLen(attr->name) + textLen(attr->value) + strlen(" =\"\"");
-    }
-    return total;
-}
-
-static inline uint64_t nodeLen(const XmlpNode *node)
-{
-    const uint64_t name = textLen(node->name);
-    const uint64_t attrs = node->attrs != nullptr ? _attrsLen(node->attrs) : 0;
-    if (isEmpty(node)) {
-        return name + attrs + strlen("</>");
-    }
-    return 2 * name + attrs + strlen("<></>") + (hasValue(node) ? escapedLen(node) : 0);
+    Counter counter = {};
+    putAttrs(&counter, attr);
+    return counter.length;
 }
 
 uint64_t _nodeLen(const XmlpNode *node)
 {
-    return node != nullptr ? nodeLen(node) : 0;
-}
-
-static uint64_t indentLen(uint32_t level)
-{
-    return uint64_t{2} * level;
-}
-
-// The length of the text of an element and all below it. Stops adding where the sum does not fit a
-// length, and gives UINT64_MAX when it had to stop.
-static uint64_t lengthOf(const XmlpNode *top, uint32_t topLevel, bool isFormatted)
-{
-    uint64_t total = 0;
-    if (top == nullptr) {
-        return total;
+    Counter counter = {};
+    if (node != nullptr) {
+        const size_t nameLength = putStart(&counter, node);
+        if (node->firstChild != nullptr) {
+            putEndTag(&counter, node, nameLength);
+        }
     }
-    int status = walk(top, topLevel, [&](const XmlpNode *node, uint32_t level, bool leaving) {
-        total += leaving ? 0 : nodeLen(node);
-        total += isFormatted ? indentLen(level) + 1 : 0; // a line for entering, one for leaving
-        return total < UINT32_MAX;
-    });
-    return status == 0 ? total : UINT64_MAX;
+    return counter.length;
+}
+
+// UINT64_MAX when it does not fit a length or memory is short.
+static uint64_t lengthOf(const XmlpNode *node, uint32_t level, bool isFormatted)
+{
+    Counter counter = {};
+    const bool isDone = node == nullptr || putTree(&counter, node, level, isFormatted) == 0;
+    return isDone ? counter.length : UINT64_MAX;
 }
 
 uint64_t _treeLen(const XmlpNode *node)
@@ -148,82 +233,12 @@ uint64_t _formatLen(const XmlpNode *node, uint32_t level)
     return lengthOf(node, level, true);
 }
 
-/* ---- Writing ------------------------------------------------------------------------------- */
-
-static char *putText(char *dst, const char *text)
+// Null without memory.
+static char *write(const XmlpNode *node, char *dst, uint32_t level, bool isFormatted)
 {
-    return _copyBytes(dst, text, textLen(text));
-}
-
-template <size_t size> static char *putLiteral(char *dst, const char (&literal)[size])
-{
-    memcpy(dst, literal, size - 1);
-    return dst + size - 1;
-}
-
-static char *putIndent(char *dst, uint32_t level)
-{
-    auto length = static_cast<size_t>(indentLen(level));
-    memset(dst, ' ', length);
-    return dst + length;
-}
-
-static char *putAttrs(char *dst, const XmlpAttr *attr)
-{
-    for (; attr != nullptr; attr = attr->next) {
-        dst = putLiteral(dst, " ");
-        dst = putText(dst, attr->name);
-        dst = putLiteral(dst, "=\"");
-        dst = putText(dst, attr->value);
-        dst = putLiteral(dst, "\"");
-    }
-    return dst;
-}
-
-static char *putValue(char *dst, const XmlpNode *node)
-{
-    return isPlain(node) ? _copyBytes(dst, valueText(node), node->valueSize)
-                         : xmlp_transStr(dst, valueText(node), node->valueSize);
-}
-
-static char *putEndTag(char *dst, const char *name, size_t length)
-{
-    dst = putLiteral(dst, "</");
-    dst = _copyBytes(dst, name, length);
-    return putLiteral(dst, ">");
-}
-
-// The start tag and, of an element without children, all the rest.
-static char *putStart(char *dst, const XmlpNode *node)
-{
-    size_t nameLength = textLen(node->name);
-    dst = putLiteral(dst, "<");
-    dst = _copyBytes(dst, node->name, nameLength);
-    dst = putAttrs(dst, node->attrs);
-    if (isEmpty(node)) {
-        return putLiteral(dst, "/>");
-    }
-    dst = putLiteral(dst, ">");
-    if (!hasValue(node)) {
-        return dst;
-    }
-    dst = putValue(dst, node);
-    return putEndTag(dst, node->name, nameLength);
-}
-
-// Writes that text. Returns the position behind it, or null without memory.
-static char *write(const XmlpNode *top, char *dst, uint32_t topLevel, bool isFormatted)
-{
-    if (top == nullptr) {
-        return dst;
-    }
-    int status = walk(top, topLevel, [&](const XmlpNode *node, uint32_t level, bool leaving) {
-        dst = isFormatted ? putIndent(dst, level) : dst;
-        dst = leaving ? putEndTag(dst, node->name, textLen(node->name)) : putStart(dst, node);
-        dst = isFormatted ? putLiteral(dst, "\n") : dst;
-        return true;
-    });
-    return status == 0 ? dst : nullptr;
+    Writer writer = {dst};
+    const bool isDone = node == nullptr || putTree(&writer, node, level, isFormatted) == 0;
+    return isDone ? writer.dst : nullptr;
 }
 
 char *_tree2Xml(const XmlpNode *node, char *dst)
@@ -244,59 +259,23 @@ char *_tree2FormatXml(const XmlpNode *node, char *dst, uint32_t level)
     return write(node, dst, level, true);
 }
 
-/* ---- Documents ----------------------------------------------------------------------------- */
-
-static const XmlpNode *firstElement(const XmlpTree *tree)
-{
-    return tree->root != nullptr ? tree->root->firstChild : nullptr;
-}
-
-// UINT32_MAX or more when it does not fit or memory is short.
-static uint64_t documentLen(const XmlpTree *tree, bool compact)
-{
-    uint64_t total = tree->headerLen;
-    if (!compact && tree->headerLen != 0) {
-        total++;
-    }
-    for (const XmlpNode *node = firstElement(tree); node != nullptr && total < UINT32_MAX;
-         node = node->next) {
-        uint64_t length = lengthOf(node, 0, !compact);
-        total = length < UINT32_MAX ? total + length : UINT32_MAX;
-    }
-    return total;
-}
-
-// Null without memory.
-static char *putDocument(char *dst, const XmlpTree *tree, bool compact)
-{
-    if (tree->headerLen != 0) {
-        memcpy(dst, tree->header, tree->headerLen);
-        dst = putText(dst + tree->headerLen, compact ? "" : "\n");
-    }
-    for (const XmlpNode *node = firstElement(tree); node != nullptr && dst != nullptr;
-         node = node->next) {
-        dst = write(node, dst, 0, !compact);
-    }
-    return dst;
-}
-
 char *xmlp_tree2Xml(const XmlpDoc *doc, int compact, uint32_t *pLen)
 {
     if (doc == nullptr || pLen == nullptr) {
         XMLP_ERROR(1757, "invalid params.");
         return nullptr;
     }
-    uint64_t length = documentLen(doc->tree, compact != 0);
-    bool fits = length < UINT32_MAX;
-    *pLen = fits ? static_cast<uint32_t>(length) : UINT32_MAX;
-    char *text = fits ? static_cast<char *>(malloc(static_cast<size_t>(length) + 1)) : nullptr;
-    char *end = text != nullptr ? putDocument(text, doc->tree, compact != 0) : nullptr;
-    if (end == nullptr) {
+    Counter counter = {};
+    const bool isCounted = putDocument(&counter, doc->tree, compact != 0) == 0;
+    *pLen = isCounted ? static_cast<uint32_t>(counter.length) : UINT32_MAX;
+    char *text = isCounted ? static_cast<char *>(malloc(size_t{*pLen} + 1)) : nullptr;
+    Writer writer = {text};
+    if (text == nullptr || putDocument(&writer, doc->tree, compact != 0) != 0) {
         free(text);
         XMLP_ERROR(1789, "malloc failed.");
         return nullptr;
     }
-    *end = '\0';
+    *writer.dst = '\0';
     return text;
 }
 

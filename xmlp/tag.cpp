@@ -1,9 +1,12 @@
-// What may be wrong with a tag, and what is read of one that is not quite right.
+// The rare cases of reading a tag: one with a fault, one whose name is hidden by a blank, one with
+// many attributes.
 
 #include "xmlp/tag.h"
 
-static int found(XmlpFinding *fault, const char *function, int line, const char *message,
-                 const char *at)
+#include <stdlib.h>
+
+static int rejected(XmlpFinding *fault, const char *function, int line, const char *message,
+                    const char *at)
 {
     *fault = {function, line, message, at};
     return -1;
@@ -16,7 +19,7 @@ XMLP_COLD int _checkNameAttr(const char *tag, char terminator, XmlpFinding *faul
     XmlpSlice value;
     int line = _readName(&reader, &name);
     if (line != 0) {
-        return found(fault, __func__, line, "error xml tag name.", reader.p);
+        return rejected(fault, __func__, line, "error xml tag name.", reader.p);
     }
     while (*reader.p != terminator) {
         line = _readAttr(&reader, &name, &value);
@@ -24,7 +27,7 @@ XMLP_COLD int _checkNameAttr(const char *tag, char terminator, XmlpFinding *faul
             // The doubled word is kept on purpose.
             const char *message =
                 line == 232 ? "error xml attributeibute." : "error xml attribute.";
-            return found(fault, __func__, line, message, reader.p);
+            return rejected(fault, __func__, line, message, reader.p);
         }
     }
     return 0;
@@ -36,14 +39,14 @@ XMLP_COLD int _checkEndTag(const char *open, const char *name, const char *close
     const char *p = open;
     for (; name < close; name++, p++) {
         if (*p != *name) {
-            return found(fault, "_subXml", 322, "not same tag name.", name);
+            return rejected(fault, "_subXml", 322, "not same tag name.", name);
         }
-        if (!_isByte(*name, XMLP_NAME)) { // says "valid" of an invalid byte, on purpose
-            return found(fault, "_subXml", 327, "valid tag name.", name);
+        if (!_hasClass(*name, XMLP_NAME)) { // says "valid" of an invalid byte, on purpose
+            return rejected(fault, "_subXml", 327, "valid tag name.", name);
         }
     }
-    if (*p != '>' && !_isByte(*p, XMLP_BLANK)) {
-        return found(fault, "_subXml", 350, "not same tag name.", close);
+    if (*p != '>' && !_hasClass(*p, XMLP_BLANK)) {
+        return rejected(fault, "_subXml", 350, "not same tag name.", close);
     }
     return *p == '>' ? 0 : _checkNameAttr(open, '>', fault);
 }
@@ -56,16 +59,16 @@ XMLP_COLD int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
         return 0;
     }
     const char *begin = p;
-    while (*p != '=' && *p != '>' && !_isByte(*p, XMLP_BLANK)) {
-        p += _stepOf(*p);
+    while (*p != '=' && *p != '>' && !_hasClass(*p, XMLP_BLANK)) {
+        p += _utf8Length(*p);
     }
     *name = _sliceOf(tag, begin, p);
     while (*p != '"' && *p != '>') {
-        p += _stepOf(*p);
+        p += _utf8Length(*p);
     }
     begin = *p == '"' ? p + 1 : p;
     for (p = begin; *p != '"' && *p != '>';) {
-        p += _stepOf(*p);
+        p += _utf8Length(*p);
     }
     if (*p != '"') {
         return -1;
@@ -73,4 +76,57 @@ XMLP_COLD int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
     *value = _sliceOf(tag, begin, p);
     tag->p = p + 1;
     return 1;
+}
+
+namespace
+{
+struct AttrName {
+    XmlpSlice text;
+    const char *earliest; // of this name and all that it is the beginning of
+    size_t next;          // the first name in order that it is not the beginning of
+};
+} // namespace
+
+// In byte order, the beginning of another name before that; of equal names, the last one first.
+static int compareNames(const void *left, const void *right)
+{
+    const XmlpSlice *a = &static_cast<const AttrName *>(left)->text;
+    const XmlpSlice *b = &static_cast<const AttrName *>(right)->text;
+    const int order = memcmp(a->bytes, b->bytes, a->length < b->length ? a->length : b->length);
+    if (order != 0) {
+        return order;
+    }
+    return (a->length == b->length ? a->bytes < b->bytes : a->length > b->length) ? 1 : -1;
+}
+
+XMLP_COLD int _findBeginning(XmlpTag tag, size_t count, const char **found)
+{
+    auto *names = static_cast<AttrName *>(calloc(count, sizeof(AttrName)));
+    if (names == nullptr) {
+        return -1;
+    }
+    for (size_t i = 0; i < count; i++) {
+        XmlpSlice value;
+        _nextAttr(&tag, &names[i].text, &value);
+    }
+    qsort(names, count, sizeof(AttrName), compareNames);
+    // Backwards: the names that a name is the beginning of follow it, each with its own.
+    *found = nullptr;
+    for (size_t i = count; i-- > 0;) {
+        AttrName *name = &names[i];
+        const XmlpSlice text = name->text;
+        name->earliest = text.bytes;
+        name->next = i + 1;
+        while (name->next < count && names[name->next].text.length >= text.length &&
+               memcmp(names[name->next].text.bytes, text.bytes, text.length) == 0) {
+            const AttrName *longer = &names[name->next];
+            name->earliest = longer->earliest < name->earliest ? longer->earliest : name->earliest;
+            name->next = longer->next;
+        }
+        if (name->earliest < text.bytes && (*found == nullptr || text.bytes < *found)) {
+            *found = text.bytes;
+        }
+    }
+    free(names);
+    return 0;
 }

@@ -22,7 +22,7 @@ struct XmlpTag {
 
 static inline const char *_skipBlanks(const char *p)
 {
-    while (_isByte(*p, XMLP_BLANK)) {
+    while (_hasClass(*p, XMLP_BLANK)) {
         p++;
     }
     return p;
@@ -31,8 +31,8 @@ static inline const char *_skipBlanks(const char *p)
 /* The bytes of a chunk that may end a name or, if isValue, an attribute's value. */
 template <bool isValue> static inline XmlpChunk _stopsOf(XmlpChunk chunk)
 {
-    XmlpChunk stops =
-        chunk | _areBelow(chunk, isValue ? ' ' : '!'); /* not ASCII, blank or control */
+    /* Those that are not ASCII, blank or control. */
+    XmlpChunk stops = chunk | _areBelow(chunk, isValue ? ' ' : '!');
     constexpr unsigned char delimiters[] = {'"', '&', '/', '>'};
     for (unsigned char delimiter : delimiters) {
         stops |= _areEqual(chunk, _fill(delimiter));
@@ -57,12 +57,12 @@ template <bool isValue> static inline const char *_skip(XmlpTag *tag)
             continue;
         }
         p += __builtin_ctz(stops);
-        if (!_isByte(*p, isValue ? XMLP_ATTR_VALUE : XMLP_NAME) ||
+        if (!_hasClass(*p, isValue ? XMLP_ATTR_VALUE : XMLP_NAME) ||
             (isValue && *p == tag->terminator)) {
             return p;
         }
-        tag->isWide = tag->isWide || _stepOf(*p) > 1;
-        p += _stepOf(*p);
+        tag->isWide = tag->isWide || _utf8Length(*p) > 1;
+        p += _utf8Length(*p);
     }
 }
 
@@ -83,15 +83,15 @@ static inline int _readName(XmlpTag *tag, XmlpSlice *name)
     if (*begin == tag->terminator) {
         return 155;
     }
-    tag->isWide = _stepOf(*begin) > 1;
-    tag->p = begin + _stepOf(*begin);
+    tag->isWide = _utf8Length(*begin) > 1;
+    tag->p = begin + _utf8Length(*begin);
     const char *end = _skip<false>(tag);
     tag->p = end;
-    if (*end != tag->terminator && !_isByte(*end, XMLP_BLANK)) {
+    if (*end != tag->terminator && !_hasClass(*end, XMLP_BLANK)) {
         return 169;
     }
     tag->p = _skipBlanks(end);
-    const bool isEmpty = *begin == '\0' || _isByte(*begin, XMLP_BLANK);
+    const bool isEmpty = *begin == '\0' || _hasClass(*begin, XMLP_BLANK);
     *name = _sliceOf(tag, begin, isEmpty ? begin : end);
     return 0;
 }
@@ -101,7 +101,7 @@ static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
     const char *&p = tag->p;
     const char *begin = p;
-    if (!_isByte(*p, XMLP_NAME)) {
+    if (!_hasClass(*p, XMLP_NAME)) {
         return 188;
     }
     p = _skip<false>(tag);
@@ -142,13 +142,7 @@ int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value);
 static inline int _nextAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
     if (tag->isLoose) {
-        XmlpTag copy = *tag;
-        XmlpSlice parts[2] = {};
-        const int more = _readLoosely(&copy, &parts[0], &parts[1]);
-        *tag = copy;
-        *name = parts[0];
-        *value = parts[1];
-        return more;
+        return _readLoosely(tag, name, value);
     }
     if (*tag->p == tag->terminator) {
         return 0;
@@ -157,8 +151,8 @@ static inline int _nextAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 }
 
 /*
- * Sets *found to the first of the tag's count attribute names that is the beginning of an earlier
- * one, or to null. tag has them before it. 0, or -1 without memory.
+ * Sets *found to the first of the count attribute names from the tag's position on that is the
+ * beginning of an earlier one, or to null. 0, or -1 without memory.
  */
 int _findBeginning(XmlpTag tag, size_t count, const char **found);
 

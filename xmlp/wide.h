@@ -84,12 +84,6 @@ static inline bool _areSame(const char *a, const char *b, size_t length)
     return (~same & ((1u << length) - 1)) == 0;
 }
 
-/* Adds 1 to each byte of counts whose flag is set. */
-static inline XmlpChunk _count(XmlpChunk counts, XmlpChunk flags)
-{
-    return counts - flags; /* all bits of a flag are set: -1 */
-}
-
 #else
 
 static constexpr uint64_t XMLP_ONES = 0x0101010101010101;
@@ -133,11 +127,6 @@ static inline bool _areSame(const char *a, const char *b, size_t length)
 #else
     return differ >> (64 - 8 * length) == 0;
 #endif
-}
-
-static inline XmlpChunk _count(XmlpChunk counts, XmlpChunk flags)
-{
-    return counts + (flags >> 7);
 }
 
 #endif

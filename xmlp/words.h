@@ -1,5 +1,5 @@
 /*
- * Short strings, looked at and copied by the word. The words at the two ends of a string may
+ * Short strings, searched and copied by the word. The words at the two ends of a string may
  * overlap, so that none reaches out of it. Most strings of a document are so short that a call of
  * the C library costs more than the work.
  */
@@ -21,15 +21,15 @@ template <typename Word> static inline uint64_t _wordAt(const char *bytes)
 static inline uint64_t _entitiesIn(uint64_t word)
 {
     const uint64_t ones = 0x0101010101010101;
-    uint64_t bracket = (word | ones * ('<' ^ '>')) ^ ones * ('<' | '>');
-    uint64_t ampersand = word ^ ones * '&';
-    /* A borrow goes into the highest bit of a byte that was 0. */
-    uint64_t zeros = ((bracket - ones) & ~bracket) | ((ampersand - ones) & ~ampersand);
+    const uint64_t bracket = (word | ones * ('<' ^ '>')) ^ ones * ('<' | '>');
+    const uint64_t ampersand = word ^ ones * '&';
+    /* A borrow sets the highest bit of a byte that was 0. */
+    const uint64_t zeros = ((bracket - ones) & ~bracket) | ((ampersand - ones) & ~ampersand);
     return zeros & ones * 0x80;
 }
 
-/* Whether one of the bytes is written as an entity. */
-static inline bool _anyEntity(const char *bytes, size_t length)
+/* Whether one of the bytes, at least one, is written as an entity. */
+static inline bool _needEntity(const char *bytes, size_t length)
 {
     const char *end = bytes + length;
     if (length >= 8) {
@@ -42,8 +42,7 @@ static inline bool _anyEntity(const char *bytes, size_t length)
     if (length >= 4) {
         return _entitiesIn(_wordAt<uint32_t>(bytes) | _wordAt<uint32_t>(end - 4) << 32) != 0;
     }
-    return length != 0 &&
-           _entitiesIn(_wordAt<uint8_t>(bytes) | _wordAt<uint8_t>(bytes + length / 2) << 8 |
+    return _entitiesIn(_wordAt<uint8_t>(bytes) | _wordAt<uint8_t>(bytes + length / 2) << 8 |
                        _wordAt<uint8_t>(end - 1) << 16) != 0;
 }
 

@@ -45,20 +45,23 @@ struct XmlpByteTable {
 extern const XmlpByteTable _xmlp_classes;
 
 /* The number of bytes of the UTF-8 character that a byte begins; 1 where none begins. */
-extern const XmlpByteTable _xmlp_steps;
+extern const XmlpByteTable _xmlp_utf8Lengths;
 
-static inline bool _isByte(char byte, unsigned byteClass)
+static inline bool _hasClass(char byte, unsigned byteClass)
 {
     return (_xmlp_classes.byte[static_cast<unsigned char>(byte)] & byteClass) != 0;
 }
 
-static inline uint32_t _stepOf(char byte)
+static inline uint32_t _utf8Length(char byte)
 {
-    return _xmlp_steps.byte[static_cast<unsigned char>(byte)];
+    return _xmlp_utf8Lengths.byte[static_cast<unsigned char>(byte)];
 }
 
 /* Returns the first "&" of the text that begins no known entity, or the end of the text. */
-const char *_badEntity(const char *str, uint32_t length);
+const char *_badEntity(const char *text, size_t length);
+
+/* The length of an escaped text; xmlp_transStrLen gives the lowest 32 bits of it. */
+uint64_t _escapedLen(const char *text, uint32_t length);
 
 /* ---- Document -------------------------------------------------------------------------- */
 
