@@ -42,23 +42,17 @@ uint32_t xmlp_getNodeAttrCount(const XmlpNode *node)
     return count;
 }
 
-static bool isNamed(const XmlpAttr *attr, const char *name)
-{
-    return attr->name != nullptr && strcmp(attr->name, name) == 0;
-}
-
-static XmlpAttr *findAttr(const XmlpNode *node, const char *name)
+// Stores in *before the attribute before the one that it returns; the last one if it returns null.
+static XmlpAttr *findAttr(const XmlpNode *node, const char *name, XmlpAttr **before = nullptr)
 {
     XmlpAttr *attr = node->attrs;
-    while (attr != nullptr && !isNamed(attr, name)) {
+    while (attr != nullptr && (attr->name == nullptr || strcmp(attr->name, name) != 0)) {
+        if (before != nullptr) {
+            *before = attr;
+        }
         attr = attr->next;
     }
     return attr;
-}
-
-static bool isValidName(const char *name)
-{
-    return xmlp_isValidName(name, static_cast<uint32_t>(strlen(name))) != 0;
 }
 
 static bool isValidValue(const char *value)
@@ -67,65 +61,48 @@ static bool isValidValue(const char *value)
            xmlp_isValidAttrValue(value, static_cast<uint32_t>(strlen(value))) != 0;
 }
 
-namespace
+// Returns null for a null value, too.
+static char *copyValue(const char *value)
 {
-// The lines under which xmlp_addNodeAttr reports a failed allocation.
-struct AllocLines {
-    int record;
-    int name;
-    int value;
-};
-} // namespace
-
-static XmlpAttr *makeAttr(const char *name, const char *value, const AllocLines &lines)
-{
-    auto *attr = static_cast<XmlpAttr *>(calloc(1, sizeof(XmlpAttr)));
-    int failed = lines.record;
-    if (attr != nullptr) {
-        attr->name = _copyString(name, strlen(name));
-        failed = attr->name != nullptr ? 0 : lines.name;
-        if (attr->name != nullptr && value != nullptr) {
-            attr->value = _copyString(value, strlen(value));
-            failed = attr->value != nullptr ? 0 : lines.value;
-        }
-    }
-    if (failed != 0) {
-        _freeAttrList(attr);
-        attr = nullptr;
-        _xmlp_report("xmlp_addNodeAttr", failed, "malloc failed.");
-    }
-    return attr;
+    return value != nullptr ? _copyString(value, strlen(value)) : nullptr;
 }
 
 int xmlp_addNodeAttr(XmlpNode *node, const char *name, const char *value)
 {
-    static constexpr AllocLines firstLines = {1314, 1320, 1331};
-    static constexpr AllocLines appendLines = {1363, 1369, 1380};
-
     if (node == nullptr || name == nullptr || name[0] == '\0') {
         return XMLP_FAIL(1296, "invalid params.");
     }
-    if (!isValidName(name)) {
+    if (!xmlp_isValidName(name, static_cast<uint32_t>(strlen(name)))) {
         return XMLP_FAIL(1301, "invalid attribute name %s.", name);
     }
     if (!isValidValue(value)) {
         return XMLP_FAIL(1306, "invalid attribute value.");
     }
-    if (node->attrs == nullptr) {
-        node->attrs = makeAttr(name, value, firstLines);
-        return node->attrs != nullptr ? 0 : -1;
+    XmlpAttr *last = nullptr;
+    XmlpAttr *attr = findAttr(node, name, &last);
+    if (attr != nullptr) {
+        return XMLP_FAIL(attr->next != nullptr ? 1350 : 1357, "attribute existed.");
     }
-    XmlpAttr *last = node->attrs;
-    for (; last->next != nullptr; last = last->next) {
-        if (isNamed(last, name)) {
-            return XMLP_FAIL(1350, "attribute existed.");
-        }
+    attr = static_cast<XmlpAttr *>(calloc(1, sizeof(XmlpAttr)));
+    if (attr == nullptr) {
+        return XMLP_FAIL(last == nullptr ? 1314 : 1363, "malloc failed.");
     }
-    if (isNamed(last, name)) {
-        return XMLP_FAIL(1357, "attribute existed.");
+    attr->name = _copyString(name, strlen(name));
+    if (attr->name == nullptr) {
+        _freeAttrList(attr);
+        return XMLP_FAIL(last == nullptr ? 1320 : 1369, "malloc failed.");
     }
-    last->next = makeAttr(name, value, appendLines); // -fanalyzer loses sight of it: no leak
-    return last->next != nullptr ? 0 : -1;
+    attr->value = copyValue(value);
+    if (attr->value == nullptr && value != nullptr) {
+        _freeAttrList(attr);
+        return XMLP_FAIL(last == nullptr ? 1331 : 1380, "malloc failed.");
+    }
+    if (last == nullptr) {
+        node->attrs = attr;
+    } else {
+        last->next = attr;
+    }
+    return 0;
 }
 
 int xmlp_delNodeAttr(XmlpNode *node, const char *name)
@@ -133,17 +110,10 @@ int xmlp_delNodeAttr(XmlpNode *node, const char *name)
     if (node == nullptr || name == nullptr || name[0] == '\0') {
         return XMLP_FAIL(1412, "invalid params.");
     }
-    if (node->attrs == nullptr) {
-        return XMLP_FAIL(1417, "attribute not exist.");
-    }
     XmlpAttr *before = nullptr;
-    XmlpAttr *attr = node->attrs;
-    while (attr != nullptr && !isNamed(attr, name)) {
-        before = attr;
-        attr = attr->next;
-    }
+    XmlpAttr *attr = findAttr(node, name, &before);
     if (attr == nullptr) {
-        return XMLP_FAIL(1448, "attribute not exist.");
+        return XMLP_FAIL(before == nullptr ? 1417 : 1448, "attribute not exist.");
     }
     if (before == nullptr) {
         node->attrs = attr->next;
@@ -160,7 +130,7 @@ int xmlp_setNodeAttr(XmlpNode *node, const char *name, const char *value)
     if (node == nullptr || name == nullptr || name[0] == '\0') {
         return XMLP_FAIL(1470, "invalid params.");
     }
-    if (!isValidName(name)) {
+    if (!xmlp_isValidName(name, static_cast<uint32_t>(strlen(name)))) {
         return XMLP_FAIL(1475, "invalid attribute name."); // without the name, on purpose
     }
     if (!isValidValue(value)) {
@@ -170,12 +140,9 @@ int xmlp_setNodeAttr(XmlpNode *node, const char *name, const char *value)
     if (attr == nullptr) {
         return XMLP_FAIL(1511, "attribute not exist.");
     }
-    char *copy = nullptr;
-    if (value != nullptr) {
-        copy = _copyString(value, strlen(value));
-        if (copy == nullptr) {
-            return XMLP_FAIL(1497, "malloc failed.");
-        }
+    char *copy = copyValue(value);
+    if (copy == nullptr && value != nullptr) {
+        return XMLP_FAIL(1497, "malloc failed.");
     }
     free(attr->value);
     attr->value = copy;
@@ -191,12 +158,9 @@ int xmlp_getNodeAttr(const XmlpNode *node, const char *name, char **out)
     if (attr == nullptr) {
         return XMLP_FAIL(1558, "attribute not exist.");
     }
-    char *copy = nullptr;
-    if (attr->value != nullptr) {
-        copy = _copyString(attr->value, strlen(attr->value));
-        if (copy == nullptr) {
-            return XMLP_FAIL(1549, "malloc failed.");
-        }
+    char *copy = copyValue(attr->value);
+    if (copy == nullptr && attr->value != nullptr) {
+        return XMLP_FAIL(1549, "malloc failed.");
     }
     *out = copy;
     return 0;
@@ -209,11 +173,8 @@ int xmlp_isNodeAttr(const XmlpNode *node, const char *name, const char *value)
         return 0;
     }
     const XmlpAttr *attr = findAttr(node, name);
-    if (attr == nullptr) {
-        return 0;
-    }
-    if (attr->value == nullptr || value == nullptr) {
-        return attr->value == nullptr && value == nullptr;
+    if (attr == nullptr || attr->value == nullptr || value == nullptr) {
+        return attr != nullptr && attr->value == value; // both null
     }
     return strcmp(attr->value, value) == 0;
 }

@@ -1,4 +1,4 @@
-// Nodes: making, linking, finding, changing and freeing them.
+// Nodes: creating, linking, finding, changing and freeing them.
 
 #include "xmlp/xmlp_internal.h"
 
@@ -9,14 +9,19 @@ static_assert(sizeof(XmlpNode) == 8 + 8 * sizeof(void *), "packed, 40 bytes on a
 
 char _xmlp_itemName[] = "item";
 
-char *_copyString(const char *bytes, size_t length)
+unsigned char *_copyBytes(const void *bytes, size_t size, size_t zeros)
 {
-    auto *copy = static_cast<char *>(malloc(length + 1));
+    auto *copy = static_cast<unsigned char *>(malloc(size + zeros));
     if (copy != nullptr) {
-        memcpy(copy, bytes, length);
-        copy[length] = '\0';
+        memcpy(copy, bytes, size);
+        memset(copy + size, 0, zeros);
     }
     return copy;
+}
+
+char *_copyString(const char *bytes, size_t length)
+{
+    return reinterpret_cast<char *>(_copyBytes(bytes, length, 1));
 }
 
 XmlpNode *xmlp_initNode(void)
@@ -28,34 +33,25 @@ XmlpNode *xmlp_initNode(void)
     return node;
 }
 
-/* ---- Linking ------------------------------------------------------------------------------- */
-
-// Whether the list from next on, or the way down, would go round in circles with node before next
-// and below parent. A node that was never linked is not looked for.
+// Whether linking node below parent and before next would close a cycle. New nodes are not searched
+// for, so that inserting stays cheap in a long list.
 static bool wouldLoop(const XmlpNode *node, const XmlpNode *parent, const XmlpNode *next)
 {
-    if (node->parent != nullptr || node->prev != nullptr || node->next != nullptr) {
-        for (; next != nullptr; next = next->next) {
-            if (next == node) {
-                return true;
-            }
-        }
+    bool isLinked = node->parent != nullptr || node->prev != nullptr || node->next != nullptr;
+    while (isLinked && next != nullptr && next != node) {
+        next = next->next;
     }
-    if (node == parent || node->firstChild != nullptr) {
-        for (; parent != nullptr; parent = parent->parent) {
-            if (parent == node) {
-                return true;
-            }
-        }
+    while (node->firstChild != nullptr && parent != nullptr && parent != node) {
+        parent = parent->parent;
     }
-    return false;
+    return next == node || parent == node;
 }
 
-// Puts node between two neighbours below parent; a missing neighbour makes it first or last.
+// Links node between prev and next below parent; it is the first or last child if one is null.
 static int linkBetween(XmlpNode *node, XmlpNode *parent, XmlpNode *prev, XmlpNode *next)
 {
     if (node == prev || node == next) {
-        return 0; // it is there already
+        return 0; // already there
     }
     if (wouldLoop(node, parent, next)) {
         return -1;
@@ -126,8 +122,6 @@ int xmlp_addChildNode(XmlpNode *node, XmlpNode *parent, uint32_t position)
     return xmlp_insNodeAfter(node, ref);
 }
 
-/* ---- Finding ------------------------------------------------------------------------------- */
-
 XmlpNode *xmlp_getChildNode(const XmlpNode *parent, uint32_t index)
 {
     if (parent == nullptr) {
@@ -173,18 +167,21 @@ uint32_t xmlp_getChildNodeCount(const XmlpNode *node)
 
 int _hasChildName(const XmlpNode *parent, const char *name)
 {
-    if (parent == nullptr || name == nullptr) {
-        return 0;
+    const XmlpNode *child = parent != nullptr && name != nullptr ? parent->firstChild : nullptr;
+    while (child != nullptr && (child->name == nullptr || strcmp(child->name, name) != 0)) {
+        child = child->next;
     }
-    for (const XmlpNode *child = parent->firstChild; child != nullptr; child = child->next) {
-        if (child->name != nullptr && strcmp(child->name, name) == 0) {
-            return 1;
-        }
-    }
-    return 0;
+    return child != nullptr;
 }
 
-/* ---- Changing ------------------------------------------------------------------------------ */
+// An item that gets children becomes a struct or a list but keeps the shared name, so its type does
+// not tell whether it owns the name.
+static void freeName(XmlpNode *node)
+{
+    if (node->name != _xmlp_itemName) {
+        free(node->name);
+    }
+}
 
 int xmlp_setNodeName(XmlpNode *node, const char *name)
 {
@@ -202,7 +199,7 @@ int xmlp_setNodeName(XmlpNode *node, const char *name)
     if (copy == nullptr) {
         return XMLP_FAIL(1181, "malloc failed.");
     }
-    _freeNodeName(node);
+    freeName(node);
     node->name = copy;
     return 0;
 }
@@ -221,29 +218,14 @@ int xmlp_setNodeValue(XmlpNode *pNode, const void *value, uint32_t valueSize)
     if (pNode->firstChild != nullptr) {
         return XMLP_FAIL(1222, "pNode is not leaf node.");
     }
-    unsigned char *copy = nullptr;
-    if (value != nullptr) {
-        copy = static_cast<unsigned char *>(malloc(valueSize));
-        if (copy == nullptr) {
-            return XMLP_FAIL(1231, "malloc failed.");
-        }
-        memcpy(copy, value, valueSize);
+    unsigned char *copy = value != nullptr ? _copyBytes(value, valueSize, 0) : nullptr;
+    if (copy == nullptr && value != nullptr) {
+        return XMLP_FAIL(1231, "malloc failed.");
     }
     free(pNode->value);
     pNode->value = copy;
     pNode->valueSize = valueSize;
     return 0;
-}
-
-/* ---- Freeing ------------------------------------------------------------------------------- */
-
-void _freeNodeName(XmlpNode *node)
-{
-    // An item keeps the shared name when its children turn it into a struct or a list, so the
-    // type does not tell.
-    if (node->name != _xmlp_itemName) {
-        free(node->name);
-    }
 }
 
 static void unlink(const XmlpNode *node)
@@ -274,7 +256,7 @@ int xmlp_delNode(XmlpNode *node)
         free(node->value);
     }
     if (node->type != XMLP_NODE_ITEM) {
-        _freeNodeName(node);
+        freeName(node);
     }
     free(node);
     return 0;
@@ -285,8 +267,8 @@ int xmlp_delDtree(XmlpNode *node)
     if (node == nullptr) {
         return XMLP_FAIL(1673, "node is null.");
     }
-    // Depth first without recursion, so that no depth of tree can exhaust the stack. Children that
-    // were linked a second time belong to the parent that they name.
+    // No recursion, so that a deep tree cannot exhaust the stack. A child that was linked twice
+    // belongs to the parent that it points to.
     XmlpNode *leaf = node;
     for (;;) {
         while (leaf->firstChild != nullptr && leaf->firstChild->parent == leaf) {
@@ -307,8 +289,8 @@ int xmlp_delStree(XmlpNode *rootNode)
     if (rootNode == nullptr) {
         return XMLP_FAIL(1695, "rootNode is null.");
     }
-    // The block begins with the name of the top element; without one, with the document node.
-    XmlpNode *top = rootNode->firstChild;
+    // The block begins with the name of the top element or, if there is none, the document node.
+    const XmlpNode *top = rootNode->firstChild;
     if (top != nullptr && top->name != nullptr) {
         free(top->name);
     } else {

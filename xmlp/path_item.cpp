@@ -3,7 +3,6 @@
 #include "xmlp/xmlp_internal.h"
 
 #include <stdlib.h>
-#include <string.h>
 
 namespace
 {
@@ -14,24 +13,6 @@ struct Selection {
     uint32_t count;
 };
 } // namespace
-
-constexpr unsigned types = XMLP_TYPE_BIT(XMLP_NODE_LIST) | XMLP_TYPE_BIT(XMLP_NODE_NONE);
-
-// Lines of: invalid params, static xml, node not exist, error node type; unkown mode, pos over
-// range. Every one of them takes a list, and a node without children that could become one.
-constexpr XmlpFrame isItemExist = {"xmlp_isItemExist", 932, 0, 940, 945, types};
-constexpr XmlpFrame getItemValue = {"xmlp_getItemValue", 984, 0, 993, 998, types, 1016, 1021};
-constexpr XmlpFrame setItemValue = {"xmlp_setItemValue", 1131, 1136, 1144, 1149, types, 1167, 1172};
-constexpr XmlpFrame addItem = {"xmlp_addItem", 1237, 1242, 1250, 1259, types, 0, 1300};
-constexpr XmlpFrame deleteItem = {"xmlp_deleteItem", 1344, 1357, 1365, 1371, types, 1405, 1411};
-constexpr XmlpFrame getItemAttr = {"xmlp_getItemAttr", 1474, 0, 1482, 1487, types, 1505, 1510};
-constexpr XmlpFrame setItemAttr = {"xmlp_setItemAttr", 1578, 1583, 1591, 1596, types, 1614, 1619};
-constexpr XmlpFrame addItemAttr = {"xmlp_addItemAttr", 1687, 1692, 0, 1705, types, 1723, 0};
-constexpr XmlpFrame deleteItemAttr = {
-    "xmlp_deleteItemAttr", 1796, 1801, 1809, 1814, types, 1832, 1837};
-constexpr XmlpFrame getItemValueByAttr = {"xmlp_getItemValueByAttr", 1908, 0, 1916, 1921, types};
-
-/* ---- Addressing ---------------------------------------------------------------------------- */
 
 int _checkOrder(const uint32_t *pos, uint32_t count)
 {
@@ -46,83 +27,72 @@ int _checkOrder(const uint32_t *pos, uint32_t count)
     return 0;
 }
 
-// Unlike xmlp_getChildNode, which takes XMLP_LAST for the last child.
-static XmlpNode *itemAt(const XmlpNode *list, uint64_t position)
+// Whether all addressed items exist; they do if the last one does. Reports it otherwise.
+static bool checkItems(const XmlpOperation &operation, const XmlpNode *list, const Selection &items)
 {
-    return position < XMLP_LAST ? xmlp_getChildNode(list, static_cast<uint32_t>(position))
-                                : nullptr;
-}
-
-// The last addressed item, or null after reporting; when it exists, the others do.
-static XmlpNode *lastItem(const XmlpFrame &frame, const XmlpNode *list, const Selection &items)
-{
-    uint64_t position = 0;
-    if (items.mode == XMLP_POS_RUN) {
-        position = uint64_t{items.pos[0]} + items.count - 1;
-    } else if (items.mode != XMLP_POS_LIST) {
-        _xmlp_report(frame.name, frame.unkownMode, "unkown mode.");
-        return nullptr;
-    } else if (_checkOrder(items.pos, items.count) != 0) {
-        return nullptr;
-    } else {
-        position = items.pos[items.count - 1];
+    if (items.mode != XMLP_POS_RUN && items.mode != XMLP_POS_LIST) {
+        _xmlp_report(operation.name, operation.unkownMode, "unkown mode.");
+        return false;
     }
-    // A run of none at 0 ends before the first item, at the number that stands for the last one.
-    XmlpNode *last = position == UINT64_MAX ? list->lastChild : itemAt(list, position);
-    if (last == nullptr && frame.posOverRange != 0) {
-        _xmlp_report(frame.name, frame.posOverRange, "pos over range.");
+    if (items.mode == XMLP_POS_LIST && _checkOrder(items.pos, items.count) != 0) {
+        return false;
     }
-    return last;
+    uint64_t last = items.mode == XMLP_POS_RUN ? uint64_t{items.pos[0]} + items.count - 1
+                                               : items.pos[items.count - 1];
+    // The end of an empty run at 0 wraps around to XMLP_LAST, so it needs an item, too.
+    bool exist = (last < XMLP_LAST || last == UINT64_MAX) &&
+                 xmlp_getChildNode(list, static_cast<uint32_t>(last)) != nullptr;
+    if (!exist && operation.posOverRange != 0) {
+        _xmlp_report(operation.name, operation.posOverRange, "pos over range.");
+    }
+    return exist;
 }
 
-// How far addressed item number i lies behind the one before.
-static uint32_t distance(const Selection &items, uint32_t i)
-{
-    return items.mode == XMLP_POS_RUN ? 1 : items.pos[i] - items.pos[i - 1];
-}
-
-// Works on one addressed item after the other with work(item, index), up to the first failure.
-// Returns the number done.
+// Calls work(item, index) for the addressed items, which exist, until it fails; work may free its
+// item. Returns the number of items done.
 template <typename Work>
 static uint32_t walkItems(const XmlpNode *list, const Selection &items, Work work)
 {
-    uint32_t done = 0;
-    XmlpNode *item = xmlp_getChildNode(list, items.pos[0]);
-    while (work(item, done) == 0 && ++done < items.count) {
-        for (uint32_t step = distance(items, done); step > 0; step--) {
-            item = item->next;
+    XmlpNode *next = list->firstChild;
+    uint32_t nextPosition = 0;
+    for (uint32_t i = 0; i < items.count; i++) {
+        uint32_t position = items.mode == XMLP_POS_RUN ? items.pos[0] + i : items.pos[i];
+        for (; nextPosition < position; nextPosition++) {
+            next = next->next;
+        }
+        XmlpNode *item = next;
+        next = item->next;
+        nextPosition++;
+        if (work(item, i) != 0) {
+            return i;
         }
     }
-    return done;
+    return items.count;
 }
 
-// The whole of an operation that gives the number of items done. args are what it needs besides.
+// A whole operation that returns the number of items done. complete is false if an argument beside
+// doc, path and items is missing.
 template <typename Work>
-static uint32_t forItems(const XmlpFrame &frame, XmlpDoc *doc, const char *path,
-                         const Selection &items, const void *args, Work work)
+static uint32_t forItems(const XmlpOperation &operation, XmlpDoc *doc, const char *path,
+                         const Selection &items, bool complete, Work work)
 {
-    bool complete = args != nullptr && items.pos != nullptr && items.count != 0;
-    const XmlpNode *list = _openPath(&frame, doc, path, complete);
+    complete = complete && items.pos != nullptr && items.count != 0;
+    const XmlpNode *list = _openPath(operation, doc, path, complete);
     if (list == nullptr) {
         return 0;
     }
-    uint32_t done = 0;
-    if (lastItem(frame, list, items) != nullptr) {
-        done = walkItems(list, items, work);
-    }
+    uint32_t done = checkItems(operation, list, items) ? walkItems(list, items, work) : 0;
     _unLock(doc);
     return done;
 }
 
-/* ---- Values -------------------------------------------------------------------------------- */
-
 int xmlp_isItemExist(XmlpDoc *doc, const char *path, uint32_t position)
 {
-    const XmlpNode *list = _openPath(&isItemExist, doc, path, true);
+    const XmlpNode *list = _openPath({__func__, 932, 0, 940, 945}, doc, path, true);
     if (list == nullptr) {
         return 0;
     }
-    int exists = itemAt(list, position) != nullptr;
+    int exists = position != XMLP_LAST && xmlp_getChildNode(list, position) != nullptr;
     _unLock(doc);
     return exists;
 }
@@ -130,27 +100,27 @@ int xmlp_isItemExist(XmlpDoc *doc, const char *path, uint32_t position)
 XmlpValue *xmlp_getItemValue(XmlpDoc *doc, const char *path, uint32_t mode, const uint32_t *pos,
                              uint32_t count, uint32_t *outCount)
 {
+    constexpr XmlpOperation operation = {"xmlp_getItemValue", 984, 0, 993, 998, 1016, 1021};
     bool complete = pos != nullptr && count != 0 && outCount != nullptr;
-    if (_checkParams(&getItemValue, doc, path, complete) != 0) {
-        return nullptr;
+    if (doc != nullptr && path != nullptr && complete) {
+        *outCount = 0;
     }
-    *outCount = 0;
-    const XmlpNode *list = _lockNode(&getItemValue, doc, path);
+    const XmlpNode *list = _openPath(operation, doc, path, complete);
     if (list == nullptr) {
         return nullptr;
     }
     const Selection items = {mode, pos, count};
     XmlpValue *values = nullptr;
-    if (lastItem(getItemValue, list, items) != nullptr) {
+    if (checkItems(operation, list, items)) {
         values = static_cast<XmlpValue *>(calloc(count, sizeof(XmlpValue)));
         if (values == nullptr) {
             XMLP_ERROR(1027, "malloc failed.");
         } else {
             *outCount = walkItems(list, items, [&](const XmlpNode *item, uint32_t i) {
-                const int status = _copyNodeValue(&values[i], item, 1);
+                int status = _copyNodeValue(&values[i], item, 1);
                 if (status != 0) {
                     int line = i == 0 ? 1039 : mode == XMLP_POS_RUN ? 1061 : 1088;
-                    _xmlp_report(getItemValue.name, line, "malloc failed.");
+                    _xmlp_report("xmlp_getItemValue", line, "malloc failed.");
                 }
                 return status;
             });
@@ -163,8 +133,8 @@ XmlpValue *xmlp_getItemValue(XmlpDoc *doc, const char *path, uint32_t mode, cons
 uint32_t xmlp_setItemValue(XmlpDoc *doc, const char *path, uint32_t mode, const XmlpValue *values,
                            const uint32_t *pos, uint32_t count)
 {
-    return forItems(setItemValue, doc, path, {mode, pos, count}, values,
-                    [values](XmlpNode *item, uint32_t i) {
+    return forItems({__func__, 1131, 1136, 1144, 1149, 1167, 1172}, doc, path, {mode, pos, count},
+                    values != nullptr, [values](XmlpNode *item, uint32_t i) {
                         return xmlp_setNodeValue(item, values[i].data, values[i].size);
                     });
 }
@@ -179,31 +149,12 @@ static bool hasAttrs(const XmlpNode *item, const XmlpAttrPair *pairs, uint32_t p
     return true;
 }
 
-// The first matching item from item on.
-static const XmlpNode *nextMatch(const XmlpNode *item, const XmlpAttrPair *pairs,
-                                 uint32_t pairCount)
-{
-    while (item != nullptr && !hasAttrs(item, pairs, pairCount)) {
-        item = item->next;
-    }
-    return item;
-}
-
-static void freeValues(XmlpValue *values, uint32_t count)
-{
-    for (uint32_t i = 0; i < count; i++) {
-        free(values[i].data);
-    }
-    free(values);
-}
-
 static XmlpValue *copyMatches(const XmlpNode *list, const XmlpAttrPair *pairs, uint32_t pairCount,
                               uint32_t *outCount)
 {
     uint32_t count = 0;
-    for (const XmlpNode *item = list->firstChild;
-         (item = nextMatch(item, pairs, pairCount)) != nullptr; item = item->next) {
-        count++;
+    for (const XmlpNode *item = list->firstChild; item != nullptr; item = item->next) {
+        count += hasAttrs(item, pairs, pairCount) ? 1 : 0;
     }
     if (count == 0) {
         *outCount = 0;
@@ -211,18 +162,19 @@ static XmlpValue *copyMatches(const XmlpNode *list, const XmlpAttrPair *pairs, u
     }
     auto *values = static_cast<XmlpValue *>(calloc(count, sizeof(XmlpValue)));
     if (values == nullptr) {
-        _xmlp_report(getItemValueByAttr.name, 1947, "malloc failed.");
+        _xmlp_report("xmlp_getItemValueByAttr", 1947, "malloc failed.");
         return nullptr;
     }
-    uint32_t filled = 0;
-    for (const XmlpNode *item = list->firstChild;
-         (item = nextMatch(item, pairs, pairCount)) != nullptr; item = item->next) {
-        if (_copyNodeValue(&values[filled], item, 0) != 0) {
-            _xmlp_report(getItemValueByAttr.name, 1968, "malloc failed.");
-            freeValues(values, filled);
+    uint32_t copied = 0;
+    for (const XmlpNode *item = list->firstChild; item != nullptr; item = item->next) {
+        if (hasAttrs(item, pairs, pairCount) && _copyNodeValue(&values[copied++], item, 0) != 0) {
+            _xmlp_report("xmlp_getItemValueByAttr", 1968, "malloc failed.");
+            while (copied > 0) {
+                free(values[--copied].data);
+            }
+            free(values);
             return nullptr;
         }
-        filled++;
     }
     *outCount = count;
     return values;
@@ -231,33 +183,14 @@ static XmlpValue *copyMatches(const XmlpNode *list, const XmlpAttrPair *pairs, u
 XmlpValue *xmlp_getItemValueByAttr(XmlpDoc *doc, const char *path, const XmlpAttrPair *pairs,
                                    uint32_t pairCount, uint32_t *outCount)
 {
-    bool complete = pairs != nullptr && pairCount != 0 && outCount != nullptr;
-    const XmlpNode *list = _openPath(&getItemValueByAttr, doc, path, complete);
+    const XmlpNode *list = _openPath({__func__, 1908, 0, 1916, 1921}, doc, path,
+                                     pairs != nullptr && pairCount != 0 && outCount != nullptr);
     if (list == nullptr) {
         return nullptr;
     }
     XmlpValue *values = copyMatches(list, pairs, pairCount, outCount);
     _unLock(doc);
     return values;
-}
-
-/* ---- Adding and deleting ------------------------------------------------------------------- */
-
-static int fillItem(XmlpNode *node, const XmlpItem *item)
-{
-    if (item->attrs == nullptr && item->attrCount != 0) {
-        return -1;
-    }
-    if (item->value != nullptr && item->valueSize != 0) {
-        node->value = static_cast<unsigned char *>(malloc(item->valueSize));
-        if (node->value == nullptr) {
-            _xmlp_report("_item2Node", 212, "malloc failed.");
-            return -1;
-        }
-        memcpy(node->value, item->value, item->valueSize);
-        node->valueSize = item->valueSize;
-    }
-    return _addAttrPairs(node, item->attrs, item->attrCount);
 }
 
 XmlpNode *_item2Node(const XmlpItem *item)
@@ -267,123 +200,96 @@ XmlpNode *_item2Node(const XmlpItem *item)
         return nullptr;
     }
     XmlpNode *node = xmlp_initNode();
-    if (node != nullptr && fillItem(node, item) != 0) {
-        xmlp_delNode(node);
-        node = nullptr;
-    }
-    return node;
-}
-
-// Inserts a new item behind before or, without one, at position. Returns it, or null.
-static XmlpNode *insertItem(XmlpNode *list, XmlpNode *before, uint32_t position,
-                            const XmlpItem *item)
-{
-    XmlpNode *node = _item2Node(item);
     if (node == nullptr) {
         return nullptr;
     }
-    node->name = _xmlp_itemName;
-    node->type = XMLP_NODE_ITEM;
-    if (before == nullptr && position != 0 && position != XMLP_LAST) {
-        before = xmlp_getChildNode(list, position - 1);
-        if (before == nullptr) {
-            _xmlp_report(addItem.name, addItem.posOverRange, "pos over range.");
-            xmlp_delNode(node);
-            return nullptr;
-        }
+    int status = 0;
+    if (item->value != nullptr && item->valueSize != 0) {
+        node->value = _copyBytes(item->value, item->valueSize, 0);
+        node->valueSize = item->valueSize;
+        status = node->value != nullptr ? 0 : XMLP_FAIL(212, "malloc failed.");
     }
-    if (before != nullptr) {
-        xmlp_insNodeAfter(node, before);
-    } else {
-        xmlp_addChildNode(node, list, position);
+    if (status != 0 || _addAttrPairs(node, item->attrs, item->attrCount) != 0) {
+        xmlp_delNode(node);
+        return nullptr;
     }
     return node;
-}
-
-static bool areComplete(const XmlpItem *items, uint32_t count)
-{
-    if (items == nullptr || count == 0) {
-        return false;
-    }
-    for (uint32_t i = 0; i < count; i++) {
-        if (items[i].attrs == nullptr && items[i].attrCount != 0) {
-            return false;
-        }
-    }
-    return true;
 }
 
 uint32_t xmlp_addItem(XmlpDoc *doc, const char *path, const XmlpItem *items, uint32_t position,
                       uint32_t count)
 {
-    XmlpNode *list = _openPath(&addItem, doc, path, areComplete(items, count));
+    bool complete = items != nullptr && count != 0;
+    for (uint32_t i = 0; complete && i < count; i++) {
+        complete = items[i].attrs != nullptr || items[i].attrCount == 0;
+    }
+    XmlpNode *list = _openPath({__func__, 1237, 1242, 1250, 1259}, doc, path, complete);
     if (list == nullptr) {
         return 0;
     }
     list->type = XMLP_NODE_LIST;
     uint32_t added = 0;
-    XmlpNode *before = nullptr;
-    while (added < count &&
-           (before = insertItem(list, before, position, &items[added])) != nullptr) {
-        added++;
+    for (XmlpNode *before = nullptr; added < count; added++) {
+        XmlpNode *node = _item2Node(&items[added]);
+        if (node == nullptr) {
+            break;
+        }
+        node->name = _xmlp_itemName;
+        node->type = XMLP_NODE_ITEM;
+        if (before == nullptr && position != 0 && position != XMLP_LAST) {
+            before = xmlp_getChildNode(list, position - 1);
+            if (before == nullptr) {
+                XMLP_ERROR(1300, "pos over range.");
+                xmlp_delNode(node);
+                break;
+            }
+        }
+        if (before != nullptr) {
+            xmlp_insNodeAfter(node, before);
+        } else {
+            xmlp_addChildNode(node, list, position);
+        }
+        before = node;
     }
     _unLock(doc);
     return added;
 }
 
-static int deleteAllItems(const XmlpNode *list)
-{
-    while (list->firstChild != nullptr) {
-        if (xmlp_delNode(list->firstChild) != 0) {
-            return -1;
-        }
-    }
-    return 0;
-}
-
-// Backwards, so that the positions of the items still to go stay valid.
-static int deleteItems(const XmlpNode *list, const Selection &items)
-{
-    XmlpNode *item = lastItem(deleteItem, list, items);
-    if (item == nullptr) {
-        return -1;
-    }
-    for (uint32_t i = items.count; i > 0; i--) {
-        XmlpNode *last = item;
-        for (uint32_t step = i > 1 ? distance(items, i - 1) : 0; step > 0; step--) {
-            item = item->prev;
-        }
-        xmlp_delNode(last);
-    }
-    return 0;
-}
-
 int xmlp_deleteItem(XmlpDoc *doc, const char *path, uint32_t mode, const uint32_t *pos,
                     uint32_t count)
 {
-    if (_checkParams(&deleteItem, doc, path, pos != nullptr) != 0) {
-        return -1;
-    }
-    if (count == 0 && mode != XMLP_POS_RUN && pos[0] != XMLP_LAST) {
+    constexpr XmlpOperation operation = {"xmlp_deleteItem", 1344, 1357, 1365, 1371, 1405, 1411};
+    if (doc != nullptr && path != nullptr && pos != nullptr && count == 0 && mode != XMLP_POS_RUN &&
+        pos[0] != XMLP_LAST) {
         return XMLP_FAIL(1351, "invalid params.");
     }
-    const XmlpNode *list = _lockNode(&deleteItem, doc, path);
+    const XmlpNode *list = _openPath(operation, doc, path, pos != nullptr);
     if (list == nullptr) {
         return -1;
     }
-    bool all = mode == XMLP_POS_RUN && pos[0] == XMLP_LAST;
-    int status = all ? deleteAllItems(list) : deleteItems(list, {mode, pos, count});
+    const Selection items = {mode, pos, count};
+    int status = 0;
+    if (mode == XMLP_POS_RUN && pos[0] == XMLP_LAST) {
+        while (status == 0 && list->firstChild != nullptr) {
+            status = xmlp_delNode(list->firstChild);
+        }
+    } else if (checkItems(operation, list, items)) {
+        walkItems(list, items, [](XmlpNode *item, uint32_t) {
+            xmlp_delNode(item);
+            return 0;
+        });
+    } else {
+        status = -1;
+    }
     _unLock(doc);
     return status;
 }
 
-/* ---- Attributes ---------------------------------------------------------------------------- */
-
 uint32_t xmlp_getItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, XmlpAttrPair *pairs,
                           const uint32_t *pos, uint32_t count)
 {
-    return forItems(getItemAttr, doc, path, {mode, pos, count}, pairs,
-                    [pairs](const XmlpNode *item, uint32_t i) {
+    return forItems({__func__, 1474, 0, 1482, 1487, 1505, 1510}, doc, path, {mode, pos, count},
+                    pairs != nullptr, [pairs](const XmlpNode *item, uint32_t i) {
                         return xmlp_getNodeAttr(item, pairs[i].name, &pairs[i].value);
                     });
 }
@@ -391,8 +297,8 @@ uint32_t xmlp_getItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, XmlpAtt
 uint32_t xmlp_setItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const XmlpAttrPair *pairs,
                           const uint32_t *pos, uint32_t count)
 {
-    return forItems(setItemAttr, doc, path, {mode, pos, count}, pairs,
-                    [pairs](XmlpNode *item, uint32_t i) {
+    return forItems({__func__, 1578, 1583, 1591, 1596, 1614, 1619}, doc, path, {mode, pos, count},
+                    pairs != nullptr, [pairs](XmlpNode *item, uint32_t i) {
                         return xmlp_setNodeAttr(item, pairs[i].name, pairs[i].value);
                     });
 }
@@ -400,8 +306,8 @@ uint32_t xmlp_setItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const X
 uint32_t xmlp_addItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const XmlpAttrPair *pairs,
                           const uint32_t *pos, uint32_t count)
 {
-    return forItems(addItemAttr, doc, path, {mode, pos, count}, pairs,
-                    [pairs](XmlpNode *item, uint32_t i) {
+    return forItems({__func__, 1687, 1692, 0, 1705, 1723}, doc, path, {mode, pos, count},
+                    pairs != nullptr, [pairs](XmlpNode *item, uint32_t i) {
                         return xmlp_addNodeAttr(item, pairs[i].name, pairs[i].value);
                     });
 }
@@ -409,6 +315,7 @@ uint32_t xmlp_addItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const X
 uint32_t xmlp_deleteItemAttr(XmlpDoc *doc, const char *path, uint32_t mode, const char *name,
                              const uint32_t *pos, uint32_t count)
 {
-    return forItems(deleteItemAttr, doc, path, {mode, pos, count}, name,
+    return forItems({__func__, 1796, 1801, 1809, 1814, 1832, 1837}, doc, path, {mode, pos, count},
+                    name != nullptr,
                     [name](XmlpNode *item, uint32_t) { return xmlp_delNodeAttr(item, name); });
 }

@@ -71,25 +71,22 @@ void _lock(XmlpDoc *doc);
 void _unLock(XmlpDoc *doc);
 void _destroyLock(XmlpDoc *doc);
 
-/* The name of every item of a dynamic tree, shared by all of them and never freed. */
+/* The name of every item of a dynamic tree: shared, never freed. */
 extern char _xmlp_itemName[];
-
-/* Frees the name of a node, unless it is the shared one. */
-void _freeNodeName(XmlpNode *node);
 
 /* Frees an attribute list with its names and values. */
 void _freeAttrList(XmlpAttr *attrs);
 
-/* A NUL-terminated copy of length bytes at bytes, or null. */
+/* Returns a copy of size bytes with zeros bytes 0 behind it, or null. */
+unsigned char *_copyBytes(const void *bytes, size_t size, size_t zeros);
+
+/* Returns a NUL-terminated copy of length bytes, or null. */
 char *_copyString(const char *bytes, size_t length);
 
-/* 1 when some child of parent has this name. */
+/* 1 if some child of parent has this name. */
 int _hasChildName(const XmlpNode *parent, const char *name);
 
-/*
- * 1 when the length bytes at name are the beginning of an attribute's name: a stored "abc"
- * matches a new "ab".
- */
+/* 1 if some attribute's name begins with the length bytes at name: "ab" matches a stored "abc". */
 int _hasAttrName(const XmlpAttr *attrs, const char *name, uint32_t length);
 
 /* ---- Parser: faults -------------------------------------------------------------------- */
@@ -140,54 +137,35 @@ XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const
 /* ---- Path-addressed operations --------------------------------------------------------- */
 
 /*
- * What the frame around an operation has to know of it: its name, the lines that it reports under
- * and the node types that it accepts, XMLP_TYPE_BIT of each. Line 0 stands for a check that it
- * does not make, or for a refusal without a line.
+ * What the operations differ in: the name and the lines that they report under, the node types that
+ * they accept. Line 0: this is not checked or fails without a message.
  */
-struct XmlpFrame {
+struct XmlpOperation {
     const char *name;
     int invalidParams;
     int staticXml;
     int nodeNotExist;
-    int errorNodeType;
-    unsigned types;
+    int errorNodeType = 0;
     int unkownMode = 0; /* spelled as it is printed */
     int posOverRange = 0;
+    uint32_t type = XMLP_NODE_LIST;
+    uint32_t otherType = XMLP_NODE_NONE;
 };
 
-#define XMLP_TYPE_BIT(type) (1u << (type))
+/*
+ * Checks the arguments, locks the document and returns the node at path; null, reported and with
+ * the document unlocked, if something is wrong. complete is false if the operation misses one of
+ * its other arguments.
+ */
+XmlpNode *_openPath(const XmlpOperation &operation, XmlpDoc *doc, const char *path, bool complete);
 
-/* Reports "invalid params.". */
-void _rejectParams(const XmlpFrame *frame);
-
-/* The argument check; complete tells whether the operation has what it needs besides. 0 or -1. */
-static inline int _checkParams(const XmlpFrame *frame, const XmlpDoc *doc, const char *path,
-                               bool complete)
-{
-    if (doc == nullptr || path == nullptr || !complete) {
-        _rejectParams(frame);
-        return -1;
-    }
-    return 0;
-}
-
-/* Locks the document and returns the node at path; unlocked again and null when refused. */
-XmlpNode *_lockNode(const XmlpFrame *frame, XmlpDoc *doc, const char *path);
-
-/* _checkParams and _lockNode. */
-static inline XmlpNode *_openPath(const XmlpFrame *frame, XmlpDoc *doc, const char *path,
-                                  bool complete)
-{
-    return _checkParams(frame, doc, path, complete) == 0 ? _lockNode(frame, doc, path) : nullptr;
-}
-
-/* Fills in a copy of the value of node with terminator bytes 0 behind it. Reports nothing. */
-int _copyNodeValue(XmlpValue *copy, const XmlpNode *node, uint32_t terminator);
+/* Stores a copy of the node's value with zeros bytes 0 behind it. Reports nothing. */
+int _copyNodeValue(XmlpValue *copy, const XmlpNode *node, uint32_t zeros);
 
 /* Adds the attributes in order, up to the first that fails. */
-int _addAttrPairs(XmlpNode *node, const XmlpAttrPair *attrs, uint32_t count);
+int _addAttrPairs(XmlpNode *node, const XmlpAttrPair *pairs, uint32_t count);
 
-/* -1, reported, unless the positions are strictly increasing; quietly so for none. */
+/* 0 if the positions strictly increase, or -1 after reporting; without a message for none. */
 int _checkOrder(const uint32_t *pos, uint32_t count);
 
 /* Returns a new node, without name and type, with copies of the item's value and attributes. */
