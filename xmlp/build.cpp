@@ -70,11 +70,11 @@ static int outOfMemory(Builder *builder, const char *function, int line)
     return treeFault(builder, function, line, "malloc failed.", nullptr);
 }
 
-// There is no memory for a string of a tag; line reports that of a dynamic tree.
-static int noString(Builder *builder, int line)
+// For a string of a tag; dynamicLine reports it for a dynamic tree.
+static int outOfStrings(Builder *builder, int dynamicLine)
 {
-    const bool isStatic = builder->store.isStatic;
-    return outOfMemory(builder, isStatic ? "xmlp_parse" : "_getNameAttr", isStatic ? 1509 : line);
+    return builder->store.isStatic ? outOfMemory(builder, "xmlp_parse", 1509)
+                                   : outOfMemory(builder, "_getNameAttr", dynamicLine);
 }
 
 /* ---- Nodes --------------------------------------------------------------------------------- */
@@ -110,11 +110,11 @@ static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
         last = attr;
         attr->name = store->isStatic ? _storeName(store, name) : _storeString(store, name);
         if (attr->name == nullptr) {
-            return noString(builder, 708);
+            return outOfStrings(builder, 708);
         }
         attr->value = value.length > 0 ? _storeString(store, value) : nullptr;
         if (attr->value == nullptr && value.length > 0) {
-            return noString(builder, 744);
+            return outOfStrings(builder, 744);
         }
     }
     if (count > FEW_ATTRS && (more == 0 || tag.isLoose) &&
@@ -206,7 +206,7 @@ static inline int buildNode(Builder *builder, Open *element, const char *stop)
         }
     }
     if (node->name == nullptr) {
-        return noString(builder, 645);
+        return outOfStrings(builder, 645);
     }
     // Bytes inside the characters of a name were not looked at when it was read.
     const bool isValid =
@@ -385,41 +385,36 @@ static int readDocument(Builder *builder, XmlpBracketCursor brackets)
 }
 
 // Builds the tree of a text whose brackets were found. 0 or -1.
-static int build(Builder *builder, const XmlpBrackets *found, const char *text, bool wantLocations)
+static int build(Builder *builder, const XmlpBrackets *found, const char *text, bool isLocating)
 {
-    const size_t elementBound = found->count / 2; // each has a tag of two brackets
     if (growOpen(builder) != 0) {
         return -1;
     }
+    const size_t nodeCount = found->count / 2 + 1; // each element has a tag of two brackets
     const int line =
-        _initStore(&builder->store, static_cast<uint64_t>(builder->end - text), elementBound + 1);
+        _initStore(&builder->store, static_cast<uint64_t>(builder->end - text), nodeCount);
     if (line != 0) {
         outOfMemory(builder, "xmlp_parse", line);
     }
-    if (wantLocations) {
-        builder->locations =
-            static_cast<XmlpLocation *>(calloc(elementBound + 1, sizeof(XmlpLocation)));
+    if (isLocating) {
+        builder->locations = static_cast<XmlpLocation *>(calloc(nodeCount, sizeof(XmlpLocation)));
         if (builder->locations == nullptr) {
             outOfMemory(builder, "xmlp_parse", 1509);
         }
     }
-    if (builder->isBuilding) {
-        builder->root = _newNode(&builder->store);
-        if (builder->root == nullptr) {
-            outOfMemory(builder, "xmlp_initNode", 827);
-        } else {
-            *builder->root = {};
-        }
+    builder->root = builder->isBuilding ? _newNode(&builder->store) : nullptr;
+    if (builder->root != nullptr) {
+        *builder->root = {};
+    } else {
+        outOfMemory(builder, "xmlp_initNode", 827);
     }
     builder->open[builder->depth++] = {text, text, builder->root, 0, 0};
-    if (readDocument(builder, _firstBlock(found, text)) != 0) {
-        return -1;
-    }
-    if (!builder->isBuilding) {
+    const int status = readDocument(builder, _firstBlock(found, text));
+    if (status == 0 && !builder->isBuilding) {
         builder->rejection->fault = builder->treeFault;
         return -1;
     }
-    return 0;
+    return status;
 }
 
 XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const char *origin,
@@ -435,12 +430,9 @@ XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const
     store->isStatic = isStatic != 0;
     store->textEnd = end;
     XmlpBrackets found;
-    int status = -1;
-    if (_findBrackets(&found, text, static_cast<size_t>(end - text)) != 0) {
-        textFault(&builder, "xmlp_parse", 1509, "malloc failed.", nullptr);
-    } else {
-        status = build(&builder, &found, text, locations != nullptr);
-    }
+    const int status = _findBrackets(&found, text, static_cast<size_t>(end - text)) == 0
+                           ? build(&builder, &found, text, locations != nullptr)
+                           : textFault(&builder, "xmlp_parse", 1509, "malloc failed.", nullptr);
     XmlpNode *root = builder.root;
     if (status != 0) {
         free(builder.locations);
@@ -449,14 +441,12 @@ XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const
             xmlp_delDtree(root);
         }
         root = nullptr;
-    } else {
-        if (locations != nullptr) {
-            *locations = {builder.locations, builder.count};
-        }
-        if (store->isStatic && builder.count == 0) { // without a name, freed as the root
-            root = reinterpret_cast<XmlpNode *>(store->block);
-            *root = {};
-        }
+    } else if (store->isStatic && builder.count == 0) { // without a name, freed as the root
+        root = reinterpret_cast<XmlpNode *>(store->block);
+        *root = {};
+    }
+    if (root != nullptr && locations != nullptr) {
+        *locations = {builder.locations, builder.count};
     }
     free(found.blocks);
     free(builder.open);

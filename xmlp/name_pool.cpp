@@ -10,28 +10,24 @@ static constexpr size_t WORD = XMLP_POOL_WORD;
 static constexpr size_t FIRST_SLOTS = 1024;
 
 // The slot from index on that has the hash, or the free one that ends the search.
-static XmlpNameSlot *slotFrom(const XmlpNamePool *pool, size_t index, uint64_t hash)
+static XmlpNameSlot *slotFrom(const XmlpNamePool *pool, size_t index, uint32_t hash)
 {
     for (;; index++) {
         XmlpNameSlot *slot = &pool->slots[index & (pool->slotCount - 1)];
-        if (slot->poolIndex == 0 || slot->hash == static_cast<uint32_t>(hash)) {
+        if (slot->poolIndex == 0 || slot->hash == hash) {
             return slot;
         }
     }
 }
 
-static XmlpNameSlot *nextSlot(const XmlpNamePool *pool, const XmlpNameSlot *slot)
+// Behind all that have the same hash.
+static void addSlot(XmlpNamePool *pool, XmlpNameSlot added)
 {
-    return slotFrom(pool, static_cast<size_t>(slot - pool->slots) + 1, slot->hash);
-}
-
-static XmlpNameSlot *freeSlot(const XmlpNamePool *pool, uint64_t hash)
-{
-    XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
-    while (slot->poolIndex != 0) {
-        slot = nextSlot(pool, slot);
+    size_t index = added.hash;
+    while (pool->slots[index & (pool->slotCount - 1)].poolIndex != 0) {
+        index++;
     }
-    return slot;
+    pool->slots[index & (pool->slotCount - 1)] = added;
 }
 
 // Makes room for count slots more. A quarter of them stays free.
@@ -58,9 +54,9 @@ static int reserveSlots(XmlpNamePool *pool, size_t count)
         first++;
     }
     for (size_t i = first; i < first + oldCount; i++) {
-        const XmlpNameSlot *slot = &old[i & (oldCount - 1)];
-        if (slot->poolIndex != 0) {
-            *freeSlot(pool, slot->hash) = *slot;
+        const XmlpNameSlot slot = old[i & (oldCount - 1)];
+        if (slot.poolIndex != 0) {
+            addSlot(pool, slot);
         }
     }
     free(old);
@@ -90,23 +86,21 @@ static uint64_t addWord(uint64_t rest, const char *bytes, size_t length)
     return hash ^ (hash >> 32);
 }
 
-static char *nameAt(const XmlpNamePool *pool, uint32_t poolIndex)
+// Returns the string where it was stored first, or null.
+static char *find(const XmlpNamePool *pool, uint32_t hash, const char *bytes, size_t length)
 {
-    return pool->base + static_cast<size_t>(poolIndex - 1) * WORD;
-}
-
-// The pool index of the string, or 0.
-static uint32_t find(const XmlpNamePool *pool, uint64_t hash, const char *bytes, size_t length)
-{
-    const XmlpNameSlot *slot = slotFrom(pool, static_cast<uint32_t>(hash), hash);
-    for (; slot->poolIndex != 0; slot = nextSlot(pool, slot)) {
-        const char *name = nameAt(pool, slot->poolIndex);
+    for (size_t index = hash;;) {
+        const XmlpNameSlot *slot = slotFrom(pool, index, hash);
+        if (slot->poolIndex == 0) {
+            return nullptr;
+        }
+        char *name = pool->base + (slot->poolIndex - 1) * WORD;
         if (name + length < pool->base + pool->used && memcmp(name, bytes, length) == 0 &&
             name[length] == '\0') {
-            break;
+            return name;
         }
+        index = static_cast<size_t>(slot - pool->slots) + 1;
     }
-    return slot->poolIndex;
 }
 
 int _initNamePool(XmlpNamePool *pool)
@@ -136,27 +130,29 @@ char *_saveName(XmlpNamePool *pool, const char *bytes, size_t length)
     size_t at = size;
     while (at > 0) {
         const uint64_t longer = addWord(hash, bytes + at - WORD, length - at + WORD);
-        if (slotFrom(pool, static_cast<uint32_t>(longer), longer)->poolIndex == 0) {
+        const auto key = static_cast<uint32_t>(longer);
+        if (slotFrom(pool, key, key)->poolIndex == 0) {
             break;
         }
         hash = longer;
         at -= WORD;
     }
-    const uint32_t known = at < size ? find(pool, hash, bytes + at, length - at) : 0;
-    if (known != 0 && at == 0) {
-        return nameAt(pool, known);
+    char *name =
+        at < size ? find(pool, static_cast<uint32_t>(hash), bytes + at, length - at) : nullptr;
+    if (name != nullptr && at == 0) {
+        return name;
     }
-    if (known == 0) { // no tail is there, or another string has its hash
+    if (name == nullptr) { // no tail is there, or another string has its hash
         hash = pool->seed;
         at = size;
     }
-    char *name = pool->base + pool->used;
+    name = pool->base + pool->used;
     memcpy(name + size - WORD, length % WORD == 0 ? "\0\xFF\xFF" : "\0\0\0", WORD);
     _copyBytes(name, bytes, length);
     for (; at > 0; at -= WORD) {
         hash = addWord(hash, bytes + at - WORD, length - at + WORD);
         const size_t poolIndex = (pool->used + at) / WORD;
-        *freeSlot(pool, hash) = {static_cast<uint32_t>(hash), static_cast<uint32_t>(poolIndex)};
+        addSlot(pool, {static_cast<uint32_t>(hash), static_cast<uint32_t>(poolIndex)});
         pool->usedSlots++;
     }
     pool->used += size;

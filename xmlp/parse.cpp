@@ -1,4 +1,4 @@
-// From text to document: the declaration, the tree, and what is said when the text is rejected.
+// From text to document: the declaration, the tree, and what is printed of a rejected text.
 
 #include "xmlp/xmlp_internal.h"
 
@@ -13,14 +13,9 @@ static const char *skipBlanks(const char *p, const char *end)
     return p;
 }
 
-static const char *skipMark(const char *p, const char *end)
-{
-    return end - p >= 3 && memcmp(p, "\xEF\xBB\xBF", 3) == 0 ? p + 3 : p;
-}
-
 // Returns where the text resumes behind the declaration whose "<?" lies at p, or null. The
 // declaration ends at a "?", or before a ">"; either is enough.
-static const char *passDeclaration(const char *p, const char *end)
+static const char *skipDeclaration(const char *p, const char *end)
 {
     for (p += 2; end - p >= 2; p += _utf8Length(*p)) {
         if (*p == '?' || p[1] == '>') {
@@ -33,14 +28,15 @@ static const char *passDeclaration(const char *p, const char *end)
     return nullptr;
 }
 
-// Saves the declaration, if there is one, in tree and sets *text behind it.
-static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const char **text,
-                      XmlpFinding *fault)
+// Stores the declaration, if there is one, in tree and sets *text behind it.
+static int storeHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const char **text,
+                       XmlpFinding *fault)
 {
-    const char *p = skipBlanks(skipMark(xmlBuf, end), end);
+    const bool hasBom = end - xmlBuf >= 3 && memcmp(xmlBuf, "\xEF\xBB\xBF", 3) == 0;
+    const char *p = skipBlanks(hasBom ? xmlBuf + 3 : xmlBuf, end);
     if (end - p >= 2 && memcmp(p, "<?", 2) == 0) {
         const char *declaration = p;
-        p = passDeclaration(declaration, end);
+        p = skipDeclaration(declaration, end);
         if (p == nullptr) {
             *fault = {"xmlp_parse", 1459, "error in xml header.", declaration};
             return -1;
@@ -59,7 +55,7 @@ static int saveHeader(XmlpTree *tree, const char *xmlBuf, const char *end, const
     return 0;
 }
 
-// xmlp_parse, without a word: null with *rejection filled in.
+// xmlp_parse without the report: null with *rejection filled in.
 static XmlpTree *parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
                        XmlpLocationList *locations, XmlpRejection *rejection)
 {
@@ -76,7 +72,7 @@ static XmlpTree *parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
     tree->isStatic = isStatic;
     const char *end = xmlBuf + length;
     const char *text = nullptr;
-    if (saveHeader(tree, xmlBuf, end, &text, &rejection->fault) == 0) {
+    if (storeHeader(tree, xmlBuf, end, &text, &rejection->fault) == 0) {
         tree->root = _buildTree(text, end, isStatic, xmlBuf, locations, rejection);
     }
     if (tree->root == nullptr) {
@@ -87,7 +83,7 @@ static XmlpTree *parse(const char *xmlBuf, uint32_t length, uint32_t isStatic,
     return tree;
 }
 
-static const char elementMessage[] = "error xml tag."; // of whatever is around the fault
+static const char elementMessage[] = "error xml tag."; // of the elements around a fault
 
 XMLP_COLD static void report(const XmlpRejection *rejection)
 {
@@ -96,7 +92,7 @@ XMLP_COLD static void report(const XmlpRejection *rejection)
         _xmlp_report(fault->function, fault->line, "%s", fault->message);
     }
     if (fault->at == nullptr) {
-        return; // memory is not the text's fault
+        return; // memory is short, which is not the text's fault
     }
     if (rejection->tagLine != 0) {
         _xmlp_report("_subXml", rejection->tagLine, "%s", elementMessage);
@@ -107,18 +103,18 @@ XMLP_COLD static void report(const XmlpRejection *rejection)
     }
 }
 
+// The line that would have been printed first.
 static XmlpFault faultOf(const XmlpRejection *rejection, const char *xmlBuf)
 {
-    const XmlpFinding *fault = &rejection->fault;
-    const uint32_t offset =
-        fault->at != nullptr ? static_cast<uint32_t>(fault->at - xmlBuf) : XMLP_NOWHERE;
-    if (fault->line != 0 || rejection->topLine == 0) {
-        return {fault->function, fault->line, fault->message, offset};
+    const char *at = rejection->fault.at;
+    XmlpFinding first = rejection->fault;
+    if (first.line == 0 && rejection->topLine != 0) {
+        first = rejection->elementLines != 0
+                    ? XmlpFinding{"_subXml", 359, elementMessage, at}
+                    : XmlpFinding{"_checkXml", rejection->topLine, elementMessage, at};
     }
-    if (rejection->elementLines != 0) {
-        return {"_subXml", 359, elementMessage, offset};
-    }
-    return {"_checkXml", rejection->topLine, elementMessage, offset};
+    return {first.function, first.line, first.message,
+            at != nullptr ? static_cast<uint32_t>(at - xmlBuf) : XMLP_NOWHERE};
 }
 
 XmlpTree *xmlp_parse(const char *xmlBuf, uint32_t length, uint32_t isStatic)

@@ -9,12 +9,10 @@
 
 namespace
 {
-struct Counter {
-    uint64_t length;
-};
-
-struct Writer {
+// Where the text goes, or how long it is.
+template <bool isWriting> struct Output {
     char *dst;
+    uint64_t length;
 };
 
 // An element around the current one.
@@ -24,68 +22,44 @@ struct Open {
 };
 } // namespace
 
-static inline void put(Counter *counter, const char *, size_t length)
+template <bool isWriting>
+static inline void put(Output<isWriting> *out, const char *bytes, size_t length)
 {
-    counter->length += length;
+    if (isWriting) {
+        out->dst = _copyBytes(out->dst, bytes, length);
+    } else {
+        out->length += length;
+    }
 }
 
-static inline void put(Writer *writer, const char *bytes, size_t length)
+template <bool isWriting, size_t size>
+static inline void putLiteral(Output<isWriting> *out, const char (&literal)[size])
 {
-    writer->dst = _copyBytes(writer->dst, bytes, length);
+    put(out, literal, size - 1);
 }
 
-static inline void putIndent(Counter *counter, uint32_t level)
+template <bool isWriting> static void putIndent(Output<isWriting> *out, uint32_t level)
 {
-    counter->length += uint64_t{2} * level;
-}
-
-static inline void putIndent(Writer *writer, uint32_t level)
-{
-    const size_t length = size_t{2} * level;
-    memset(writer->dst, ' ', length);
-    writer->dst += length;
-}
-
-static inline void putEscaped(Counter *counter, const char *text, uint32_t length)
-{
-    counter->length += _escapedLen(text, length);
-}
-
-static inline void putEscaped(Writer *writer, const char *text, uint32_t length)
-{
-    writer->dst = xmlp_transStr(writer->dst, text, length);
+    const uint64_t length = uint64_t{2} * level;
+    if (isWriting) {
+        memset(out->dst, ' ', static_cast<size_t>(length));
+        out->dst += length;
+    } else {
+        out->length += length;
+    }
 }
 
 // Puts a value. A short one is mostly written as it is.
-template <typename Output> static inline void putValue(Output *out, const XmlpNode *node)
+template <bool isWriting> static inline void putValue(Output<isWriting> *out, const XmlpNode *node)
 {
     const auto *text = reinterpret_cast<const char *>(node->value);
     if (node->valueSize <= 256 && !_needEntity(text, node->valueSize)) {
         put(out, text, node->valueSize);
+    } else if (isWriting) {
+        out->dst = xmlp_transStr(out->dst, text, node->valueSize);
     } else {
-        putEscaped(out, text, node->valueSize);
+        out->length += _escapedLen(text, node->valueSize);
     }
-}
-
-static inline bool isFull(const Counter *counter)
-{
-    return counter->length >= UINT32_MAX;
-}
-
-static inline bool isFull(const Writer *)
-{
-    return false;
-}
-
-template <size_t size> static inline void putLiteral(Counter *counter, const char (&)[size])
-{
-    counter->length += size - 1;
-}
-
-template <size_t size> static inline void putLiteral(Writer *writer, const char (&literal)[size])
-{
-    memcpy(writer->dst, literal, size - 1);
-    writer->dst += size - 1;
 }
 
 static size_t textLen(const char *text)
@@ -93,7 +67,7 @@ static size_t textLen(const char *text)
     return text != nullptr ? strlen(text) : 0;
 }
 
-template <typename Output> static void putAttrs(Output *out, const XmlpAttr *attr)
+template <bool isWriting> static void putAttrs(Output<isWriting> *out, const XmlpAttr *attr)
 {
     for (; attr != nullptr; attr = attr->next) {
         putLiteral(out, " ");
@@ -104,8 +78,8 @@ template <typename Output> static void putAttrs(Output *out, const XmlpAttr *att
     }
 }
 
-template <typename Output>
-static void putEndTag(Output *out, const XmlpNode *node, size_t nameLength)
+template <bool isWriting>
+static void putEndTag(Output<isWriting> *out, const XmlpNode *node, size_t nameLength)
 {
     putLiteral(out, "</");
     put(out, node->name, nameLength);
@@ -114,7 +88,7 @@ static void putEndTag(Output *out, const XmlpNode *node, size_t nameLength)
 
 // The start tag and, of an element without children, all the rest. A value is written only where
 // there are no children. Returns the length of the name.
-template <typename Output> static size_t putStart(Output *out, const XmlpNode *node)
+template <bool isWriting> static size_t putStart(Output<isWriting> *out, const XmlpNode *node)
 {
     const size_t nameLength = textLen(node->name);
     const bool hasValue = node->value != nullptr && node->valueSize != 0;
@@ -136,8 +110,8 @@ template <typename Output> static size_t putStart(Output *out, const XmlpNode *n
 // The element and all below it, in the order in which the lists lead. A node that was linked a
 // second time names one parent only, so the way back is kept here. 0, or -1 when the text gets too
 // long or memory is short.
-template <typename Output>
-static int putTree(Output *out, const XmlpNode *node, uint32_t level, bool isFormatted)
+template <bool isWriting>
+static int putTree(Output<isWriting> *out, const XmlpNode *node, uint32_t level, bool isFormatted)
 {
     Open *open = nullptr;
     size_t depth = 0;
@@ -157,7 +131,7 @@ static int putTree(Output *out, const XmlpNode *node, uint32_t level, bool isFor
         if (isFormatted) {
             putLiteral(out, "\n");
         }
-        if (isFull(out)) {
+        if (!isWriting && out->length >= UINT32_MAX) {
             break;
         }
         if (!isLeaving && node->firstChild != nullptr) {
@@ -183,12 +157,13 @@ static int putTree(Output *out, const XmlpNode *node, uint32_t level, bool isFor
     return status;
 }
 
-template <typename Output> static int putDocument(Output *out, const XmlpTree *tree, bool compact)
+template <bool isWriting>
+static int putDocument(Output<isWriting> *out, const XmlpTree *tree, bool compact)
 {
     const auto *header = reinterpret_cast<const char *>(tree->header);
     put(out, header, tree->headerLen);
     put(out, "\n", !compact && tree->headerLen != 0 ? 1 : 0);
-    int status = isFull(out) ? -1 : 0;
+    int status = !isWriting && out->length >= UINT32_MAX ? -1 : 0;
     const XmlpNode *node = tree->root != nullptr ? tree->root->firstChild : nullptr;
     for (; node != nullptr && status == 0; node = node->next) {
         status = putTree(out, node, 0, !compact);
@@ -198,29 +173,29 @@ template <typename Output> static int putDocument(Output *out, const XmlpTree *t
 
 uint64_t _attrsLen(const XmlpAttr *attr)
 {
-    Counter counter = {};
-    putAttrs(&counter, attr);
-    return counter.length;
+    Output<false> out = {};
+    putAttrs(&out, attr);
+    return out.length;
 }
 
 uint64_t _nodeLen(const XmlpNode *node)
 {
-    Counter counter = {};
+    Output<false> out = {};
     if (node != nullptr) {
-        const size_t nameLength = putStart(&counter, node);
+        const size_t nameLength = putStart(&out, node);
         if (node->firstChild != nullptr) {
-            putEndTag(&counter, node, nameLength);
+            putEndTag(&out, node, nameLength);
         }
     }
-    return counter.length;
+    return out.length;
 }
 
 // UINT64_MAX when it does not fit a length or memory is short.
 static uint64_t lengthOf(const XmlpNode *node, uint32_t level, bool isFormatted)
 {
-    Counter counter = {};
-    const bool isDone = node == nullptr || putTree(&counter, node, level, isFormatted) == 0;
-    return isDone ? counter.length : UINT64_MAX;
+    Output<false> out = {};
+    const bool isDone = node == nullptr || putTree(&out, node, level, isFormatted) == 0;
+    return isDone ? out.length : UINT64_MAX;
 }
 
 uint64_t _treeLen(const XmlpNode *node)
@@ -236,9 +211,9 @@ uint64_t _formatLen(const XmlpNode *node, uint32_t level)
 // Null without memory.
 static char *write(const XmlpNode *node, char *dst, uint32_t level, bool isFormatted)
 {
-    Writer writer = {dst};
-    const bool isDone = node == nullptr || putTree(&writer, node, level, isFormatted) == 0;
-    return isDone ? writer.dst : nullptr;
+    Output<true> out = {dst, 0};
+    const bool isDone = node == nullptr || putTree(&out, node, level, isFormatted) == 0;
+    return isDone ? out.dst : nullptr;
 }
 
 char *_tree2Xml(const XmlpNode *node, char *dst)
@@ -265,17 +240,17 @@ char *xmlp_tree2Xml(const XmlpDoc *doc, int compact, uint32_t *pLen)
         XMLP_ERROR(1757, "invalid params.");
         return nullptr;
     }
-    Counter counter = {};
-    const bool isCounted = putDocument(&counter, doc->tree, compact != 0) == 0;
-    *pLen = isCounted ? static_cast<uint32_t>(counter.length) : UINT32_MAX;
+    Output<false> counted = {};
+    const bool isCounted = putDocument(&counted, doc->tree, compact != 0) == 0;
+    *pLen = isCounted ? static_cast<uint32_t>(counted.length) : UINT32_MAX;
     char *text = isCounted ? static_cast<char *>(malloc(size_t{*pLen} + 1)) : nullptr;
-    Writer writer = {text};
-    if (text == nullptr || putDocument(&writer, doc->tree, compact != 0) != 0) {
+    Output<true> out = {text, 0};
+    if (text == nullptr || putDocument(&out, doc->tree, compact != 0) != 0) {
         free(text);
         XMLP_ERROR(1789, "malloc failed.");
         return nullptr;
     }
-    *writer.dst = '\0';
+    *out.dst = '\0';
     return text;
 }
 
