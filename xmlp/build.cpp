@@ -1,10 +1,10 @@
 // From text to tree in one pass.
 //
 // The pass goes from bracket to bracket. It checks each tag where it stands and builds its node at
-// once. But faults are reported in an order of their own: first those of the text, where those in
-// the attributes of a start tag come after its end tag is met; then those that keep a tree from
-// being built. So when something is wrong with a start tag or with the tree, the pass stops
-// building, remembers the tree's fault, and goes on to check the rest of the text.
+// once. But faults are not reported in the order in which the pass meets them: all those of the
+// text come first, that of a start tag only once its end tag was met, and then those of the tree,
+// such as a repeated attribute. So at a fault of a start tag or of the tree, the pass stops
+// building, remembers the fault if it is the tree's, and goes on to check the rest of the text.
 
 #include "xmlp/brackets.h"
 #include "xmlp/store.h"
@@ -24,7 +24,7 @@ struct Open {
 struct Builder {
     const char *end; // of the text
     bool isBuilding;
-    XmlpFinding treeFault; // why not, when it is the tree's fault; no function for none
+    XmlpFinding treeFault; // that ended the building
     XmlpRejection *rejection;
 
     Open *open; // the document, and the elements around the current position
@@ -36,7 +36,7 @@ struct Builder {
 
     uint32_t count; // of elements
     const char *origin;
-    XmlpLocation *locations; // null when nobody asks for them
+    XmlpLocation *locations; // null unless they are asked for
 };
 } // namespace
 
@@ -79,12 +79,12 @@ static int outOfStrings(Builder *builder, int dynamicLine)
 
 /* ---- Nodes --------------------------------------------------------------------------------- */
 
-// The names of so many attributes of a tag are compared one by one; those of a tag that has more,
-// all at once in the end.
+// Up to this many attribute names of a tag are compared pair by pair as they come. If there are
+// more, all are compared at the end, by sorting them.
 static constexpr size_t FEW_ATTRS = 16;
 
-// Appends the attributes of the tag to the node's empty list. 0, or -1 with the tree at fault, or
-// without setting a fault when it is the tag's.
+// Appends the attributes of the tag to the node's empty list. 0 or -1; a fault of the tag, unlike
+// one of the tree, is not recorded.
 static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
 {
     XmlpStore *store = &builder->store;
@@ -127,7 +127,7 @@ static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
     return more < 0 && tag.isLoose ? treeFault(builder, "_getNameAttr", 0, "", tag.p) : more;
 }
 
-// Reads the name of a tag up to its attributes. 0, or -1 for a fault of the tag.
+// Reads a tag up to its attributes. 0, or -1 for a fault of the tag.
 static int readName(XmlpTag *tag, XmlpSlice *name)
 {
     if (_readName(tag, name) != 0) {
@@ -142,7 +142,7 @@ static int readName(XmlpTag *tag, XmlpSlice *name)
     return _checkNameAttr(name->bytes, tag->terminator, &fault);
 }
 
-// Makes new memory the last child of parent.
+// Initializes the node as the last child of parent.
 static inline void beginNode(XmlpNode *node, XmlpNode *parent)
 {
     XmlpNode *prev = parent->lastChild;
@@ -151,7 +151,7 @@ static inline void beginNode(XmlpNode *node, XmlpNode *parent)
     parent->lastChild = node;
 }
 
-// Types the parent of a new node, unless that is the document node. 0 or -1.
+// Sets the type of a new node's parent, unless that is the document node. 0 or -1.
 static inline int setType(Builder *builder, const XmlpNode *node, const char *name)
 {
     const bool isItem = node->type == XMLP_NODE_ITEM;
@@ -174,8 +174,8 @@ static inline bool isItemName(XmlpSlice name)
     return name.length == 4 && memcmp(name.bytes, _xmlp_itemName, 4) == 0;
 }
 
-// Builds the node of the element whose start tag ends, but for a "/", at stop. 0 or -1, as
-// buildAttrs.
+// Builds the node of the element whose start tag ends at stop, which is its ">" or the "/" before
+// it. 0 or -1, as buildAttrs.
 static inline int buildNode(Builder *builder, Open *element, const char *stop)
 {
     XmlpStore *store = &builder->store;
@@ -208,7 +208,7 @@ static inline int buildNode(Builder *builder, Open *element, const char *stop)
     if (node->name == nullptr) {
         return outOfStrings(builder, 645);
     }
-    // Bytes inside the characters of a name were not looked at when it was read.
+    // Reading a name does not check the bytes inside its characters.
     const bool isValid =
         known != nullptr || xmlp_isValidName(name.bytes, static_cast<uint32_t>(name.length)) != 0;
     element->nameLength = isValid ? name.length : 0;

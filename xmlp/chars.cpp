@@ -113,7 +113,7 @@ static const Entity *entityAt(const char *text, const char *end)
     return nullptr;
 }
 
-// What escaping adds to the length of a text.
+// The number of bytes that escaping adds to a text.
 static uint64_t addedLen(const char *text, uint32_t length)
 {
     uint64_t added = 0;

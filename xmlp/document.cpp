@@ -1,4 +1,4 @@
-// The document handle: who holds it, and where a lock on it would go. And how failures are reported.
+// The document handle: who holds it, and where a lock on it would go; and the reports of failures.
 
 #include "xmlp/xmlp_internal.h"
 

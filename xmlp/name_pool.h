@@ -1,6 +1,6 @@
 /*
  * The name pool of a static tree: all distinct element names, attribute names and attribute values
- * of a document, each beginning on a word of 4 bytes and ended by a NUL:
+ * of a document, each at a multiple of 4 bytes and terminated by a NUL:
  *
  *     0           4           8           12            16            20
  *     +-----------+-----------+-----------+-------------+-------------+
@@ -10,10 +10,10 @@
  * A string whose length is a multiple of 4 is followed by the word 00 FF FF 00: its first byte is
  * the terminator, the others tell the word from a free one.
  *
- * A string is there wherever, from a word on, its bytes and a NUL stand; so one that equals the
- * tail of a longer string shares its bytes. The index, a hash table with open addressing, has
- * the first word of every string and of every such tail. A hash is computed word by word from the
- * end of the string to its beginning, which yields those of its tails on the way.
+ * A string counts as stored wherever its bytes and a NUL stand at a multiple of 4; so one that
+ * equals the tail of a longer string shares its bytes. The index, a hash table with open
+ * addressing, has the first word of every string and of every such tail. A hash is computed word by
+ * word from the end of the string to its beginning, which yields those of its tails on the way.
  */
 #ifndef XMLP_NAME_POOL_H
 #define XMLP_NAME_POOL_H

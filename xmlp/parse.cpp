@@ -13,8 +13,8 @@ static const char *skipBlanks(const char *p, const char *end)
     return p;
 }
 
-// Returns where the text resumes behind the declaration whose "<?" lies at p, or null. The
-// declaration ends at a "?", or before a ">"; either is enough.
+// Returns where the text resumes after the declaration whose "<?" lies at p, or null. The
+// declaration ends with a "?" and the byte after it, or with a ">".
 static const char *skipDeclaration(const char *p, const char *end)
 {
     for (p += 2; end - p >= 2; p += _utf8Length(*p)) {

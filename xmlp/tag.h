@@ -11,10 +11,10 @@
 
 #pragma GCC visibility push(hidden)
 
-/* A tag on the way through it. Its ">", which is a byte of no name or value, ends every scan. */
+/* A tag that is being read. Its ">", which no name or value contains, ends every scan. */
 struct XmlpTag {
-    const char *p;   /* a fault, once there is one */
-    const char *end; /* of the text, or nearer */
+    const char *p;   /* the current position, or that of the fault */
+    const char *end; /* of the text, or a position before it */
     char terminator; /* ">" of a start tag, "/" of an empty-element tag */
     bool isLoose;    /* see _readLoosely */
     bool isWide;     /* a multi-byte character was met, which may hide a NUL */
@@ -40,10 +40,7 @@ template <bool isValue> static inline XmlpChunk _stopsOf(XmlpChunk chunk)
     return isValue ? stops : stops | _areEqual(chunk, _fill('='));
 }
 
-/*
- * Returns the first character from the tag's position on that is none of a name or, if isValue, of
- * an attribute's value. A ">" is none of either.
- */
+/* Returns the end of the name or, if isValue, of the attribute's value at the tag's position. */
 template <bool isValue> static inline const char *_skip(XmlpTag *tag)
 {
     const char *p = tag->p;
@@ -66,7 +63,7 @@ template <bool isValue> static inline const char *_skip(XmlpTag *tag)
     }
 }
 
-/* A NUL ends the name or value that it lies in. */
+/* A NUL inside a multi-byte character ends the name or value. */
 static inline XmlpSlice _sliceOf(const XmlpTag *tag, const char *from, const char *to)
 {
     const auto length = static_cast<size_t>(to - from);
@@ -74,7 +71,7 @@ static inline XmlpSlice _sliceOf(const XmlpTag *tag, const char *from, const cha
 }
 
 /*
- * Reads the name that the tag begins with, and the blanks behind it. Its first byte may be any but
+ * Reads the name that the tag begins with, and the blanks after it. Its first byte may be any but
  * the terminator; a blank or a NUL there makes it empty. 0, or the line that reports the fault.
  */
 static inline int _readName(XmlpTag *tag, XmlpSlice *name)
@@ -96,7 +93,7 @@ static inline int _readName(XmlpTag *tag, XmlpSlice *name)
     return 0;
 }
 
-/* Reads the next attribute and the blanks behind it. 0, or the line that reports the fault. */
+/* Reads the next attribute and the blanks after it. 0, or the line that reports the fault. */
 static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
     const char *&p = tag->p;
@@ -131,10 +128,9 @@ static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 }
 
 /*
- * Reads the next attribute of a tag that was checked, without the care that the check took: of a
- * tag that begins with a blank, which hides its name from the check, the words are the attributes'
- * names, and the next two quotes enclose the value of each. 1, 0 when there are no more, or -1 for
- * one that does not complete in the tag.
+ * Reads the next attribute of a tag that begins with a blank, which hides its name from the check:
+ * each word is an attribute's name, and the next two quotes enclose its value. 1, 0 when there are
+ * no more, or -1 for one that the tag cuts off.
  */
 int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value);
 

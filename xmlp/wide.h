@@ -1,9 +1,9 @@
 /*
- * Many bytes of a text at a time: in a vector of 16 where the processor has such (SSE2, NEON), in a
- * word of 8 elsewhere. XMLP_NO_VECTOR asks for words everywhere.
+ * Many bytes of a text at a time: a vector of 16 where the processor has them (SSE2, NEON), a word
+ * of 8 elsewhere. XMLP_NO_VECTOR forces words everywhere.
  *
- * A comparison gives a chunk whose matching bytes have their highest bit set and whose others are
- * zero; such chunks combine with | and &.
+ * A comparison yields a chunk in which the matching bytes have their highest bit set and the others
+ * are zero; such chunks combine with | and &.
  */
 #ifndef XMLP_WIDE_H
 #define XMLP_WIDE_H
@@ -19,7 +19,7 @@ typedef unsigned char XmlpChunk __attribute__((vector_size(16)));
 typedef uint64_t XmlpChunk;
 #endif
 
-enum : size_t { XMLP_CHUNK = sizeof(XmlpChunk) };
+static constexpr size_t XMLP_CHUNK = sizeof(XmlpChunk);
 
 static inline XmlpChunk _loadChunk(const char *bytes)
 {
@@ -28,8 +28,7 @@ static inline XmlpChunk _loadChunk(const char *bytes)
     return chunk;
 }
 
-/* 8 bytes, each with its highest bit set or zero, as 8 bits; that of the first byte is the lowest.
- */
+/* The highest bits of 8 bytes; that of the first byte is the lowest. */
 static inline unsigned _gatherBits(uint64_t flags)
 {
     flags = flags >> 7 & 0x0101010101010101;
@@ -52,13 +51,13 @@ static inline XmlpChunk _areEqual(XmlpChunk chunk, XmlpChunk to)
     return reinterpret_cast<XmlpChunk>(chunk == to);
 }
 
-/* byte is 0x80 or more. */
+/* byte is at least 0x80. */
 static inline XmlpChunk _areAtLeast(XmlpChunk chunk, unsigned char byte)
 {
     return reinterpret_cast<XmlpChunk>(chunk >= _fill(byte));
 }
 
-/* Whether bytes are below one of at most 0x80; for those of 0x80 or more it may say anything. */
+/* byte is at most 0x80. Bytes of 0x80 or more may match or not. */
 static inline XmlpChunk _areBelow(XmlpChunk chunk, unsigned char byte)
 {
     return reinterpret_cast<XmlpChunk>(chunk < _fill(byte));

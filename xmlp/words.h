@@ -1,7 +1,7 @@
 /*
- * Short strings, searched and copied by the word. The words at the two ends of a string may
- * overlap, so that none reaches out of it. Most strings of a document are so short that a call of
- * the C library costs more than the work.
+ * Searching and copying short strings a word at a time. The words at the two ends of a string may
+ * overlap, so that none reaches past it. Most strings of a document are so short that calling the C
+ * library costs more than the work.
  */
 #ifndef XMLP_WORDS_H
 #define XMLP_WORDS_H

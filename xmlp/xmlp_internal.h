@@ -16,7 +16,7 @@ extern "C" {
 void _xmlp_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/* The same line again and again, as for each of the elements around a fault. */
+/* The same line several times, as for each of the elements around a fault. */
 void _xmlp_reportOften(size_t times, const char *function, int line, const char *message);
 
 /* Prints "[ERROR][function():line]: message" CR LF; line is part of the message. */
@@ -25,18 +25,16 @@ void _xmlp_reportOften(size_t times, const char *function, int line, const char 
 /* The same, as what a function that fails with -1 returns. */
 #define XMLP_FAIL(line, ...) (XMLP_ERROR(line, __VA_ARGS__), -1)
 
-/* What only a text that is rejected needs: small rather than fast. */
+/* Code that only rejected texts run: small rather than fast. */
 #define XMLP_COLD __attribute__((cold))
 
 /* ---- Bytes ----------------------------------------------------------------------------- */
 
 /* What a byte may be part of. */
-enum : unsigned {
-    XMLP_BLANK = 1,      /* blank, tab, LF, CR */
-    XMLP_NAME = 2,       /* element and attribute names */
-    XMLP_ATTR_VALUE = 4, /* attribute values */
-    XMLP_TEXT = 8        /* text that needs no escaping */
-};
+constexpr unsigned XMLP_BLANK = 1;      /* blank, tab, LF, CR */
+constexpr unsigned XMLP_NAME = 2;       /* element and attribute names */
+constexpr unsigned XMLP_ATTR_VALUE = 4; /* attribute values */
+constexpr unsigned XMLP_TEXT = 8;       /* text that needs no escaping */
 
 struct XmlpByteTable {
     unsigned char byte[256];
@@ -99,12 +97,12 @@ struct XmlpFinding {
     const char *at; /* in the text; null when memory is short */
 };
 
-/* All that is printed of a text that is rejected, in this order. */
+/* All that is printed about a rejected text, in this order. */
 struct XmlpRejection {
     XmlpFinding fault;
-    int tagLine;         /* of _subXml, which saw the tag fail; 0 for none */
-    size_t elementLines; /* of _subXml, which saw its child fail: how many */
-    int topLine;         /* of _checkXml, which saw the top element fail; 0 for none */
+    int tagLine;         /* of _subXml for the tag; 0 for none */
+    size_t elementLines; /* how many lines of _subXml for the elements around it */
+    int topLine;         /* of _checkXml for the top element; 0 for none */
 };
 
 /* ---- Parser: tags ---------------------------------------------------------------------- */
@@ -119,8 +117,8 @@ struct XmlpSlice {
 int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault);
 
 /*
- * Holds the end tag whose name lies before its ">" at close against the start tag whose name begins
- * at open, and checks that. 0 or -1.
+ * Compares the end tag whose name ends at its ">" at close with the start tag whose name begins at
+ * open, and checks the latter. 0, or -1 with the fault.
  */
 int _checkEndTag(const char *open, const char *name, const char *close, XmlpFinding *fault);
 
