@@ -29,7 +29,7 @@ function(tarn_add_program_test name program)
   endif()
   set(programs ${CMAKE_CURRENT_BINARY_DIR}/programs)
   file(GENERATE OUTPUT ${programs}/${program}
-    CONTENT "#!/bin/sh\n${stack}\nexport GCOV_PREFIX=\${TARN_COUNTS:-$0.counts}\nexec $TARN_RUN_BY ${emulator} $<TARGET_FILE:${program}> \"$@\"\n"
+    CONTENT "#!/bin/sh\n${stack}\nexport GCOV_PREFIX=\${COUNTS:-$0.counts}\nexec $TARN_RUN_BY ${emulator} $<TARGET_FILE:${program}> \"$@\"\n"
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   target_compile_definitions(${name}_test PRIVATE TARN_PROGRAMS="${programs}")
   add_dependencies(${name}_test ${program})

@@ -7,7 +7,7 @@
     "[Error](_appmngr_readAppDb) 2167: Size of buffer \"204800\" is too small.\n" \
     "[Error](_appmngr_readFromDatabase) 2569: _appmngr_readAppDb failed\n"
 
-static const ProgramCase cases[] = {
+const std::vector<ProgramCase> cases = {
     {"", 255, "usage: tarn-db-loader <DB_FILE>\n"},
     {"one two", 255, "usage: tarn-db-loader <DB_FILE>\n"},
     {"none", 255, "", "invalid database path: none\n"},
@@ -29,5 +29,5 @@ TEST(Loader, Program)
     const std::string text = contents(TARN_SOURCE "/examples/appdb.xml");
     std::ofstream("unfinished.img") << image(text.substr(0, text.size() - 9));
     std::ofstream("whole.img") << image(text);
-    expectRuns("tarn-db-loader ", cases);
+    expectRuns("tarn-db-loader", cases);
 }

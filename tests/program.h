@@ -17,25 +17,25 @@ inline int run(const std::string &command)
     return WEXITSTATUS(std::system("bash -o pipefail -c \"$COMMAND\" 2>err >out"));
 }
 
+/* A run of a program and what must come of it. */
 struct ProgramCase {
-    const char *command;
+    const char *arguments; /* and whatever may follow them in a shell */
     int status = 0;
-    std::string output = ""; /* all of it; behind "...", a part */
-    std::string errors = ""; /* the same */
+    std::string output = ""; /* the whole output; or, if it begins with "...", a part of it */
+    std::string errors = ""; /* the same for the standard error */
 };
 
-inline bool matches(const std::string &text, const std::string &expected)
-{
-    return expected.compare(0, 3, "...") == 0 ? text.find(expected.substr(3)) != std::string::npos
-                                              : text == expected;
-}
-
-/* Runs the program with the arguments of each case, and what may follow them in a shell. */
-template <typename Cases> void expectRuns(const std::string &program, const Cases &cases)
+inline void expectRuns(const std::string &program, const std::vector<ProgramCase> &cases)
 {
     for (const ProgramCase &c : cases) {
-        EXPECT_EQ(run(program + c.command), c.status) << c.command;
-        EXPECT_TRUE(matches(contents("out"), c.output)) << c.command << "\n" << contents("out");
-        EXPECT_TRUE(matches(contents("err"), c.errors)) << c.command << "\n" << contents("err");
+        const std::string command = program + " " + c.arguments;
+        EXPECT_EQ(run(command), c.status) << command << "\n" << contents("err");
+        for (const auto &[file, expected] : {std::pair("out", c.output), {"err", c.errors}}) {
+            const std::string text = contents(file);
+            const bool isPart = expected.compare(0, 3, "...") == 0;
+            EXPECT_TRUE(isPart ? text.find(expected.substr(3)) != text.npos : text == expected)
+                << command << "\nprinted in " << file << ":\n"
+                << text;
+        }
     }
 }
