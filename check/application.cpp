@@ -1,10 +1,9 @@
 // The rules of the application database.
 
-#include "check/application.h"
+#include "check/check_internal.h"
 
 #include "appmngr/appmngr_model.h"
 #include "check/outline.h"
-#include "check/tuple.h"
 #include "check/values.h"
 
 #include <map>
@@ -54,7 +53,7 @@ struct Type {
 
 // Something that matches no traffic; worth a word unless nothing does.
 struct IdlePart {
-    Rule rule;
+    Check rule;
     const XmlpNode *node;
     const char *message;
 };
@@ -94,9 +93,9 @@ public:
     }
 
 private:
-    void report(Rule rule, const XmlpNode *node, const std::string &message)
+    void report(Check rule, const XmlpNode *node, const std::string &message)
     {
-        source_.add(rule, document_.positionOf(node).tag, message);
+        source_.add(rule, document_.offsetsOf(node).tag, message);
     }
 
     void checkTypes(const XmlpNode *list)
@@ -104,7 +103,7 @@ private:
         for (const XmlpNode *type : childrenNamed(list, "appType")) {
             const std::vector<const XmlpNode *> ids = childrenNamed(type, "id");
             if (ids.empty()) {
-                report(Rule::MissingId, type, "the type has no id");
+                report(Check::MissingId, type, "the type has no id");
             }
             for (const XmlpNode *id : ids) {
                 addType(id);
@@ -116,10 +115,10 @@ private:
     {
         const int32_t number = numberOf(id);
         if (++typeCount_ == APPMNGR_TYPE_MAX + 1) {
-            report(Rule::TooManyTypes, id, "type number 65; a database has at most 64 of them");
+            report(Check::TooManyTypes, id, "type number 65; a database has at most 64 of them");
         }
         if (!types_.insert({number, {id, false}}).second) {
-            report(Rule::DuplicateTypeId, id,
+            report(Check::DuplicateTypeId, id,
                    "there is a type " + std::to_string(number) + " already");
         }
     }
@@ -136,7 +135,7 @@ private:
             }
             if (isNamed(child, "id")) {
                 if (id == nullptr && isUsed) {
-                    report(Rule::LateId, child,
+                    report(Check::LateId, child,
                            "the lists before it have been taken for those of application 0");
                 }
                 id = child;
@@ -153,23 +152,23 @@ private:
         }
         checkAppId(app, id);
         if (!hasRules) {
-            idleParts_.push_back({Rule::AppWithoutRules, app, "the application has no rules"});
+            idleParts_.push_back({Check::AppWithoutRules, app, "the application has no rules"});
         }
     }
 
     void checkAppId(const XmlpNode *app, const XmlpNode *id)
     {
         if (id == nullptr) {
-            report(Rule::MissingId, app, "the application has no id");
+            report(Check::MissingId, app, "the application has no id");
             return;
         }
         const auto number = static_cast<uint32_t>(numberOf(id));
         if (number >= APPMNGR_APP_ID_LIMIT) {
-            report(Rule::AppIdRange, id,
-                   "the id " + quoted(valueOf(id)) + " is not within 0 to 4095");
+            report(Check::AppIdRange, id,
+                   "the id " + inQuotes(valueOf(id)) + " is not within 0 to 4095");
         }
         if (!appIds_.insert(number).second) {
-            report(Rule::DuplicateAppId, id,
+            report(Check::DuplicateAppId, id,
                    "there is an application " + std::to_string(number) + " already");
         }
     }
@@ -183,7 +182,7 @@ private:
             if (found != types_.end()) {
                 found->second.isUsed = true;
             } else if (!isLong(entry)) {
-                report(Rule::UnknownType, entry, "there is no type " + quoted(valueOf(entry)));
+                report(Check::UnknownType, entry, "there is no type " + inQuotes(valueOf(entry)));
             }
         }
         return !entries.empty();
@@ -209,7 +208,7 @@ private:
             }
         }
         if (tupleCount_ == before) {
-            idleParts_.push_back({Rule::RuleWithoutTuple, rule, "the rule has no tuple"});
+            idleParts_.push_back({Check::RuleWithoutTuple, rule, "the rule has no tuple"});
         }
         for (const char *direction : {"ori", "rep"}) {
             for (const XmlpNode *signature : childrenNamed(rule, direction)) {
@@ -222,7 +221,7 @@ private:
     void countRule(const XmlpNode *tuple)
     {
         if (checkTuple(document_, tuple, source_) && ++ruleCount_ == ruleLimit + 1) {
-            report(Rule::TooManyRules, tuple,
+            report(Check::TooManyRules, tuple,
                    "tuple number " + std::to_string(ruleCount_) + "; one datagram carries " +
                        std::to_string(ruleLimit) + " of them");
         }
@@ -235,7 +234,7 @@ private:
             for (size_t i = 0; i < text.size(); i++) {
                 if (text[i] == '"' || text[i] == '\\' ||
                     static_cast<unsigned char>(text[i]) < ' ') {
-                    source_.add(Rule::JsonUnsafe, document_.placeInValue(node, i),
+                    source_.add(Check::JsonUnsafe, document_.offsetInValue(node, i),
                                 "this character makes database.json ill-formed");
                     break;
                 }
@@ -247,7 +246,7 @@ private:
     {
         for (const auto &[number, type] : types_) {
             if (!type.isUsed) {
-                report(Rule::UnusedType, type.node,
+                report(Check::UnusedType, type.node,
                        "no application has the type " + std::to_string(number));
             }
         }
@@ -264,19 +263,19 @@ private:
     void reportWhatIsMissing()
     {
         if (appCount_ == 0) {
-            report(Rule::NoApplication, document_.top(), "the database has no application");
+            report(Check::NoApplication, document_.top(), "the database has no application");
         }
         const struct {
             size_t count;
-            Rule rule;
+            Check rule;
             const char *message;
         } needs[] = {
-            {typeCount_, Rule::NoType, "the database has no application type with an id"},
-            {tupleCount_, Rule::NoTuple, "the database has no tuple"},
-            {keywordCount_, Rule::NoDnsKeyword, "the database has no DNS keyword"},
+            {typeCount_, Check::NoType, "the database has no application type with an id"},
+            {tupleCount_, Check::NoTuple, "the database has no tuple"},
+            {keywordCount_, Check::NoDnsKeyword, "the database has no DNS keyword"},
         };
         for (const auto &need : needs) {
-            if (need.count == 0 && (appCount_ > 0 || need.rule == Rule::NoType)) {
+            if (need.count == 0 && (appCount_ > 0 || need.rule == Check::NoType)) {
                 report(need.rule, document_.top(), need.message);
             }
         }

@@ -1,10 +1,9 @@
 // Update containers and the database files in them.
 
-#include "check/container.h"
+#include "check/check_internal.h"
 
 #include "appmngr/appmngr_model.h"
 #include "check/device.h"
-#include "check/image.h"
 #include "dbimage/dbimage.h"
 
 #include <algorithm>
@@ -52,32 +51,32 @@ public:
         const std::string &container = file_.contents;
         const size_t size = container.size();
         if (size > DBIMAGE_CONTAINER_MAX) {
-            report(Rule::ContainerLength, "the container takes " + std::to_string(size) +
-                                              " bytes; there is room for " +
-                                              std::to_string(DBIMAGE_CONTAINER_MAX));
+            report(Check::ContainerLength, "the container takes " + std::to_string(size) +
+                                               " bytes; there is room for " +
+                                               std::to_string(DBIMAGE_CONTAINER_MAX));
         }
         if (!isDigestRight(container)) {
-            report(Rule::ContainerDigest, "the digest of the container is not that of its files");
+            report(Check::ContainerDigest, "the digest of the container is not that of its files");
         }
         dbimage_fileTable table = {};
         const dbimage_fault *fault = listFiles(container, table);
         if (fault != nullptr && fault->code == APPMNGR_ERR_FILE_INVALID_FORMAT) {
-            report(Rule::ContainerCount,
+            report(Check::ContainerCount,
                    "the number of files is not " +
                        std::to_string(static_cast<unsigned char>(container[headSize - 1])) +
                        ", or above 16");
         } else if (fault != nullptr) {
-            report(Rule::ContainerLength, "the files do not end where the container ends");
+            report(Check::ContainerLength, "the files do not end where the container ends");
         }
         for (uint32_t i = 0; i < table.count; i++) {
             subject_ = "file " + std::to_string(i);
             checkFile(table.file[i]);
         }
-        requireExplanation();
+        reportUnexplained();
     }
 
 private:
-    void report(Rule rule, const std::string &message)
+    void report(Check rule, const std::string &message)
     {
         source_.add(rule, 0, message);
     }
@@ -99,8 +98,8 @@ private:
         const LoaderRun run = captureRun(
             [&] { return appmngr_decrypt(plain.data(), &length, file.data, file.size); });
         if (run.status <= 0) {
-            report(Rule::FileDigest, subject_ + " of " + std::to_string(file.size) +
-                                         " bytes cannot be decrypted, or its digest differs");
+            report(Check::FileDigest, subject_ + " of " + std::to_string(file.size) +
+                                          " bytes cannot be decrypted, or its digest differs");
             return;
         }
         checkHeader(dbimage_readHeader(plain.data()), database);
@@ -117,20 +116,20 @@ private:
         snprintf(version, sizeof(version), "%u.%u.%u", header.version[0], header.version[1],
                  header.version[2]);
         if (&database == &applicationDatabase && !appmngr_checkVersion(version, accepted)) {
-            report(Rule::FileVersion, subject_ + " is of version " + version + ", not 1.2.x");
+            report(Check::FileVersion, subject_ + " is of version " + version + ", not 1.2.x");
         }
         if (!dbimage_isKnownMagic(&header)) {
             char magic[16];
             snprintf(magic, sizeof(magic), "0x%08x", ntohl(header.magic));
-            report(Rule::FileMagic, subject_ + " has the magic " + magic);
+            report(Check::FileMagic, subject_ + " has the magic " + magic);
         }
         if (header.reserved != 0) {
-            report(Rule::FileReserved, "the reserved word of " + subject_ + " is not 0");
+            report(Check::FileReserved, "the reserved word of " + subject_ + " is not 0");
         }
     }
 
     // Of what no rule explains, the product's own line is reported.
-    void requireExplanation()
+    void reportUnexplained()
     {
         const LoaderRun run = writeContainer(file_.contents);
         const bool isExplained =
@@ -138,7 +137,7 @@ private:
                 return source.file == source_.file && source.hasErrors();
             });
         if (run.status != 0 && !isExplained) {
-            report(Rule::LoaderLine, "the update is refused: " + firstDiagnostic(run));
+            report(Check::LoaderLine, "the update is refused: " + firstDiagnostic(run));
         }
     }
 

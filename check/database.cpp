@@ -2,7 +2,6 @@
 
 #include "check/database.h"
 
-#include "check/failure.h"
 #include "loader/loader.h"
 
 #include <algorithm>

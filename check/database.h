@@ -1,16 +1,30 @@
 /*
- * Database images: packing a text into one and getting it back.
+ * The databases that an image file holds: packing a text into an image and getting it back.
  */
 #ifndef CHECK_DATABASE_H
 #define CHECK_DATABASE_H
 
-#include "check/input_file.h"
-
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 
 namespace check
 {
+
+struct InputFile {
+    std::string name; /* for messages */
+    std::string contents;
+};
+
+/* The error that ends a subcommand with status 1, reported as "tarn-db-tool: FILE: reason". */
+class Failure : public std::runtime_error
+{
+public:
+    Failure(const std::string &file, const std::string &reason)
+        : std::runtime_error(file + ": " + reason)
+    {
+    }
+};
 
 /* One of the databases that an image file holds. Sizes and offsets in bytes. */
 struct Database {

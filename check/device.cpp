@@ -1,11 +1,9 @@
-// Runs of the product: its loaders on a text, its writers on a container.
+// The product's own code at work: where its lines go, tables that are filled but never sent.
 
 #include "check/device.h"
 
 #include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
-#include "check/diagnostics.h"
-#include "check/failure.h"
 #include "dbimage/dbimage.h"
 #include "loader/loader.h"
 
@@ -14,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -88,7 +87,65 @@ bool isDiagnostic(const std::string &line)
     return line.compare(0, 1, "[") == 0;
 }
 
+void releaseTables()
+{
+    const DiscardedDiagnostics silence;
+    appmngr_dbReInit();
+}
+
+bool fillTables(const std::string &text)
+{
+    const DiagnosticsOnStandardError redirection;
+    bool filled = false;
+    if (appmngr_file_alloc() == 0) {
+        memcpy(g_appmngr_xmlBuf, text.c_str(), text.size() + 1);
+        filled = appmngr_analyzeDbFile() == 0;
+    }
+    appmngr_file_free();
+    return filled;
+}
+
+bool fillModel(const std::string &text)
+{
+    const DiagnosticsOnStandardError redirection;
+    apppri_DBReInit();
+    bool filled = false;
+    if (apppri_DBResAlloc() == 0) {
+        memcpy(apppri_db.xmlBuf, text.c_str(), text.size() + 1);
+        filled = apppri_analyzeDBFile() == 0;
+    }
+    apppri_DBResFree();
+    return filled;
+}
+
 } // namespace
+
+RedirectedDiagnostics::RedirectedDiagnostics(int descriptor) : standardOutput_(dup(STDOUT_FILENO))
+{
+    fflush(stdout);
+    const bool redirected = standardOutput_ >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0;
+    const std::string reason = std::strerror(errno);
+    if (descriptor > STDERR_FILENO) {
+        close(descriptor);
+    }
+    if (!redirected) {
+        throw Failure("standard output", reason);
+    }
+}
+
+RedirectedDiagnostics::~RedirectedDiagnostics()
+{
+    fflush(stdout);
+    dup2(standardOutput_, STDOUT_FILENO);
+    close(standardOutput_);
+}
+
+DiagnosticsOnStandardError::DiagnosticsOnStandardError() : RedirectedDiagnostics(STDERR_FILENO) {}
+
+DiscardedDiagnostics::DiscardedDiagnostics()
+    : RedirectedDiagnostics(open("/dev/null", O_WRONLY | O_CLOEXEC))
+{
+}
 
 LoaderRun captureRun(const std::function<int()> &action)
 {
@@ -153,6 +210,32 @@ std::string firstDiagnostic(const LoaderRun &run)
         at = end + 1;
     }
     return "";
+}
+
+void loadApplicationTables(const InputFile &image)
+{
+    const std::string text = unpackDatabase(image, applicationDatabase);
+    releaseTables();
+    if (!fillTables(text)) {
+        throw Failure(image.name, "the application database cannot be loaded");
+    }
+}
+
+void loadPriorityModel(const InputFile &image)
+{
+    if (!fillModel(unpackDatabase(image, priorityDatabase))) {
+        throw Failure(image.name, "the priority database cannot be loaded");
+    }
+    if (apppri_db.appSortList == nullptr) {
+        throw Failure(image.name, "the priority database has no sorts");
+    }
+}
+
+std::vector<unsigned char> priorityMap()
+{
+    std::vector<unsigned char> map(g_apppri_profile.mapSize);
+    apppri_initPrimapFromDB(map.data());
+    return map;
 }
 
 } // namespace check

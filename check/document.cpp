@@ -1,4 +1,4 @@
-// The document of a text, with the places of its elements.
+// The document of a text, with the parents of its elements.
 
 #include "check/document.h"
 
@@ -22,7 +22,7 @@ constexpr size_t longestValue = 511;
 constexpr struct {
     int line;
     const char *meaning;
-} refusals[] = {
+} rejections[] = {
     {0, "the tag ends within an attribute"},
     {155, "a tag without a name"},
     {169, "this cannot stand in a name"},
@@ -54,9 +54,9 @@ constexpr struct {
 
 std::string meaningOf(const XmlpFault &fault)
 {
-    for (const auto &refusal : refusals) {
-        if (refusal.line == fault.line) {
-            return refusal.meaning;
+    for (const auto &rejection : rejections) {
+        if (rejection.line == fault.line) {
+            return rejection.meaning;
         }
     }
     return fault.message;
@@ -66,7 +66,7 @@ std::string meaningOf(const XmlpFault &fault)
 size_t textFrom(std::string_view text, size_t at)
 {
     at = text.find_first_not_of(" \t\n\r", at);
-    return at < text.size() && text[at] != '<' ? at : nowhere;
+    return at < text.size() && text[at] != '<' ? at : npos;
 }
 
 // The node behind node on a walk down the tree; null behind the last.
@@ -81,7 +81,7 @@ const XmlpNode *following(const XmlpNode *node)
     return node != nullptr ? node->next : nullptr;
 }
 
-size_t markSize(const std::string &text)
+size_t bomSize(const std::string &text)
 {
     return appmngr_getBomSize(
         appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())));
@@ -93,7 +93,7 @@ Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_re
 {
     // A loader takes the text as a string, and does not see what a NUL hides.
     const size_t length = strnlen(source.text.data(), source.text.size());
-    const size_t skip = std::min(markSize(source.text), length);
+    const size_t skip = std::min(bomSize(source.text), length);
     XmlpFault fault = {};
     XmlpLocationList locations = {};
     document_.reset(xmlp_readDoc(source.text.data() + skip, static_cast<uint32_t>(length - skip), 1,
@@ -102,7 +102,7 @@ Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_re
         locateElements({source.text.data(), length}, skip, locations.items);
         free(locations.items);
         if (top() == nullptr) { // a tag that does not end is no element, and not refused either
-            source.add(Rule::RefusedText, length, "the text ends within a tag");
+            source.add(Check::RejectedText, length, "the text ends within a tag");
         }
         return;
     }
@@ -111,7 +111,7 @@ Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_re
     if (source.text.find("<!") < at) {
         meaning += "; comments, CDATA and document types are not known";
     }
-    source.add(Rule::RefusedText, at, meaning);
+    source.add(Check::RejectedText, at, meaning);
 }
 
 // The locations are those of the nodes on a walk down the tree, and count from origin.
@@ -119,14 +119,14 @@ void Document::locateElements(std::string_view text, size_t origin, const XmlpLo
 {
     outside_.text = textFrom(text, origin + document_->tree->headerLen);
     for (const XmlpNode *node = top(); node != nullptr; node = following(node), locations++) {
-        Position &position = positions_[node];
-        position.tag = origin + locations->tag;
-        position.content = origin + locations->content;
+        Offsets &offsets = offsets_[node];
+        offsets.tag = origin + locations->tag;
+        offsets.content = origin + locations->content;
         if (locations->content < locations->end) {
-            position.text = textFrom(text, position.content);
+            offsets.text = textFrom(text, offsets.content);
         }
-        Position &around = node == top() ? outside_ : positions_[node->parent];
-        if (around.text == nowhere) {
+        Offsets &around = node == top() ? outside_ : offsets_[node->parent];
+        if (around.text == npos) {
             around.text = textFrom(text, origin + locations->end);
         }
     }
@@ -137,16 +137,16 @@ const XmlpNode *Document::top() const
     return document_ != nullptr ? document_->tree->root->firstChild : nullptr;
 }
 
-const Position &Document::positionOf(const XmlpNode *node) const
+const Offsets &Document::offsetsOf(const XmlpNode *node) const
 {
-    static const Position beginning;
-    const auto found = positions_.find(node);
-    return found != positions_.end() ? found->second : beginning;
+    static const Offsets beginning;
+    const auto found = offsets_.find(node);
+    return found != offsets_.end() ? found->second : beginning;
 }
 
-size_t Document::placeInValue(const XmlpNode *node, size_t index) const
+size_t Document::offsetInValue(const XmlpNode *node, size_t index) const
 {
-    size_t at = positionOf(node).content;
+    size_t at = offsetsOf(node).content;
     for (; index > 0 && at < source_.text.size(); index--) {
         // An entity stands for one byte.
         at = source_.text[at] == '&' ? source_.text.find(';', at) + 1 : at + 1;

@@ -1,10 +1,10 @@
 /*
- * The document of a text, with the places of its elements.
+ * The document of a text, with the parents of its elements.
  */
 #ifndef CHECK_DOCUMENT_H
 #define CHECK_DOCUMENT_H
 
-#include "check/source.h"
+#include "check/check.h"
 #include "xmlp/xmlp.h"
 
 #include <cstddef>
@@ -17,13 +17,13 @@
 namespace check
 {
 
-constexpr size_t nowhere = std::string::npos;
+constexpr size_t npos = std::string::npos;
 
 /* Offsets in the text. */
-struct Position {
-    size_t tag = 0;        /* the "<" of the start tag */
-    size_t content = 0;    /* behind the start tag */
-    size_t text = nowhere; /* the first text of its own that is not blank */
+struct Offsets {
+    size_t tag = 0;     /* the "<" of the start tag */
+    size_t content = 0; /* behind the start tag */
+    size_t text = npos; /* the first text of its own that is not blank */
 };
 
 class Document
@@ -35,12 +35,12 @@ public:
     /* The top element; null when the text was refused. */
     const XmlpNode *top() const;
 
-    const Position &positionOf(const XmlpNode *node) const;
+    const Offsets &offsetsOf(const XmlpNode *node) const;
 
     /* Where, in the text, byte number index of the value of node is. */
-    size_t placeInValue(const XmlpNode *node, size_t index) const;
+    size_t offsetInValue(const XmlpNode *node, size_t index) const;
 
-    /* The first text outside the top element that is not blank, or nowhere. */
+    /* The first text outside the top element that is not blank, or npos. */
     size_t outerText() const;
 
 private:
@@ -48,8 +48,8 @@ private:
 
     Source &source_;
     std::unique_ptr<XmlpDoc, void (*)(XmlpDoc *)> document_;
-    std::unordered_map<const XmlpNode *, Position> positions_;
-    Position outside_;
+    std::unordered_map<const XmlpNode *, Offsets> offsets_;
+    Offsets outside_;
 };
 
 /* The value of an element, at most as much of it as a loader can read. */

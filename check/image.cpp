@@ -1,8 +1,8 @@
 // Images: the length field, the compressed stream, the texts in it.
 
-#include "check/image.h"
+#include "check/check_internal.h"
 
-#include "check/failure.h"
+#include "check/database.h"
 #include "loader/loader.h"
 
 #include <algorithm>
@@ -67,7 +67,7 @@ void checkStream(const std::string &region, const Database &database, Source &so
         unpackDatabase({"", region}, here);
     } catch (const Failure &failure) {
         // Behind the name of the file, here an empty one, stands the reason.
-        source.add(Rule::ImageDamaged, 0, std::string(failure.what()).substr(2));
+        source.add(Check::ImageDamaged, 0, std::string(failure.what()).substr(2));
     }
 }
 
@@ -77,10 +77,10 @@ bool checkLength(const std::string &region, const std::string &name, Source &sou
     const uint64_t length = uint64_t{announcedLength(region)} + lengthSize;
     const std::string subject = "the image of the " + name + " takes " + std::to_string(length);
     if (length > APPMNGR_IMAGE_SIZE) {
-        source.add(Rule::ImageSize, 0,
+        source.add(Check::ImageSize, 0,
                    subject + " bytes; there is room for " + std::to_string(APPMNGR_IMAGE_SIZE));
     } else if (length > region.size()) {
-        source.add(Rule::ImageCut, 0,
+        source.add(Check::ImageCut, 0,
                    subject + " bytes, of which the file has " + std::to_string(region.size()));
     } else {
         return true;
@@ -102,14 +102,14 @@ void checkImage(const InputFile &image, const Database &database, Source &fileSo
     const std::string name = database.name;
     const std::string &region = image.contents;
     if (announcedLength(region) < shortestBody) {
-        fileSource.add(Rule::ImageLength, 0,
+        fileSource.add(Check::ImageLength, 0,
                        "the length field of the " + name + " is " +
                            std::to_string(announcedLength(region)) + ", less than 14");
         return;
     }
     const std::string text = deviceText(region, database);
     if (text.size() > database.textLimit) {
-        fileSource.add(Rule::TextSize, 0,
+        fileSource.add(Check::TextSize, 0,
                        "the text of the " + name + " takes more than the " +
                            std::to_string(database.textLimit) + " bytes there is room for");
         return;

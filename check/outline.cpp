@@ -67,7 +67,7 @@ public:
         std::vector<size_t> open;
         for (size_t i = 0; i < outline.count; i++) {
             open.resize(outline.rows[i].depth);
-            parents_[i] = open.empty() ? nowhere : open.back();
+            parents_[i] = open.empty() ? npos : open.back();
             open.push_back(i);
         }
     }
@@ -77,17 +77,17 @@ public:
     {
         const Kind kind = outline_.rows[row].kind;
         if (node->attrs != nullptr) {
-            report(Rule::IgnoredAttribute, node,
-                   "the attributes of " + quoted(node->name) + " are ignored");
+            report(Check::IgnoredAttribute, node,
+                   "the attributes of " + inQuotes(node->name) + " are ignored");
         }
         if (node->type == XMLP_NODE_NONE) {
             if (needsContent(kind)) {
-                report(Rule::EmptyElement, node, quoted(node->name) + " is empty and skipped");
+                report(Check::EmptyElement, node, inQuotes(node->name) + " is empty and skipped");
             }
             return;
         }
         if (holdsElements(kind)) {
-            reportStrayText(document_.positionOf(node).text);
+            reportStrayText(document_.offsetsOf(node).text);
         } else {
             checkValue(node, outline_.rows[row]);
         }
@@ -96,22 +96,22 @@ public:
 
     void reportStrayText(size_t offset)
     {
-        if (offset != nowhere) {
-            source_.add(Rule::StrayText, offset, "text outside the elements that hold text");
+        if (offset != npos) {
+            source_.add(Check::StrayText, offset, "text outside the elements that hold text");
         }
     }
 
 private:
-    void report(Rule rule, const XmlpNode *node, const std::string &message)
+    void report(Check rule, const XmlpNode *node, const std::string &message)
     {
-        source_.add(rule, document_.positionOf(node).tag, message);
+        source_.add(rule, document_.offsetsOf(node).tag, message);
     }
 
     void checkValue(const XmlpNode *node, const OutlineRow &row)
     {
         if (isLong(node)) {
-            report(Rule::LongValue, node,
-                   "the value of " + quoted(node->name) + " takes " +
+            report(Check::LongValue, node,
+                   "the value of " + inQuotes(node->name) + " takes " +
                        std::to_string(node->valueSize) +
                        " bytes and reads as missing; 511 can be read");
         } else if (holdsNumber(row.kind)) {
@@ -131,7 +131,7 @@ private:
                 continue;
             }
             if (!seen.insert(childRow).second && belongsOnce(outline_.rows[childRow].kind)) {
-                report(Rule::RepeatedElement, child, quoted(child->name) + " is repeated");
+                report(Check::RepeatedElement, child, inQuotes(child->name) + " is repeated");
             }
             checkElement(child, childRow);
         }
@@ -164,21 +164,21 @@ private:
             holdsElements(outline_.rows[row].kind) && node->type != XMLP_NODE_NONE;
         const bool isKnown = knownRow(node) != nullptr;
         const std::string fault =
-            quoted(node->name) +
+            inQuotes(node->name) +
             (isKnown
-                 ? " does not belong in " + quoted(outline_.rows[row].name) + placesOf(node)
-                 : " is not known; the nearest known name is " + quoted(nearestName(node, row)));
-        if (isReached && outline_.refusesOthers) {
-            report(Rule::RefusedElement, node, fault);
+                 ? " does not belong in " + inQuotes(outline_.rows[row].name) + parentsOf(node)
+                 : " is not known; the nearest known name is " + inQuotes(nearestName(node, row)));
+        if (isReached && outline_.rejectsOthers) {
+            report(Check::RejectedElement, node, fault);
         } else if (isReached && isKnown && holdsRecord(node)) {
-            report(Rule::UncountedRecord, node, fault);
+            report(Check::UncountedRecord, node, fault);
         } else {
-            report(isKnown ? Rule::MisplacedElement : Rule::UnknownElement, node, fault);
+            report(isKnown ? Check::MisplacedElement : Check::UnknownElement, node, fault);
         }
     }
 
     // Where the elements with the name of node belong, for a message.
-    std::string placesOf(const XmlpNode *node) const
+    std::string parentsOf(const XmlpNode *node) const
     {
         std::set<std::string> parents;
         for (size_t i = 1; i < outline_.count; i++) {
@@ -186,18 +186,18 @@ private:
                 parents.insert(outline_.rows[parents_[i]].name);
             }
         }
-        std::string places;
+        std::string parents;
         for (const std::string &name : parents) {
-            places += (places.empty() ? " but in " : " or ") + quoted(name);
+            parents += (parents.empty() ? " but in " : " or ") + inQuotes(name);
         }
-        return places;
+        return parents;
     }
 
     // Of names that are equally near, one that belongs in an element of the given row.
     const char *nearestName(const XmlpNode *node, size_t row) const
     {
         const char *nearest = "";
-        size_t least = nowhere;
+        size_t least = npos;
         for (size_t i = 0; i < outline_.count; i++) {
             const size_t distance =
                 2 * editDistance(node->name, outline_.rows[i].name) + (parents_[i] == row ? 0 : 1);

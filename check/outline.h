@@ -4,8 +4,8 @@
 #ifndef CHECK_OUTLINE_H
 #define CHECK_OUTLINE_H
 
+#include "check/check.h"
 #include "check/document.h"
-#include "check/source.h"
 
 #include <cstddef>
 #include <string>
@@ -35,7 +35,7 @@ struct OutlineRow {
 struct Outline {
     const OutlineRow *rows; /* in document order; the first is the top element */
     size_t count;
-    bool refusesOthers; /* its loader fails at elements that do not belong */
+    bool rejectsOthers; /* its loader fails at elements that do not belong */
 
     /* Names of the elements that take up a record wherever the loader meets them; null at the end.
      */
@@ -43,7 +43,7 @@ struct Outline {
 };
 
 /*
- * Reports what is wrong with the elements of document one by one: their names, places and values.
+ * Reports what is wrong with the elements of document one by one: their names, parents and values.
  * The top element must be that of the outline.
  */
 void checkOutline(const Document &document, const Outline &outline, Source &source);

@@ -1,6 +1,6 @@
 // The rules of the priority database.
 
-#include "check/priority.h"
+#include "check/check_internal.h"
 
 #include "appmngr/appmngr_model.h"
 #include "check/outline.h"
@@ -52,14 +52,14 @@ public:
             checkSorts(list);
         }
         if (sortCount_ == 0) {
-            report(Rule::NoSort, top, "the priority database has no sort");
+            report(Check::NoSort, top, "the priority database has no sort");
         }
     }
 
 private:
-    void report(Rule rule, const XmlpNode *node, const std::string &message)
+    void report(Check rule, const XmlpNode *node, const std::string &message)
     {
-        source_.add(rule, document_.positionOf(node).tag, message);
+        source_.add(rule, document_.offsetsOf(node).tag, message);
     }
 
     void checkSorts(const XmlpNode *list)
@@ -81,9 +81,9 @@ private:
         const XmlpNode *last = declared.empty() ? nullptr : declared.back();
         const auto number = static_cast<uint32_t>(last != nullptr ? numberOf(last) : 0);
         if (number != count && (last == nullptr || !isLong(last))) {
-            report(Rule::CountMismatch, last != nullptr ? last : list,
-                   quoted(name) + " is " +
-                       (last != nullptr ? quoted(valueOf(last)) : std::string("missing")) +
+            report(Check::CountMismatch, last != nullptr ? last : list,
+                   inQuotes(name) + " is " +
+                       (last != nullptr ? inQuotes(valueOf(last)) : std::string("missing")) +
                        "; the number of " + what + " is " + std::to_string(count));
         }
     }
@@ -92,12 +92,12 @@ private:
     size_t checkSort(const XmlpNode *sort)
     {
         if (childrenNamed(sort, "type").empty()) {
-            report(Rule::UnlistedSort, sort, "the sort has no type and is dropped");
+            report(Check::UnlistedSort, sort, "the sort has no type and is dropped");
         }
         for (const XmlpNode *prio : childrenNamed(sort, "prio")) {
             if (numberOf(prio) < 0 || numberOf(prio) > highestPriority) {
-                report(Rule::PriorityRange, prio,
-                       "the priority " + quoted(valueOf(prio)) + " is taken as " +
+                report(Check::PriorityRange, prio,
+                       "the priority " + inQuotes(valueOf(prio)) + " is taken as " +
                            std::to_string(static_cast<uint8_t>(numberOf(prio))));
             }
         }
@@ -114,11 +114,11 @@ private:
     void checkApp(const XmlpNode *app)
     {
         if (childrenNamed(app, "appName").empty()) {
-            report(Rule::UnlistedApp, app, "the application has no appName and is dropped");
+            report(Check::UnlistedApp, app, "the application has no appName and is dropped");
         }
         const std::vector<const XmlpNode *> ids = childrenNamed(app, "appId");
         if (ids.empty()) {
-            report(Rule::MissingId, app, "the application has no appId");
+            report(Check::MissingId, app, "the application has no appId");
         } else {
             checkAppId(ids.back());
         }
@@ -128,14 +128,14 @@ private:
     {
         const auto number = static_cast<uint32_t>(numberOf(id));
         if (number >= APPMNGR_APP_ID_LIMIT) {
-            report(Rule::AppIdRange, id,
-                   "the id " + quoted(valueOf(id)) + " is not within 0 to 4095");
+            report(Check::AppIdRange, id,
+                   "the id " + inQuotes(valueOf(id)) + " is not within 0 to 4095");
         } else if (known_ != nullptr && known_->count(number) == 0) {
-            report(Rule::UnknownApp, id,
+            report(Check::UnknownApp, id,
                    "the application database has no application " + std::to_string(number));
         }
         if (!appIds_.insert(number).second) {
-            report(Rule::DuplicateAppId, id,
+            report(Check::DuplicateAppId, id,
                    "application " + std::to_string(number) +
                        " is listed already; the last sort that lists it counts");
         }

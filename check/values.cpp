@@ -1,14 +1,15 @@
-// The values of elements: numbers, texts of limited length, expiry dates.
+// The values of elements: numbers, texts of limited length, expiry dates, tuples.
 
 #include "check/values.h"
 
 #include "appmngr/appmngr.h"
+#include "check/check_internal.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <array>
 #include <cstdlib>
 #include <ctime>
-#include <string>
 
 namespace check
 {
@@ -81,6 +82,101 @@ bool isPast(const Date &date, bool hasTime)
     return date < today;
 }
 
+// Bytes of a tuple that the loader looks at.
+constexpr size_t tupleLimit = 63;
+
+constexpr uint32_t protocols[] = {6, 17, 1};
+
+bool isProtocol(std::string_view name)
+{
+    return std::any_of(std::begin(protocols), std::end(protocols), [name](uint32_t protocol) {
+        return appmngr_strcasecmp(std::string(name).c_str(), appmngr_utils_proto2str(protocol)) ==
+               0;
+    });
+}
+
+bool isAddress(std::string_view text)
+{
+    struct in_addr address = {};
+    return text == "0" || inet_pton(AF_INET, std::string(text).c_str(), &address) == 1;
+}
+
+class TupleChecker
+{
+public:
+    TupleChecker(const Document &document, const XmlpNode *node, Source &source)
+        : document_(document), node_(node), source_(source),
+          text_(valueOf(node).substr(0, tupleLimit))
+    {
+    }
+
+    bool check()
+    {
+        const std::vector<std::string_view> words = split(text_, " \t\r\n");
+        checkLength();
+        if (words.size() != 3) {
+            return reject(text_, "is not PROTOCOL ADDRESS:PORT ADDRESS:PORT");
+        }
+        if (!isProtocol(words[0])) {
+            return reject(words[0], "is none of the protocols tcp, udp and icmp");
+        }
+        return checkEndpoint(words[1]) && checkEndpoint(words[2]);
+    }
+
+private:
+    void report(Check rule, std::string_view part, const std::string &message)
+    {
+        const auto index = static_cast<size_t>(part.data() - text_.data());
+        source_.add(rule, document_.offsetInValue(node_, text_.empty() ? 0 : index),
+                    inQuotes(part) + " " + message);
+    }
+
+    bool reject(std::string_view part, const std::string &message)
+    {
+        report(Check::BadTuple, part, message);
+        return false;
+    }
+
+    // What is cut off does not matter when it is blank.
+    void checkLength()
+    {
+        if (valueOf(node_).find_last_not_of(" \t\r\n") + 1 > tupleLimit) {
+            checkTextLength(document_, node_, tupleLimit, source_);
+        }
+    }
+
+    bool checkEndpoint(std::string_view endpoint)
+    {
+        const std::vector<std::string_view> parts = split(endpoint, ":");
+        if (parts.size() != 2) {
+            return reject(endpoint, "is not ADDRESS:PORT");
+        }
+        if (!isAddress(parts[0])) {
+            return reject(parts[0], "is no IPv4 address; any address is written 0");
+        }
+        checkPort(parts[1]);
+        return true;
+    }
+
+    void checkPort(std::string_view port)
+    {
+        const char *warning = numberWarning(port);
+        const int32_t number = appmngr_atoi(std::string(port).c_str());
+        if (warning != nullptr) {
+            report(Check::BadNumber, port, warning);
+        } else if (number < 0 || number > UINT16_MAX) {
+            report(Check::PortRange, port,
+                   "is no port; the loader takes it as " +
+                       std::to_string(static_cast<uint16_t>(number)));
+        }
+    }
+
+    const Document &document_;
+    const XmlpNode *node_;
+    Source &source_;
+    std::string_view text_;
+};
+
 } // namespace
 
 int32_t numberOf(const XmlpNode *node)
@@ -89,7 +185,7 @@ int32_t numberOf(const XmlpNode *node)
     return appmngr_getNodeInt(node, &number) == 0 ? number : 0;
 }
 
-const char *doubtAbout(std::string_view number)
+const char *numberWarning(std::string_view number)
 {
     const std::string text(number);
     char *end = nullptr;
@@ -107,18 +203,18 @@ const char *doubtAbout(std::string_view number)
 void checkNumber(const Document &document, const XmlpNode *node, Source &source)
 {
     const std::string_view value = valueOf(node);
-    const char *doubt = doubtAbout(value);
-    if (doubt != nullptr) {
-        source.add(Rule::BadNumber, document.positionOf(node).content,
-                   "the number " + quoted(value) + " of " + quoted(node->name) + " " + doubt);
+    const char *warning = numberWarning(value);
+    if (warning != nullptr) {
+        source.add(Check::BadNumber, document.offsetsOf(node).content,
+                   "the number " + inQuotes(value) + " of " + inQuotes(node->name) + " " + warning);
     }
 }
 
 void checkTextLength(const Document &document, const XmlpNode *node, size_t limit, Source &source)
 {
     if (node->valueSize > limit) {
-        source.add(Rule::CutText, document.placeInValue(node, limit),
-                   quoted(node->name) + " takes " + std::to_string(node->valueSize) +
+        source.add(Check::CutText, document.offsetInValue(node, limit),
+                   inQuotes(node->name) + " takes " + std::to_string(node->valueSize) +
                        " bytes and is cut here; there is room for " + std::to_string(limit));
     }
 }
@@ -126,17 +222,17 @@ void checkTextLength(const Document &document, const XmlpNode *node, size_t limi
 void checkExpiry(const Document &document, const XmlpNode *node, bool isRead, Source &source)
 {
     const std::string_view text = valueOf(node).substr(0, expiryLimit);
-    const size_t offset = document.positionOf(node).content;
+    const size_t offset = document.offsetsOf(node).content;
     Date date = {};
     const bool isReadable = readDate(text, date);
     if (!isReadable && isRead) {
-        source.add(Rule::BadExpiry, offset,
-                   quoted(text) + " is not YYYY-MM-DD or YYYY-MM-DD hh:mm:ss");
+        source.add(Check::BadExpiry, offset,
+                   inQuotes(text) + " is not YYYY-MM-DD or YYYY-MM-DD hh:mm:ss");
     } else if (!isReadable || !isWellWritten(text) || !isOfCalendar(date)) {
-        source.add(Rule::UnclearExpiry, offset,
-                   quoted(text) + " is no date as YYYY-MM-DD or YYYY-MM-DD hh:mm:ss");
+        source.add(Check::UnclearExpiry, offset,
+                   inQuotes(text) + " is no date as YYYY-MM-DD or YYYY-MM-DD hh:mm:ss");
     } else if (isPast(date, split(text, blanks).size() > 1)) {
-        source.add(Rule::PastExpiry, offset, quoted(text) + " is in the past");
+        source.add(Check::PastExpiry, offset, inQuotes(text) + " is in the past");
     }
 }
 
@@ -150,6 +246,11 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
         at = text.find_first_not_of(separators, end);
     }
     return pieces;
+}
+
+bool checkTuple(const Document &document, const XmlpNode *node, Source &source)
+{
+    return !isLong(node) && TupleChecker(document, node, source).check();
 }
 
 } // namespace check

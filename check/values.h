@@ -1,16 +1,14 @@
 /*
- * The values of elements: numbers, texts of limited length, expiry dates.
+ * The values of elements: numbers, texts of limited length, expiry dates, tuples.
  */
 #ifndef CHECK_VALUES_H
 #define CHECK_VALUES_H
 
 #include "check/document.h"
-#include "check/source.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 namespace check
 {
@@ -19,7 +17,7 @@ namespace check
 int32_t numberOf(const XmlpNode *node);
 
 /* What makes a number a doubtful one, as the end of a sentence about it; null for nothing. */
-const char *doubtAbout(std::string_view number);
+const char *numberWarning(std::string_view number);
 
 /* Reports a value that is a doubtful number. */
 void checkNumber(const Document &document, const XmlpNode *node, Source &source);
@@ -35,6 +33,9 @@ void checkExpiry(const Document &document, const XmlpNode *node, bool isRead, So
 
 /* The pieces of text between the bytes of separators; runs of these count as one. */
 std::vector<std::string_view> split(std::string_view text, std::string_view separators);
+
+/* Reports what is wrong with a tuple; returns whether the loader makes a rule of it. */
+bool checkTuple(const Document &document, const XmlpNode *node, Source &source);
 
 } // namespace check
 

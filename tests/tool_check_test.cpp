@@ -1,7 +1,6 @@
 // The check of tarn-db-tool: the findings of each file that is listed, and the places shown.
 
-#include "check/file_kind.h"
-#include "check/report.h"
+#include "check/check.h"
 #include "tests/faults.h"
 #include "tests/lzma_image.h"
 #include "tests/update_file.h"
@@ -149,7 +148,7 @@ TEST(Check, FindsWhatIsListed)
         std::ofstream(path) << found;
     }
     const std::string page = contents(TARN_SOURCE "/docs/check.md");
-    for (const check::RuleDescription &rule : check::allRules()) {
+    for (const check::CheckDescription &rule : check::allChecks()) {
         const std::string name = rule.name;
         const char *const word = rule.severity == check::Severity::Error ? "Error" : "Warning";
         EXPECT_NE(found.find("[" + name + "]"), found.npos) << name << " is not found";

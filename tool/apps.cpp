@@ -1,7 +1,7 @@
 // tarn-db-tool apps - the applications of an image.
 
 #include "appmngr/appmngr.h"
-#include "check/tables.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"

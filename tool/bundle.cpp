@@ -1,5 +1,4 @@
 #include "check/database.h"
-#include "check/failure.h"
 #include "dbimage/dbimage.h"
 #include "tool/commands.h"
 #include "tool/file.h"

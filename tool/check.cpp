@@ -1,8 +1,7 @@
 // tarn-db-tool check - everything that is wrong or suspicious in databases, as a compiler says it.
 
-#include "check/colour.h"
-#include "check/file_kind.h"
-#include "check/report.h"
+#include "check/check.h"
+#include "check/output.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 
@@ -22,7 +21,7 @@ namespace
 int check(const Arguments &arguments)
 {
     if (arguments.listsRules) {
-        writeStandardOutput(check::listRules(arguments.json));
+        writeStandardOutput(check::listChecks(arguments.json));
         return 0;
     }
     std::deque<check::Source> sources;

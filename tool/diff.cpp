@@ -1,8 +1,8 @@
 // tarn-db-tool diff - what changed from one application database to another.
 
-#include "check/colour.h"
-#include "check/failure.h"
-#include "check/tables.h"
+#include "check/database.h"
+#include "check/device.h"
+#include "check/output.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/record.h"

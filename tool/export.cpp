@@ -1,8 +1,8 @@
 // tarn-db-tool export - the rules of an image as database.json.
 
 #include "appmngr/appmngr.h"
-#include "check/failure.h"
-#include "check/tables.h"
+#include "check/database.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 

@@ -2,7 +2,7 @@
 
 #include "tool/file.h"
 
-#include "check/failure.h"
+#include "check/database.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -4,7 +4,7 @@
 #ifndef TOOL_FILE_H
 #define TOOL_FILE_H
 
-#include "check/input_file.h"
+#include "check/database.h"
 
 #include <string>
 #include <vector>

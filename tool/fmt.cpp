@@ -1,7 +1,7 @@
 // tarn-db-tool fmt - an XML text, indented or compact.
 
-#include "check/diagnostics.h"
-#include "check/failure.h"
+#include "check/database.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "xmlp/xmlp.h"

@@ -4,7 +4,7 @@
 #ifndef TOOL_JSON_H
 #define TOOL_JSON_H
 
-#include "check/json.h"
+#include "check/output.h"
 
 namespace tool
 {

@@ -1,9 +1,8 @@
 // tarn-db-tool messages - what a load of an image would send to the kernel.
 
 #include "appdist/appdist.h"
-#include "check/diagnostics.h"
-#include "check/failure.h"
-#include "check/tables.h"
+#include "check/database.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/record.h"

@@ -1,7 +1,7 @@
 // Lists the priority database of an image.
 
 #include "apppri/apppri.h"
-#include "check/tables.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"

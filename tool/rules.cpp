@@ -1,8 +1,8 @@
 // tarn-db-tool rules - the rules of one application of an image.
 
 #include "appmngr/appmngr.h"
-#include "check/failure.h"
-#include "check/tables.h"
+#include "check/database.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 #include "tool/json.h"

@@ -1,6 +1,6 @@
 // tarn-db-tool seal and unseal - the two directions of one operation on files.
 
-#include "check/failure.h"
+#include "check/database.h"
 #include "dbimage/dbimage.h"
 #include "tool/commands.h"
 #include "tool/file.h"

@@ -1,7 +1,7 @@
 // tarn-db-tool show - header and all rules of an image.
 
 #include "appmngr/appmngr.h"
-#include "check/tables.h"
+#include "check/device.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 

@@ -1,5 +1,5 @@
 #include "appmngr/appmngr_model.h"
-#include "check/diagnostics.h"
+#include "check/device.h"
 #include "dbimage/dbimage.h"
 #include "tool/commands.h"
 #include "tool/file.h"

@@ -1,13 +1,23 @@
 /*
- * Colour on a terminal.
+ * What the output of a program can be: JSON, and in colour on a terminal.
  */
-#ifndef CHECK_COLOUR_H
-#define CHECK_COLOUR_H
+#ifndef CHECK_OUTPUT_H
+#define CHECK_OUTPUT_H
+
+#include <nlohmann/json.hpp>
 
 #include <string>
 
 namespace check
 {
+
+using Json = nlohmann::ordered_json;
+
+/*
+ * The text of document. Invalid UTF-8, such as a character cut at the end of its field, becomes
+ * U+FFFD.
+ */
+std::string jsonText(const Json &document, int indent = -1);
 
 enum class Colour { Red = 31, Green = 32, Yellow = 33 };
 

@@ -1,17 +1,11 @@
-// A text of a database: its document, the rules of its database, and what the loader says.
+// A file of any kind, and the text of a database, wherever it comes from.
 
-#include "check/text.h"
+#include "check/check_internal.h"
+#include "check/device.h"
 
 #include "appmngr/appmngr.h"
-#include "check/application.h"
-#include "check/device.h"
-#include "check/document.h"
-#include "check/failure.h"
-#include "check/input_file.h"
-#include "check/priority.h"
 
 #include <algorithm>
-#include <string>
 
 namespace check
 {
@@ -34,7 +28,7 @@ void checkLoad(const Database &database, Source &source)
         isPriority(database) ? loadPriorityText(source.text) : loadApplicationText(source.text);
     const std::string line = firstDiagnostic(run);
     if (run.status != 0 || !line.empty()) {
-        source.add(Rule::LoaderLine, 0, "the loader reports " + line);
+        source.add(Check::LoaderLine, 0, "the loader reports " + line);
     }
 }
 
@@ -43,8 +37,9 @@ void checkDocument(const Database &database, const Document &document, Source &s
 {
     const char *const root = isPriority(database) ? "AppSortDB" : "AppDB";
     if (!isNamed(document.top(), root)) {
-        source.add(Rule::WrongRoot, document.positionOf(document.top()).tag,
-                   "the top element is " + quoted(document.top()->name) + ", not " + quoted(root));
+        source.add(Check::WrongRoot, document.offsetsOf(document.top()).tag,
+                   "the top element is " + inQuotes(document.top()->name) + ", not " +
+                       inQuotes(root));
         return;
     }
     if (isPriority(database)) {
@@ -61,7 +56,7 @@ void checkDocument(const Database &database, const Document &document, Source &s
 void checkRoom(const Database &database, Source &source)
 {
     if (source.text.size() > database.textLimit) {
-        source.add(Rule::TextSize, database.textLimit,
+        source.add(Check::TextSize, database.textLimit,
                    "the text takes " + std::to_string(source.text.size()) +
                        " bytes; there is room for " + std::to_string(database.textLimit));
         return;
@@ -70,7 +65,7 @@ void checkRoom(const Database &database, Source &source)
         packDatabase({"", source.text}, database);
     } catch (const Failure &failure) {
         // Behind the name of the file, here an empty one, stands the reason.
-        source.add(Rule::ImageSize, 0, std::string(failure.what()).substr(2));
+        source.add(Check::ImageSize, 0, std::string(failure.what()).substr(2));
     }
 }
 
@@ -112,6 +107,23 @@ void checkXmlFile(Source &source)
     AppIds none;
     if (document.top() != nullptr) {
         checkDocument(database, document, source, none);
+    }
+}
+
+void checkFile(const InputFile &file, std::deque<Source> &sources)
+{
+    const bool isXml = looksLikeXml(file.contents);
+    // A digest is not right by chance.
+    if (hasContainerDigest(file.contents) || (!isXml && hasContainerStructure(file.contents))) {
+        checkContainerFile(file, sources);
+    } else if (isXml) {
+        checkXmlFile(sources.emplace_back(Source{file.name, "", file.contents, {}}));
+    } else if (looksLikeImage(file.contents)) {
+        checkImageFile(file, sources);
+    } else {
+        sources.emplace_back(Source{file.name, "", "", {}})
+            .add(Check::UnknownFormat, 0,
+                 "the file is neither an XML text nor an image nor an update container");
     }
 }
 

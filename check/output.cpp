@@ -1,10 +1,17 @@
-#include "check/colour.h"
+// JSON documents and the escape sequences of terminals.
+
+#include "check/output.h"
 
 #include <cstdlib>
 #include <unistd.h>
 
 namespace check
 {
+
+std::string jsonText(const Json &document, int indent)
+{
+    return document.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
 
 bool showsColour(int descriptor)
 {
