@@ -27,12 +27,8 @@ XmlpNode *xmlp_seekXml(const XmlpDoc *doc, const char *path)
     return node;
 }
 
-XmlpNode *_openPath(const XmlpOperation &operation, XmlpDoc *doc, const char *path, bool complete)
+XmlpNode *_lockNode(const XmlpOperation &operation, XmlpDoc *doc, const char *path)
 {
-    if (doc == nullptr || path == nullptr || !complete) {
-        _xmlp_report(operation.name, operation.invalidParams, "invalid params.");
-        return nullptr;
-    }
     if (operation.staticXml != 0 && doc->tree->isStatic != 0) {
         _xmlp_report(operation.name, operation.staticXml, "static xml.");
         return nullptr;

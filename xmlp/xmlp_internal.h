@@ -75,7 +75,7 @@ extern char _xmlp_itemName[];
 /* Frees an attribute list with its names and values. */
 void _freeAttrList(XmlpAttr *attrs);
 
-/* Returns a copy of size bytes with zeros bytes 0 behind it, or null. */
+/* Returns a copy of size bytes followed by zeros 0 bytes, or null. */
 unsigned char *_copyBytes(const void *bytes, size_t size, size_t zeros);
 
 /* Returns a NUL-terminated copy of length bytes, or null. */
@@ -135,8 +135,8 @@ XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const
 /* ---- Path-addressed operations --------------------------------------------------------- */
 
 /*
- * What the operations differ in: the name and the lines that they report under, the node types that
- * they accept. Line 0: this is not checked or fails without a message.
+ * What differs between operations: the name and lines that they report, the node types that they
+ * accept. Line 0 stands for a check that is not made or fails without a message.
  */
 struct XmlpOperation {
     const char *name;
@@ -150,14 +150,21 @@ struct XmlpOperation {
     uint32_t otherType = XMLP_NODE_NONE;
 };
 
-/*
- * Checks the arguments, locks the document and returns the node at path; null, reported and with
- * the document unlocked, if something is wrong. complete is false if the operation misses one of
- * its other arguments.
- */
-XmlpNode *_openPath(const XmlpOperation &operation, XmlpDoc *doc, const char *path, bool complete);
+/* Locks the document and returns the node at path; null, reported and unlocked, if it fails. */
+XmlpNode *_lockNode(const XmlpOperation &operation, XmlpDoc *doc, const char *path);
 
-/* Stores a copy of the node's value with zeros bytes 0 behind it. Reports nothing. */
+/* The same after checking the arguments. complete is false if any other argument is missing. */
+static inline XmlpNode *_openPath(const XmlpOperation &operation, XmlpDoc *doc, const char *path,
+                                  bool complete)
+{
+    if (doc == nullptr || path == nullptr || !complete) {
+        _xmlp_report(operation.name, operation.invalidParams, "invalid params.");
+        return nullptr;
+    }
+    return _lockNode(operation, doc, path);
+}
+
+/* Stores a copy of the node's value followed by zeros 0 bytes. Reports nothing. */
 int _copyNodeValue(XmlpValue *copy, const XmlpNode *node, uint32_t zeros);
 
 /* Adds the attributes in order, up to the first that fails. */
