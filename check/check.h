@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace check
@@ -92,6 +93,9 @@ struct Finding {
     size_t offset; /* in the text, in bytes */
     std::string message;
 };
+
+/* The beginning of text in quotes, for a message. */
+std::string inQuotes(std::string_view text);
 
 /* A text of a file; or the file around its texts, then without a text of its own. */
 struct Source {

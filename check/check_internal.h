@@ -7,6 +7,7 @@
 #include "check/check.h"
 #include "check/document.h"
 
+#include <array>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -14,10 +15,7 @@
 namespace check
 {
 
-/* The beginning of text in quotes, for a message. */
-std::string inQuotes(std::string_view text);
-
-/* Whether a text begins as an XML document does: with a mark, or with a tag. */
+/* Whether a text begins as an XML document does: with a BOM or with a tag. */
 bool looksLikeXml(const std::string &text);
 
 /* The ids of the applications of a database, when its text could be read. */
@@ -32,17 +30,20 @@ void checkText(const Database &database, Source &source, AppIds &appIds);
 /* Checks the text of a file that is an XML document: of either database, and still to be packed. */
 void checkXmlFile(Source &source);
 
-/* Whether there is something like an image of either database in the file. */
-bool looksLikeImage(const std::string &file);
+/* The images of both databases, in the order of the table. */
+using Images = std::array<Image, 2>;
+
+/* Whether one of them is something like an image. */
+bool isPlausible(const Images &images);
 
 /* Checks an image file with the databases in it. */
-void checkImageFile(const InputFile &file, std::deque<Source> &sources);
+void checkImageFile(const InputFile &file, const Images &images, std::deque<Source> &sources);
 
 /*
- * Checks the image of one database, which is the contents of image. fileSource gets what is wrong
- * with the image, and a source of its own, added to sources, what is wrong with the text.
+ * Checks the image of one database. file gets what is wrong with the image, and a source of its
+ * own, added to sources, what is wrong with the text.
  */
-void checkImage(const InputFile &image, const Database &database, Source &fileSource,
+void checkImage(const Image &image, const Database &database, Source &file,
                 std::deque<Source> &sources, AppIds &appIds);
 
 /* Whether the file begins with the digest of a container. */

@@ -83,10 +83,10 @@ private:
 
     void checkFile(const dbimage_file &file)
     {
-        if (file.type == DBIMAGE_TYPE_APP) {
-            checkDatabase(file, applicationDatabase);
-        } else if (file.type == DBIMAGE_TYPE_PRIORITY) {
-            checkDatabase(file, priorityDatabase);
+        for (const Database &database : databases) {
+            if (file.type == database.fileType) {
+                checkDatabase(file, database);
+            }
         }
     }
 
@@ -95,7 +95,7 @@ private:
         // A device decrypts into the buffer that the text is unpacked into later.
         uint32_t length = database.textLimit + 1;
         std::string plain(length, '\0');
-        const LoaderRun run = captureRun(
+        const Run run = captureRun(
             [&] { return appmngr_decrypt(plain.data(), &length, file.data, file.size); });
         if (run.status <= 0) {
             report(Check::FileDigest, subject_ + " of " + std::to_string(file.size) +
@@ -104,9 +104,9 @@ private:
         }
         checkHeader(dbimage_readHeader(plain.data()), database);
         dbimage_completeImage(plain.data());
-        const size_t imageAt = offsetof(dbimage_fileHeader, reserved);
-        checkImage({file_.name, plain.substr(imageAt, length - imageAt)}, database, source_,
-                   sources_, appIds_);
+        plain.resize(length);
+        checkImage(readImage(plain, offsetof(dbimage_fileHeader, reserved), database), database,
+                   source_, sources_, appIds_);
     }
 
     void checkHeader(const dbimage_fileHeader &header, const Database &database)
@@ -115,7 +115,7 @@ private:
         char accepted[8];
         snprintf(version, sizeof(version), "%u.%u.%u", header.version[0], header.version[1],
                  header.version[2]);
-        if (&database == &applicationDatabase && !appmngr_checkVersion(version, accepted)) {
+        if (database.hasSeries && !appmngr_checkVersion(version, accepted)) {
             report(Check::FileVersion, subject_ + " is of version " + version + ", not 1.2.x");
         }
         if (!dbimage_isKnownMagic(&header)) {
@@ -131,7 +131,7 @@ private:
     // Of what no rule explains, the product's own line is reported.
     void reportUnexplained()
     {
-        const LoaderRun run = writeContainer(file_.contents);
+        const Run run = runUpdate(file_.contents);
         const bool isExplained =
             std::any_of(sources_.begin(), sources_.end(), [this](const Source &source) {
                 return source.file == source_.file && source.hasErrors();

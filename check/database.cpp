@@ -1,7 +1,10 @@
-// Database images: packing a text into one and getting it back.
+// The table of databases; packing a text into an image and getting it back.
 
 #include "check/database.h"
 
+#include "appmngr/appmngr.h"
+#include "apppri/apppri.h"
+#include "dbimage/dbimage.h"
 #include "loader/loader.h"
 
 #include <algorithm>
@@ -11,8 +14,17 @@
 namespace check
 {
 
-const Database applicationDatabase = {"application database", 0, 204799};
-const Database priorityDatabase = {"priority database", 163840, 65535};
+const Database databases[] = {
+    {"application database", "AppDB", g_appmngr_settings.imageOffset,
+     g_appmngr_settings.xmlBufSize - 1, DBIMAGE_TYPE_APP, true, appmngr_file_alloc,
+     &g_appmngr_xmlBuf, appmngr_analyzeDbFile, [] { appmngr_file_free(); },
+     [] { appmngr_dbReInit(); }},
+    {"priority database", "AppSortDB", APPPRI_IMAGE_OFFSET, g_apppri_profile.bufSize - 1,
+     DBIMAGE_TYPE_PRIORITY, false, apppri_DBResAlloc, &apppri_db.xmlBuf, apppri_analyzeDBFile,
+     apppri_DBResFree, [] { apppri_DBReInit(); }},
+};
+const Database &applicationDatabase = databases[0];
+const Database &priorityDatabase = databases[1];
 
 namespace
 {
@@ -46,7 +58,7 @@ Compressed compress(const InputFile &text)
     const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}};
 
     Compressed result = {};
-    // More than incompressible input and the end mark grow to.
+    // More than incompressible input and the end marker grow to.
     result.stream.resize(input.size() + input.size() / 4 + 256);
     size_t length = 0;
     if (!presetKnown || lzma_properties_encode(&filters[0], result.properties) != LZMA_OK ||
@@ -76,14 +88,14 @@ void appendLittleEndian64(std::string &bytes, uint64_t value)
 uint64_t littleEndian64(const unsigned char *bytes)
 {
     uint64_t value = 0;
-    for (int i = 7; i >= 0; --i) {
+    for (int i = 7; i >= 0; i--) {
         value = value << 8 | bytes[i];
     }
     return value;
 }
 
-// An end mark proves a stream complete. Without one the header's text length does, when the packer
-// filled it in: neither 0 nor the all-ones of an unknown length.
+// An end marker proves a stream complete. Without one the header's text length does, when the
+// packer filled it in: neither 0 nor the all-ones of an unknown length.
 bool endsTooEarly(const unsigned char *header, uint32_t textLength)
 {
     const uint64_t announced = littleEndian64(header + unpackedSizeAt);
@@ -93,29 +105,10 @@ bool endsTooEarly(const unsigned char *header, uint32_t textLength)
 uint32_t bigEndian32(std::string_view bytes)
 {
     uint32_t value = 0;
-    for (size_t i = 0; i < 4; ++i) {
+    for (size_t i = 0; i < 4; i++) {
         value = value << 8 | static_cast<unsigned char>(bytes[i]);
     }
     return value;
-}
-
-// Header and stream of a database's image.
-std::string_view bodyOf(const InputFile &image, const Database &database)
-{
-    const std::string name = database.name;
-    const std::string_view file = image.contents;
-    const std::string_view region =
-        file.substr(std::min<size_t>(database.offset, file.size()), APPMNGR_IMAGE_SIZE);
-    const uint32_t length = region.size() < lengthSize ? 0 : bigEndian32(region);
-    if (length < headerSize) {
-        throw Failure(image.name,
-                      "has no " + name + " at offset " + std::to_string(database.offset));
-    }
-    if (length > region.size() - lengthSize) {
-        throw Failure(image.name, "the image of the " + name + " is cut off: it takes " +
-                                      std::to_string(length) + " bytes after its length field");
-    }
-    return region.substr(lengthSize, length);
 }
 
 } // namespace
@@ -136,28 +129,52 @@ std::string packDatabase(const InputFile &text, const Database &database)
     return image + compressed.stream;
 }
 
-std::string unpackDatabase(const InputFile &image, const Database &database)
+Image readImage(const std::string &file, uint32_t offset, const Database &database)
+{
+    std::string region = file.substr(std::min<size_t>(offset, file.size()), APPMNGR_IMAGE_SIZE);
+    Image image = {};
+    image.present = region.size();
+    region.resize(APPMNGR_IMAGE_SIZE);
+    const uint32_t announced = bigEndian32(region);
+    image.length = uint64_t{announced} + lengthSize;
+    image.isThere = announced >= headerSize;
+    image.isComplete = image.length <= image.present;
+    if (image.isThere) {
+        const auto *header = reinterpret_cast<const unsigned char *>(region.data()) + lengthSize;
+        uint32_t bodyLength = std::min(announced, APPMNGR_IMAGE_SIZE - lengthSize);
+        uint32_t textLength = database.textLimit + 1;
+        image.text.resize(textLength);
+        const int result = appmngr_lzmaUnpack(image.text.data(), &textLength, header, &bodyLength);
+        image.text.resize(textLength);
+        image.isIntact = result == APPMNGR_LZMA_ERR_INPUT_END ? !endsTooEarly(header, textLength)
+                                                              : result == APPMNGR_LZMA_OK;
+    }
+    return image;
+}
+
+std::string unpackDatabase(const InputFile &file, const Database &database)
 {
     const std::string name = database.name;
-    const std::string_view body = bodyOf(image, database);
-    const unsigned char *const header = reinterpret_cast<const unsigned char *>(body.data());
-    std::string text(database.textLimit + 1, '\0');
-    uint32_t bodyLength = static_cast<uint32_t>(body.size());
-    uint32_t textLength = database.textLimit + 1;
-
-    const int result = appmngr_lzmaUnpack(text.data(), &textLength, header, &bodyLength);
-    if (result == APPMNGR_LZMA_ERR_INPUT_END ? endsTooEarly(header, textLength)
-                                             : result != APPMNGR_LZMA_OK) {
-        throw Failure(image.name, "the image of the " + name + " is corrupt after " +
-                                      std::to_string(textLength) + " bytes of text");
+    Image image = readImage(file.contents, database.offset, database);
+    if (!image.isThere) {
+        throw Failure(file.name,
+                      "has no " + name + " at offset " + std::to_string(database.offset));
     }
-    if (textLength > database.textLimit) {
-        throw Failure(image.name, "the text of the " + name + " is longer than the " +
-                                      std::to_string(database.textLimit) +
-                                      " bytes there is room for");
+    if (!image.isComplete) {
+        throw Failure(file.name, "the image of the " + name + " is cut off: it takes " +
+                                     std::to_string(image.length - lengthSize) +
+                                     " bytes after its length field");
     }
-    text.resize(textLength);
-    return text;
+    if (!image.isIntact) {
+        throw Failure(file.name, "the image of the " + name + " is corrupt after " +
+                                     std::to_string(image.text.size()) + " bytes of text");
+    }
+    if (image.text.size() > database.textLimit) {
+        throw Failure(file.name, "the text of the " + name + " is longer than the " +
+                                     std::to_string(database.textLimit) +
+                                     " bytes there is room for");
+    }
+    return image.text;
 }
 
 } // namespace check

@@ -1,5 +1,5 @@
 /*
- * The databases that an image file holds: packing a text into an image and getting it back.
+ * The two databases of the product, and the images that hold their texts.
  */
 #ifndef CHECK_DATABASE_H
 #define CHECK_DATABASE_H
@@ -16,25 +16,51 @@ struct InputFile {
     std::string contents;
 };
 
-/* The error that ends a subcommand with status 1, reported as "tarn-db-tool: FILE: reason". */
+/* What ends a subcommand with status 1, reported as "tarn-db-tool: FILE: reason". */
 class Failure : public std::runtime_error
 {
 public:
-    Failure(const std::string &file, const std::string &reason)
-        : std::runtime_error(file + ": " + reason)
+    Failure(const std::string &file, const std::string &why)
+        : std::runtime_error(file + ": " + why), reason(why)
     {
     }
+
+    const std::string reason;
 };
 
-/* One of the databases that an image file holds. Sizes and offsets in bytes. */
+/* A row of the table of databases. Sizes and offsets are in bytes. */
 struct Database {
     const char *name;
-    uint32_t offset;    /* where its image begins in the file */
-    uint32_t textLimit; /* longest text that the device has room for */
+    const char *root;   /* the name of its top element */
+    uint32_t offset;    /* of its image in the image file */
+    uint32_t textLimit; /* the longest text that the device has room for */
+    uint8_t fileType;   /* in an update container */
+    bool hasSeries;     /* a device takes an update to the versions 1.2.x only */
+
+    /* How the device loads a text; those that return a status return 0 for success. */
+    int (*allocateBuffers)();
+    char **textBuffer;
+    int (*analyze)();
+    void (*freeBuffers)();
+    void (*clear)(); /* releases what an earlier load filled */
 };
 
-extern const Database applicationDatabase;
-extern const Database priorityDatabase;
+extern const Database databases[2];
+extern const Database &applicationDatabase;
+extern const Database &priorityDatabase;
+
+/* The image of one database in an image file. */
+struct Image {
+    uint64_t length;  /* that it announces for itself, its length field included */
+    bool isThere;     /* the length is one that an image can have */
+    bool isComplete;  /* the file has that many bytes, and the device reads them all */
+    bool isIntact;    /* the stream ends where and as it should */
+    uint64_t present; /* bytes that the file has of it at most */
+    std::string text; /* as a device reads it; longer than the limit when it finds more than that */
+};
+
+/* Decodes the image of a database, which begins at offset, damaged or not. */
+Image readImage(const std::string &file, uint32_t offset, const Database &database);
 
 /*
  * Returns the image of a text: length field, header and stream. Throws Failure, saying by how

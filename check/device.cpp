@@ -1,4 +1,4 @@
-// The product's own code at work: where its lines go, tables that are filled but never sent.
+// Runs of the product: where their lines go, and tables that are filled but never sent.
 
 #include "check/device.h"
 
@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -22,100 +23,35 @@ namespace check
 namespace
 {
 
-// A file in memory that disappears when it is closed.
-class MemoryFile
+// Leaves out what the device has no room for.
+int load(const Database &database, const std::string &text)
 {
-public:
-    MemoryFile() : descriptor_(memfd_create("output", MFD_CLOEXEC))
-    {
-        if (descriptor_ < 0) {
-            throw Failure("memory file", std::strerror(errno));
-        }
+    int status = database.allocateBuffers();
+    if (status == 0) {
+        const size_t length = std::min<size_t>(text.size(), database.textLimit);
+        memcpy(*database.textBuffer, text.data(), length);
+        (*database.textBuffer)[length] = '\0';
+        status = database.analyze();
     }
-
-    ~MemoryFile()
-    {
-        close(descriptor_);
-    }
-
-    MemoryFile(const MemoryFile &) = delete;
-    MemoryFile &operator=(const MemoryFile &) = delete;
-
-    int duplicate() const
-    {
-        return dup(descriptor_);
-    }
-
-    std::string contents() const
-    {
-        const off_t size = lseek(descriptor_, 0, SEEK_END);
-        std::string text(static_cast<size_t>(std::max<off_t>(size, 0)), '\0');
-        const ssize_t count = pread(descriptor_, text.data(), text.size(), 0);
-        text.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
-        return text;
-    }
-
-private:
-    int descriptor_;
-};
-
-class DiagnosticsInMemory : public RedirectedDiagnostics
-{
-public:
-    explicit DiagnosticsInMemory(const MemoryFile &file) : RedirectedDiagnostics(file.duplicate())
-    {
-    }
-};
-
-// Puts text, NUL-terminated, into a buffer of the product; what it has no room for is left out.
-void fillBuffer(char *buffer, size_t size, const std::string &text)
-{
-    const size_t length = std::min(text.size(), size - 1);
-    memcpy(buffer, text.data(), length);
-    buffer[length] = '\0';
+    database.freeBuffers();
+    return status;
 }
 
 // Says what it frees, which is no news.
-void releaseTables()
+void clear(const Database &database)
 {
-    const DiscardedDiagnostics redirection;
-    appmngr_dbReInit();
+    const RedirectedDiagnostics nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    database.clear();
 }
 
-bool isDiagnostic(const std::string &line)
+void fill(const Database &database, const InputFile &image)
 {
-    return line.compare(0, 1, "[") == 0;
-}
-
-void releaseTables()
-{
-    const DiscardedDiagnostics silence;
-    appmngr_dbReInit();
-}
-
-bool fillTables(const std::string &text)
-{
-    const DiagnosticsOnStandardError redirection;
-    bool filled = false;
-    if (appmngr_file_alloc() == 0) {
-        memcpy(g_appmngr_xmlBuf, text.c_str(), text.size() + 1);
-        filled = appmngr_analyzeDbFile() == 0;
+    const std::string text = unpackDatabase(image, database);
+    clear(database);
+    const RedirectedDiagnostics redirection(STDERR_FILENO);
+    if (load(database, text) != 0) {
+        throw Failure(image.name, "the " + std::string(database.name) + " cannot be loaded");
     }
-    appmngr_file_free();
-    return filled;
-}
-
-bool fillModel(const std::string &text)
-{
-    const DiagnosticsOnStandardError redirection;
-    apppri_DBReInit();
-    bool filled = false;
-    if (apppri_DBResAlloc() == 0) {
-        memcpy(apppri_db.xmlBuf, text.c_str(), text.size() + 1);
-        filled = apppri_analyzeDBFile() == 0;
-    }
-    apppri_DBResFree();
-    return filled;
 }
 
 } // namespace
@@ -140,57 +76,36 @@ RedirectedDiagnostics::~RedirectedDiagnostics()
     close(standardOutput_);
 }
 
-DiagnosticsOnStandardError::DiagnosticsOnStandardError() : RedirectedDiagnostics(STDERR_FILENO) {}
-
-DiscardedDiagnostics::DiscardedDiagnostics()
-    : RedirectedDiagnostics(open("/dev/null", O_WRONLY | O_CLOEXEC))
+Run captureRun(const std::function<int()> &action)
 {
-}
-
-LoaderRun captureRun(const std::function<int()> &action)
-{
-    const MemoryFile file;
-    int status = 0;
-    {
-        const DiagnosticsInMemory redirection(file);
-        status = action();
+    // A file in memory, which disappears when it is closed.
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(
+        fdopen(memfd_create("diagnostics", MFD_CLOEXEC), "w+"), fclose);
+    if (!file) {
+        throw Failure("memory file", std::strerror(errno));
     }
-    return {status, file.contents()};
-}
-
-LoaderRun loadApplicationText(const std::string &text)
-{
-    releaseTables();
-    LoaderRun run = captureRun([&text] {
-        int status = appmngr_file_alloc();
-        if (status == 0) {
-            fillBuffer(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize, text);
-            status = appmngr_analyzeDbFile();
-        }
-        appmngr_file_free();
-        return status;
-    });
-    releaseTables();
+    Run run;
+    {
+        const RedirectedDiagnostics redirection(dup(fileno(file.get())));
+        run.status = action();
+    }
+    const off_t size = lseek(fileno(file.get()), 0, SEEK_END);
+    run.lines.resize(static_cast<size_t>(std::max<off_t>(size, 0)));
+    run.lines.resize(pread(fileno(file.get()), run.lines.data(), run.lines.size(), 0) == size
+                         ? run.lines.size()
+                         : 0);
     return run;
 }
 
-LoaderRun loadPriorityText(const std::string &text)
+Run runLoad(const Database &database, const std::string &text)
 {
-    apppri_DBReInit();
-    LoaderRun run = captureRun([&text] {
-        int status = apppri_DBResAlloc();
-        if (status == 0) {
-            fillBuffer(apppri_db.xmlBuf, g_apppri_profile.bufSize, text);
-            status = apppri_analyzeDBFile();
-        }
-        apppri_DBResFree();
-        return status;
-    });
-    apppri_DBReInit();
+    clear(database);
+    Run run = captureRun([&] { return load(database, text); });
+    clear(database);
     return run;
 }
 
-LoaderRun writeContainer(const std::string &container)
+Run runUpdate(const std::string &container)
 {
     return captureRun([&container] {
         // What is longer is too long all the same.
@@ -199,12 +114,12 @@ LoaderRun writeContainer(const std::string &container)
     });
 }
 
-std::string firstDiagnostic(const LoaderRun &run)
+std::string firstDiagnostic(const Run &run)
 {
     for (size_t at = 0; at < run.lines.size();) {
         const size_t end = std::min(run.lines.find_first_of("\r\n", at), run.lines.size());
         std::string line = run.lines.substr(at, end - at);
-        if (isDiagnostic(line)) {
+        if (line[0] == '[') {
             return line;
         }
         at = end + 1;
@@ -214,18 +129,12 @@ std::string firstDiagnostic(const LoaderRun &run)
 
 void loadApplicationTables(const InputFile &image)
 {
-    const std::string text = unpackDatabase(image, applicationDatabase);
-    releaseTables();
-    if (!fillTables(text)) {
-        throw Failure(image.name, "the application database cannot be loaded");
-    }
+    fill(applicationDatabase, image);
 }
 
 void loadPriorityModel(const InputFile &image)
 {
-    if (!fillModel(unpackDatabase(image, priorityDatabase))) {
-        throw Failure(image.name, "the priority database cannot be loaded");
-    }
+    fill(priorityDatabase, image);
     if (apppri_db.appSortList == nullptr) {
         throw Failure(image.name, "the priority database has no sorts");
     }

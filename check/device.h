@@ -14,55 +14,39 @@ namespace check
 {
 
 /*
- * The product's libraries report on standard output. While an object of one of these classes
- * lives, what is written there goes elsewhere, so that it does not mix with a subcommand's output.
+ * The product's libraries report on standard output. While an object of this class lives, what is
+ * written there goes to another descriptor, so that it does not mix with a subcommand's output.
  */
 class RedirectedDiagnostics
 {
 public:
-    RedirectedDiagnostics(const RedirectedDiagnostics &) = delete;
-    RedirectedDiagnostics &operator=(const RedirectedDiagnostics &) = delete;
-
-protected:
-    /* Takes over the descriptor when that is not standard error. */
+    /* Takes ownership of the descriptor, unless it is standard error. Throws Failure. */
     explicit RedirectedDiagnostics(int descriptor);
     ~RedirectedDiagnostics();
+    RedirectedDiagnostics(const RedirectedDiagnostics &) = delete;
+    RedirectedDiagnostics &operator=(const RedirectedDiagnostics &) = delete;
 
 private:
     int standardOutput_;
 };
 
-class DiagnosticsOnStandardError : public RedirectedDiagnostics
-{
-public:
-    DiagnosticsOnStandardError();
-};
-
-/* For what is no news to anybody who runs the tool. */
-class DiscardedDiagnostics : public RedirectedDiagnostics
-{
-public:
-    DiscardedDiagnostics();
-};
-
 /* What a run of the product came to. */
-struct LoaderRun {
+struct Run {
     int status = 0;    /* 0 or the product's own */
     std::string lines; /* what it printed on standard output */
 };
 
-/* Runs action, which returns a status, with standard output captured. */
-LoaderRun captureRun(const std::function<int()> &action);
+/* Runs action, which returns a status, and captures what it prints. */
+Run captureRun(const std::function<int()> &action);
 
-/* Load a text that fits the device, as it comes out of an image. */
-LoaderRun loadApplicationText(const std::string &text);
-LoaderRun loadPriorityText(const std::string &text);
+/* Loads a text as it comes out of an image; keeps nothing of it. */
+Run runLoad(const Database &database, const std::string &text);
 
 /* Takes a whole update container apart. */
-LoaderRun writeContainer(const std::string &container);
+Run runUpdate(const std::string &container);
 
 /* The first diagnostic line of a run, without its line end; empty when there is none. */
-std::string firstDiagnostic(const LoaderRun &run);
+std::string firstDiagnostic(const Run &run);
 
 /*
  * Fills the process-wide application tables from an image file; tables of an earlier call are

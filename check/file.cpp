@@ -16,16 +16,10 @@ namespace
 // Many times what any device loads; what is longer is not looked at.
 constexpr size_t longestChecked = 4 << 20;
 
-bool isPriority(const Database &database)
-{
-    return &database == &priorityDatabase;
-}
-
 // Of what no rule explains, the loader's own line is reported.
 void checkLoad(const Database &database, Source &source)
 {
-    const LoaderRun run =
-        isPriority(database) ? loadPriorityText(source.text) : loadApplicationText(source.text);
+    const Run run = runLoad(database, source.text);
     const std::string line = firstDiagnostic(run);
     if (run.status != 0 || !line.empty()) {
         source.add(Check::LoaderLine, 0, "the loader reports " + line);
@@ -35,14 +29,13 @@ void checkLoad(const Database &database, Source &source)
 void checkDocument(const Database &database, const Document &document, Source &source,
                    AppIds &appIds)
 {
-    const char *const root = isPriority(database) ? "AppSortDB" : "AppDB";
-    if (!isNamed(document.top(), root)) {
+    if (!isNamed(document.top(), database.root)) {
         source.add(Check::WrongRoot, document.offsetsOf(document.top()).tag,
                    "the top element is " + inQuotes(document.top()->name) + ", not " +
-                       inQuotes(root));
+                       inQuotes(database.root));
         return;
     }
-    if (isPriority(database)) {
+    if (&database == &priorityDatabase) {
         checkPriorities(document, appIds ? &*appIds : nullptr, source);
     } else {
         appIds = checkApplications(document, source);
@@ -57,15 +50,14 @@ void checkRoom(const Database &database, Source &source)
 {
     if (source.text.size() > database.textLimit) {
         source.add(Check::TextSize, database.textLimit,
-                   "the text takes " + std::to_string(source.text.size()) +
-                       " bytes; there is room for " + std::to_string(database.textLimit));
+                   "the text is " + std::to_string(source.text.size()) + " bytes; the limit is " +
+                       std::to_string(database.textLimit));
         return;
     }
     try {
         packDatabase({"", source.text}, database);
     } catch (const Failure &failure) {
-        // Behind the name of the file, here an empty one, stands the reason.
-        source.add(Check::ImageSize, 0, std::string(failure.what()).substr(2));
+        source.add(Check::ImageSize, 0, failure.reason);
     }
 }
 
@@ -101,7 +93,8 @@ void checkXmlFile(Source &source)
         return;
     }
     const Document document(source);
-    const bool holdsPriorities = document.top() != nullptr && isNamed(document.top(), "AppSortDB");
+    const bool holdsPriorities =
+        document.top() != nullptr && isNamed(document.top(), priorityDatabase.root);
     const Database &database = holdsPriorities ? priorityDatabase : applicationDatabase;
     checkRoom(database, source);
     AppIds none;
@@ -118,12 +111,17 @@ void checkFile(const InputFile &file, std::deque<Source> &sources)
         checkContainerFile(file, sources);
     } else if (isXml) {
         checkXmlFile(sources.emplace_back(Source{file.name, "", file.contents, {}}));
-    } else if (looksLikeImage(file.contents)) {
-        checkImageFile(file, sources);
     } else {
-        sources.emplace_back(Source{file.name, "", "", {}})
-            .add(Check::UnknownFormat, 0,
-                 "the file is neither an XML text nor an image nor an update container");
+        const Images images = {
+            readImage(file.contents, applicationDatabase.offset, applicationDatabase),
+            readImage(file.contents, priorityDatabase.offset, priorityDatabase)};
+        if (isPlausible(images)) {
+            checkImageFile(file, images, sources);
+        } else {
+            sources.emplace_back(Source{file.name, "", "", {}})
+                .add(Check::UnknownFormat, 0,
+                     "the file is not an XML text, an image or an update container");
+        }
     }
 }
 

@@ -186,11 +186,11 @@ private:
                 parents.insert(outline_.rows[parents_[i]].name);
             }
         }
-        std::string parents;
+        std::string list;
         for (const std::string &name : parents) {
-            parents += (parents.empty() ? " but in " : " or ") + inQuotes(name);
+            list += (list.empty() ? " but in " : " or ") + inQuotes(name);
         }
-        return parents;
+        return list;
     }
 
     // Of names that are equally near, one that belongs in an element of the given row.

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <unistd.h>
 
 namespace tool
 {
@@ -25,7 +26,7 @@ std::string formatted(const InputFile &xml, bool compact)
     if (xml.contents.size() > UINT32_MAX) {
         throw check::Failure(xml.name, "is longer than 4 GiB");
     }
-    const check::DiagnosticsOnStandardError redirection;
+    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     const auto length = static_cast<uint32_t>(xml.contents.size());
     const Document document(xmlp_loadDoc(xml.contents.data(), length, 1), xmlp_releaseDoc);
     if (!document) {

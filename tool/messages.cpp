@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace tool
@@ -28,7 +29,7 @@ const appdist_handle channel = {};
 
 std::vector<Message> newMessages(bool priority)
 {
-    const check::DiagnosticsOnStandardError redirection;
+    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     std::vector<Message> messages;
     const auto add = [&messages](appdist_message *message) {
         if (message != nullptr) {

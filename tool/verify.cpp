@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace tool
@@ -36,7 +37,7 @@ constexpr uint32_t decryptionRoom = 204800;
 /* What the header of an encrypted file says; false when the file cannot be decrypted. */
 bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
 {
-    const check::DiagnosticsOnStandardError redirection;
+    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     std::string plain(decryptionRoom, '\0');
     uint32_t length = decryptionRoom;
     const bool decrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
@@ -111,7 +112,7 @@ std::vector<ListedFile> listFiles(const std::string &container)
 
 int runUpdate(const std::string &container)
 {
-    const check::DiagnosticsOnStandardError redirection;
+    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     /* What is longer is too long all the same. */
     const size_t length = std::min<size_t>(container.size(), INT32_MAX);
     return appmngr_db_writeFromDatabase(container.data(), static_cast<int32_t>(length));
