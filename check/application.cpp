@@ -1,4 +1,4 @@
-// The rules of the application database.
+// The checks of an application database.
 
 #include "check/check_internal.h"
 
@@ -15,35 +15,65 @@ namespace check
 namespace
 {
 
+// Behind each text there is a NUL in its field.
+constexpr unsigned verLimit = sizeof(appmngr_appDb::ver) - 1;
+constexpr unsigned proModelLimit = sizeof(appmngr_appDb::proModel) - 1;
+constexpr unsigned expiredLimit = sizeof(appmngr_appDb::expired) - 1;
+constexpr unsigned appNameLimit = sizeof(appmngr_app::name) - 1;
+constexpr unsigned typeNameLimit = sizeof(appmngr_appType::name) - 1;
+constexpr unsigned dpiTypeLimit = sizeof(appmngr_feature::dpiType) - 1;
+constexpr unsigned dpiCodeLimit = sizeof(appmngr_feature::dpiCode) - 1;
+constexpr unsigned keywordLimit = sizeof(appmngr_dnsRule::keyword) - 1;
+
 constexpr OutlineRow rows[] = {
-    {0, "AppDB", Kind::Group, 0},        {1, "ver", Kind::Text, 11},
-    {1, "proModel", Kind::Text, 31},     {1, "expired", Kind::Text, 31},
-    {1, "appList", Kind::List, 0},       {2, "app", Kind::Record, 0},
-    {3, "id", Kind::Number, 0},          {3, "name", Kind::Text, 127},
-    {3, "visible", Kind::Number, 0},     {3, "typeIdList", Kind::List, 0},
-    {4, "typeId", Kind::NumberEntry, 0}, {3, "ruleList", Kind::List, 0},
-    {4, "rule", Kind::Record, 0},        {5, "tupleList", Kind::List, 0},
-    {6, "tuple", Kind::TextEntry, 0},    {5, "ori", Kind::Group, 0},
-    {6, "enable", Kind::Number, 0},      {6, "segment", Kind::Group, 0},
-    {7, "start", Kind::Number, 0},       {7, "end", Kind::Number, 0},
-    {6, "minlength", Kind::Number, 0},   {6, "dpiType", Kind::Text, 15},
-    {6, "dpiCode", Kind::Text, 255},     {5, "rep", Kind::Group, 0},
-    {6, "enable", Kind::Number, 0},      {6, "segment", Kind::Group, 0},
-    {7, "start", Kind::Number, 0},       {7, "end", Kind::Number, 0},
-    {6, "minlength", Kind::Number, 0},   {6, "dpiType", Kind::Text, 15},
-    {6, "dpiCode", Kind::Text, 255},     {3, "dnsKwList", Kind::List, 0},
-    {4, "dnsKw", Kind::TextEntry, 15},   {1, "appTypeList", Kind::List, 0},
-    {2, "appType", Kind::Record, 0},     {3, "id", Kind::Number, 0},
-    {3, "name", Kind::Text, 127},
+    {0, "AppDB", Kind::Group, 0},
+    {1, "ver", Kind::Text, verLimit},
+    {1, "proModel", Kind::Text, proModelLimit},
+    {1, "expired", Kind::Text, expiredLimit},
+    {1, "appList", Kind::List, 0},
+    {2, "app", Kind::Record, 0},
+    {3, "id", Kind::Number, 0},
+    {3, "name", Kind::Text, appNameLimit},
+    {3, "visible", Kind::Number, 0},
+    {3, "typeIdList", Kind::List, 0},
+    {4, "typeId", Kind::NumberEntry, 0},
+    {3, "ruleList", Kind::List, 0},
+    {4, "rule", Kind::Record, 0},
+    {5, "tupleList", Kind::List, 0},
+    {6, "tuple", Kind::TextEntry, 0},
+    {5, "ori", Kind::Group, 0},
+    {6, "enable", Kind::Number, 0},
+    {6, "segment", Kind::Group, 0},
+    {7, "start", Kind::Number, 0},
+    {7, "end", Kind::Number, 0},
+    {6, "minlength", Kind::Number, 0},
+    {6, "dpiType", Kind::Text, dpiTypeLimit},
+    {6, "dpiCode", Kind::Text, dpiCodeLimit},
+    {5, "rep", Kind::Group, 0},
+    {6, "enable", Kind::Number, 0},
+    {6, "segment", Kind::Group, 0},
+    {7, "start", Kind::Number, 0},
+    {7, "end", Kind::Number, 0},
+    {6, "minlength", Kind::Number, 0},
+    {6, "dpiType", Kind::Text, dpiTypeLimit},
+    {6, "dpiCode", Kind::Text, dpiCodeLimit},
+    {3, "dnsKwList", Kind::List, 0},
+    {4, "dnsKw", Kind::TextEntry, keywordLimit},
+    {1, "appTypeList", Kind::List, 0},
+    {2, "appType", Kind::Record, 0},
+    {3, "id", Kind::Number, 0},
+    {3, "name", Kind::Text, typeNameLimit},
 };
 
 constexpr const char *records[] = {"app", "tuple", "dnsKw", "appType", nullptr};
 
 constexpr Outline outline = {rows, std::size(rows), false, records};
 
-// What one datagram carries under the kernel's default limits, and the message around the rules.
-constexpr size_t datagramLimit = 425952;
-constexpr size_t messageHead = 64;
+// The kernel doubles the send buffer that a socket asks for, and net.core.wmem_max bounds what it
+// may ask for; the kernel's own record of the datagram takes 32 bytes of it.
+constexpr size_t defaultWmemMax = 212992;
+constexpr size_t datagramLimit = 2 * defaultWmemMax - 32;
+constexpr size_t messageHead = 64; // around the rules
 constexpr size_t ruleLimit = (datagramLimit - messageHead) / sizeof(appmngr_rule);
 
 struct Type {
@@ -53,7 +83,7 @@ struct Type {
 
 // Something that matches no traffic; worth a word unless nothing does.
 struct IdlePart {
-    Check rule;
+    Check check;
     const XmlpNode *node;
     const char *message;
 };
@@ -93,9 +123,9 @@ public:
     }
 
 private:
-    void report(Check rule, const XmlpNode *node, const std::string &message)
+    void report(Check check, const XmlpNode *node, const std::string &message)
     {
-        source_.add(rule, document_.offsetsOf(node).tag, message);
+        source_.add(check, document_.offsetsOf(node).tag, message);
     }
 
     void checkTypes(const XmlpNode *list)
@@ -115,11 +145,12 @@ private:
     {
         const int32_t number = numberOf(id);
         if (++typeCount_ == APPMNGR_TYPE_MAX + 1) {
-            report(Check::TooManyTypes, id, "type number 65; a database has at most 64 of them");
+            report(Check::TooManyTypes, id,
+                   "type number " + std::to_string(typeCount_) + "; the limit is " +
+                       std::to_string(APPMNGR_TYPE_MAX));
         }
         if (!types_.insert({number, {id, false}}).second) {
-            report(Check::DuplicateTypeId, id,
-                   "there is a type " + std::to_string(number) + " already");
+            report(Check::DuplicateTypeId, id, "duplicate type id " + std::to_string(number));
         }
     }
 
@@ -136,7 +167,7 @@ private:
             if (isNamed(child, "id")) {
                 if (id == nullptr && isUsed) {
                     report(Check::LateId, child,
-                           "the lists before it have been taken for those of application 0");
+                           "the lists before it are loaded as those of application 0");
                 }
                 id = child;
             } else if (isNamed(child, "typeIdList")) {
@@ -165,11 +196,11 @@ private:
         const auto number = static_cast<uint32_t>(numberOf(id));
         if (number >= APPMNGR_APP_ID_LIMIT) {
             report(Check::AppIdRange, id,
-                   "the id " + inQuotes(valueOf(id)) + " is not within 0 to 4095");
+                   "the id " + inQuotes(valueOf(id)) + " is not in the range 0 to " +
+                       std::to_string(APPMNGR_APP_ID_LIMIT - 1));
         }
         if (!appIds_.insert(number).second) {
-            report(Check::DuplicateAppId, id,
-                   "there is an application " + std::to_string(number) + " already");
+            report(Check::DuplicateAppId, id, "duplicate application id " + std::to_string(number));
         }
     }
 
@@ -182,7 +213,8 @@ private:
             if (found != types_.end()) {
                 found->second.isUsed = true;
             } else if (!isLong(entry)) {
-                report(Check::UnknownType, entry, "there is no type " + inQuotes(valueOf(entry)));
+                report(Check::UnknownType, entry,
+                       "type " + inQuotes(valueOf(entry)) + " is not defined");
             }
         }
         return !entries.empty();
@@ -222,8 +254,8 @@ private:
     {
         if (checkTuple(document_, tuple, source_) && ++ruleCount_ == ruleLimit + 1) {
             report(Check::TooManyRules, tuple,
-                   "tuple number " + std::to_string(ruleCount_) + "; one datagram carries " +
-                       std::to_string(ruleLimit) + " of them");
+                   "tuple number " + std::to_string(ruleCount_) + "; the limit of a datagram is " +
+                       std::to_string(ruleLimit));
         }
     }
 
@@ -247,7 +279,7 @@ private:
         for (const auto &[number, type] : types_) {
             if (!type.isUsed) {
                 report(Check::UnusedType, type.node,
-                       "no application has the type " + std::to_string(number));
+                       "no application uses type " + std::to_string(number));
             }
         }
     }
@@ -255,7 +287,7 @@ private:
     void reportIdleParts()
     {
         for (const IdlePart &part : idleParts_) {
-            report(part.rule, part.node, part.message);
+            report(part.check, part.node, part.message);
         }
     }
 
@@ -267,7 +299,7 @@ private:
         }
         const struct {
             size_t count;
-            Check rule;
+            Check check;
             const char *message;
         } needs[] = {
             {typeCount_, Check::NoType, "the database has no application type with an id"},
@@ -275,8 +307,8 @@ private:
             {keywordCount_, Check::NoDnsKeyword, "the database has no DNS keyword"},
         };
         for (const auto &need : needs) {
-            if (need.count == 0 && (appCount_ > 0 || need.rule == Check::NoType)) {
-                report(need.rule, document_.top(), need.message);
+            if (need.count == 0 && (appCount_ > 0 || need.check == Check::NoType)) {
+                report(need.check, document_.top(), need.message);
             }
         }
     }

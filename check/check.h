@@ -77,19 +77,19 @@ enum class Check {
 enum class Severity { Error, Warning };
 
 struct CheckDescription {
-    Check rule;
+    Check check;
     Severity severity;
     const char *name;
     const char *sentence;
 };
 
-const CheckDescription &describe(Check rule);
+const CheckDescription &describe(Check check);
 
 /* All of them, in the order of Check. */
 std::vector<CheckDescription> allChecks();
 
 struct Finding {
-    Check rule;
+    Check check;
     size_t offset; /* in the text, in bytes */
     std::string message;
 };
@@ -104,7 +104,7 @@ struct Source {
     std::string text;
     std::vector<Finding> findings;
 
-    void add(Check rule, size_t offset, const std::string &message);
+    void add(Check check, size_t offset, const std::string &message);
     bool hasErrors() const;
 };
 

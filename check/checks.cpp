@@ -1,4 +1,4 @@
-// The rules of tarn-db-tool check: names, severities and what they say.
+// The checks of tarn-db-tool check: names, severities and what they say.
 
 #include "check/check.h"
 
@@ -16,38 +16,38 @@ constexpr Severity warning = Severity::Warning;
 
 constexpr CheckDescription table[] = {
     {Check::UnknownFormat, error, "unknown-format",
-     "The file is neither an XML text nor an image nor an update container."},
+     "The file is not an XML text, an image or an update container."},
     {Check::ContainerLength, error, "container-length",
-     "The container or a file in it is longer or shorter than it may be or says it is."},
+     "The length of the container or of a file in it is out of range or does not match its "
+     "header."},
     {Check::ContainerDigest, error, "container-digest",
-     "The container's digest is not that of its files."},
+     "The container's digest does not match its contents."},
     {Check::ContainerCount, error, "container-count",
-     "The container has more than 16 files, or another number than it says."},
+     "The container has more than 16 files, or not as many as its header declares."},
     {Check::FileDigest, error, "file-digest",
-     "A file of the container cannot be decrypted: its digest differs."},
+     "A file of the container cannot be decrypted: its digest does not match."},
     {Check::FileVersion, error, "file-version",
-     "An application database of the container is not of version 1.2.x."},
+     "The version of an application database in the container is not 1.2.x."},
     {Check::FileMagic, error, "file-magic",
      "The magic of a database file is neither 0x04000001 nor 0."},
     {Check::FileReserved, error, "file-reserved", "The reserved word of a database file is not 0."},
-    {Check::ImageLength, error, "image-length",
-     "The length field of an image is too small for one."},
-    {Check::ImageSize, error, "image-size", "An image takes more than its 65,536 bytes."},
+    {Check::ImageLength, error, "image-length", "The length field of an image is too small."},
+    {Check::ImageSize, error, "image-size", "An image is larger than 65,536 bytes."},
     {Check::TextSize, error, "text-size",
-     "A text is longer than 204,799 bytes, that of a priority database than 65,535."},
-    {Check::RejectedText, error, "refused-text",
-     "The text is not of the XML subset; nothing of it is loaded."},
+     "A text is longer than 204,799 bytes, or 65,535 for a priority database."},
+    {Check::RejectedText, error, "rejected-text",
+     "The text is not valid in the XML subset; nothing of it is loaded."},
     {Check::WrongRoot, error, "wrong-root",
-     "The top element is not that of the database, AppDB or AppSortDB."},
+     "The root element is not AppDB or, in a priority database, AppSortDB."},
     {Check::LongValue, error, "long-value", "A value of 512 bytes or more reads as missing."},
-    {Check::CutText, error, "cut-text", "A text is longer than its field and is cut."},
+    {Check::CutText, error, "cut-text", "A text is longer than its field and is cut off."},
     {Check::BadTuple, error, "bad-tuple",
-     "A tuple is not PROTOCOL ADDRESS:PORT ADDRESS:PORT and is left out."},
+     "A tuple is not PROTOCOL ADDRESS:PORT ADDRESS:PORT and is skipped."},
     {Check::UnknownType, error, "unknown-type",
-     "An application names a type that the database does not define."},
-    {Check::AppIdRange, error, "app-id-range", "An application id is not within 0 to 4,095."},
+     "An application refers to a type that the database does not define."},
+    {Check::AppIdRange, error, "app-id-range", "An application id is not in the range 0 to 4,095."},
     {Check::MissingId, error, "missing-id", "An application or a type has no id."},
-    {Check::LateId, error, "late-id", "The id of an application stands after lists that use it."},
+    {Check::LateId, error, "late-id", "The id of an application comes after lists that use it."},
     {Check::NoApplication, error, "no-application", "The database has no application."},
     {Check::NoType, error, "no-type", "The database has no application type."},
     {Check::NoTuple, error, "no-tuple", "The database has no tuple."},
@@ -56,72 +56,72 @@ constexpr CheckDescription table[] = {
     {Check::TooManyTypes, error, "too-many-types",
      "The database has more than 64 application types."},
     {Check::TooManyRules, error, "too-many-rules",
-     "The rule table does not fit one datagram of 425,952 bytes."},
+     "The rule table does not fit in one datagram of 425,952 bytes."},
     {Check::UncountedRecord, error, "uncounted-record",
-     "A record stands where no room is set aside for it, and takes that of another."},
-    {Check::RejectedElement, error, "refused-element",
-     "The priority database has an element where its loader refuses it."},
+     "A record is where none are counted, and takes the room of another."},
+    {Check::RejectedElement, error, "rejected-element",
+     "The priority database has an element that its loader rejects there."},
     {Check::CountMismatch, error, "count-mismatch",
-     "sortNum or appNum is not the number of sorts or applications."},
+     "sortNum or appNum does not match the number of sorts or applications."},
     {Check::BadExpiry, error, "bad-expiry",
-     "The expiry date of the priority database cannot be read."},
+     "The expiry date of the priority database cannot be parsed."},
     {Check::NoSort, error, "no-sort", "The priority database has no sort."},
-    {Check::UnlistedSort, error, "unlisted-sort", "A sort without type is dropped."},
+    {Check::UnlistedSort, error, "unlisted-sort", "A sort without a type is dropped."},
     {Check::UnlistedApp, error, "unlisted-app",
-     "An application without appName is dropped from its sort."},
+     "An application without an appName is dropped from its sort."},
     {Check::LoaderLine, error, "loader-line",
      "The loader reports a fault that no other error explains."},
     {Check::ImageCut, warning, "image-cut", "The file ends before its image does."},
     {Check::ImageDamaged, warning, "image-damaged",
-     "The compressed stream is damaged; the loader takes what comes before that."},
+     "The compressed stream is damaged; only the text before the damage is loaded."},
     {Check::UnknownElement, warning, "unknown-element",
      "The loader does not know an element and skips it."},
     {Check::MisplacedElement, warning, "misplaced-element",
-     "An element stands where it does not belong."},
+     "An element is where it does not belong."},
     {Check::RepeatedElement, warning, "repeated-element",
-     "An element that belongs there once is repeated; the last one counts."},
+     "An element that may occur once is repeated; the last one counts."},
     {Check::EmptyElement, warning, "empty-element", "An element has no content and is skipped."},
     {Check::StrayText, warning, "stray-text",
-     "Text stands outside the elements that hold text and is ignored."},
+     "Text outside the elements that hold text is ignored."},
     {Check::IgnoredAttribute, warning, "ignored-attribute",
      "An element has attributes, which are ignored."},
     {Check::BadNumber, warning, "bad-number",
-     "A number has no digits, more than digits, or more than 32 bits."},
-    {Check::PortRange, warning, "port-range", "A port is not within 0 to 65,535."},
+     "A number has no digits, other characters, or more than 32 bits."},
+    {Check::PortRange, warning, "port-range", "A port is not in the range 0 to 65,535."},
     {Check::DuplicateAppId, warning, "duplicate-app-id", "Two applications have the same id."},
     {Check::DuplicateTypeId, warning, "duplicate-type-id", "Two types have the same id."},
     {Check::RuleWithoutTuple, warning, "rule-without-tuple",
      "A rule without a tuple matches nothing."},
-    {Check::UnusedType, warning, "unused-type", "No application has a type."},
+    {Check::UnusedType, warning, "unused-type", "An application type is used by no application."},
     {Check::AppWithoutRules, warning, "app-without-rules", "An application has no rules."},
     {Check::PriorityRange, warning, "priority-range",
-     "A priority is not within 0 to 255; its low 8 bits are taken."},
+     "A priority is not in the range 0 to 255; its low 8 bits are used."},
     {Check::UnknownApp, warning, "unknown-app",
      "The application database beside the priority database lacks an application."},
     {Check::JsonUnsafe, warning, "json-unsafe",
-     "A signature has characters that make database.json ill-formed."},
+     "A signature contains characters that make database.json ill-formed."},
     {Check::UnclearExpiry, warning, "unclear-expiry",
-     "The expiry date is not a date of the calendar as YYYY-MM-DD."},
+     "The expiry date is not a valid calendar date (YYYY-MM-DD)."},
     {Check::PastExpiry, warning, "past-expiry", "The expiry date is in the past."},
 };
 
 constexpr bool isInOrder()
 {
     for (size_t i = 0; i < std::size(table); i++) {
-        if (table[i].rule != static_cast<Check>(i)) {
+        if (table[i].check != static_cast<Check>(i)) {
             return false;
         }
     }
-    return table[std::size(table) - 1].rule == Check::PastExpiry;
+    return table[std::size(table) - 1].check == Check::PastExpiry;
 }
 
-static_assert(isInOrder(), "describe looks rules up by their number");
+static_assert(isInOrder(), "describe looks checks up by their number");
 
 } // namespace
 
-const CheckDescription &describe(Check rule)
+const CheckDescription &describe(Check check)
 {
-    return table[static_cast<size_t>(rule)];
+    return table[static_cast<size_t>(check)];
 }
 
 std::vector<CheckDescription> allChecks()

@@ -51,12 +51,12 @@ public:
         const std::string &container = file_.contents;
         const size_t size = container.size();
         if (size > DBIMAGE_CONTAINER_MAX) {
-            report(Check::ContainerLength, "the container takes " + std::to_string(size) +
-                                               " bytes; there is room for " +
+            report(Check::ContainerLength, "the container is " + std::to_string(size) +
+                                               " bytes; the limit is " +
                                                std::to_string(DBIMAGE_CONTAINER_MAX));
         }
         if (!isDigestRight(container)) {
-            report(Check::ContainerDigest, "the digest of the container is not that of its files");
+            report(Check::ContainerDigest, "the digest of the container does not match its files");
         }
         dbimage_fileTable table = {};
         const dbimage_fault *fault = listFiles(container, table);
@@ -64,9 +64,9 @@ public:
             report(Check::ContainerCount,
                    "the number of files is not " +
                        std::to_string(static_cast<unsigned char>(container[headSize - 1])) +
-                       ", or above 16");
+                       ", or is above 16");
         } else if (fault != nullptr) {
-            report(Check::ContainerLength, "the files do not end where the container ends");
+            report(Check::ContainerLength, "the files do not end where the container does");
         }
         for (uint32_t i = 0; i < table.count; i++) {
             subject_ = "file " + std::to_string(i);
@@ -76,9 +76,9 @@ public:
     }
 
 private:
-    void report(Check rule, const std::string &message)
+    void report(Check check, const std::string &message)
     {
-        source_.add(rule, 0, message);
+        source_.add(check, 0, message);
     }
 
     void checkFile(const dbimage_file &file)
@@ -98,8 +98,9 @@ private:
         const Run run = captureRun(
             [&] { return appmngr_decrypt(plain.data(), &length, file.data, file.size); });
         if (run.status <= 0) {
-            report(Check::FileDigest, subject_ + " of " + std::to_string(file.size) +
-                                          " bytes cannot be decrypted, or its digest differs");
+            report(Check::FileDigest,
+                   subject_ + " of " + std::to_string(file.size) +
+                       " bytes cannot be decrypted, or its digest does not match");
             return;
         }
         checkHeader(dbimage_readHeader(plain.data()), database);
@@ -116,7 +117,7 @@ private:
         snprintf(version, sizeof(version), "%u.%u.%u", header.version[0], header.version[1],
                  header.version[2]);
         if (database.hasSeries && !appmngr_checkVersion(version, accepted)) {
-            report(Check::FileVersion, subject_ + " is of version " + version + ", not 1.2.x");
+            report(Check::FileVersion, subject_ + " has version " + version + ", not 1.2.x");
         }
         if (!dbimage_isKnownMagic(&header)) {
             char magic[16];
@@ -128,7 +129,7 @@ private:
         }
     }
 
-    // Of what no rule explains, the product's own line is reported.
+    // If no finding explains a failed update, the product's own line is reported.
     void reportUnexplained()
     {
         const Run run = runUpdate(file_.contents);
@@ -137,7 +138,7 @@ private:
                 return source.file == source_.file && source.hasErrors();
             });
         if (run.status != 0 && !isExplained) {
-            report(Check::LoaderLine, "the update is refused: " + firstDiagnostic(run));
+            report(Check::LoaderLine, "the update fails: " + firstDiagnostic(run));
         }
     }
 

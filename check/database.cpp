@@ -42,9 +42,8 @@ struct Compressed {
 void requireFit(const InputFile &text, const std::string &what, size_t size, size_t limit)
 {
     if (size > limit) {
-        throw Failure(text.name, what + " takes " + std::to_string(size) + " bytes, " +
-                                     std::to_string(size - limit) + " more than the " +
-                                     std::to_string(limit) + " there is room for");
+        throw Failure(text.name, what + " is " + std::to_string(size) + " bytes; the limit is " +
+                                     std::to_string(limit));
     }
 }
 
@@ -161,7 +160,7 @@ std::string unpackDatabase(const InputFile &file, const Database &database)
                       "has no " + name + " at offset " + std::to_string(database.offset));
     }
     if (!image.isComplete) {
-        throw Failure(file.name, "the image of the " + name + " is cut off: it takes " +
+        throw Failure(file.name, "the image of the " + name + " is cut off: it should have " +
                                      std::to_string(image.length - lengthSize) +
                                      " bytes after its length field");
     }
@@ -170,9 +169,8 @@ std::string unpackDatabase(const InputFile &file, const Database &database)
                                      std::to_string(image.text.size()) + " bytes of text");
     }
     if (image.text.size() > database.textLimit) {
-        throw Failure(file.name, "the text of the " + name + " is longer than the " +
-                                     std::to_string(database.textLimit) +
-                                     " bytes there is room for");
+        throw Failure(file.name, "the text of the " + name + " is longer than the limit of " +
+                                     std::to_string(database.textLimit) + " bytes");
     }
     return image.text;
 }

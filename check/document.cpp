@@ -25,30 +25,30 @@ constexpr struct {
 } rejections[] = {
     {0, "the tag ends within an attribute"},
     {155, "a tag without a name"},
-    {169, "this cannot stand in a name"},
-    {188, "an attribute name or the end of the tag belongs here"},
-    {199, "an attribute needs = and a value"},
-    {205, "the value of an attribute needs double quotes"},
-    {223, "this cannot stand in the value of an attribute"},
+    {169, "character not allowed in a name"},
+    {188, "expected an attribute name or the end of the tag"},
+    {199, "expected = and a value after an attribute name"},
+    {205, "an attribute value must be in double quotes"},
+    {223, "character not allowed in an attribute value"},
     {232, "the tag ends within an attribute"},
-    {272, "< within a tag"},
-    {305, "/> outside of a start tag"},
+    {272, "< inside a tag"},
+    {305, "/> outside a start tag"},
     {315, "an end tag without a name"},
-    {322, "the end tag is not that of the open element"},
-    {327, "this cannot stand in a name"},
-    {350, "the end tag is not that of the open element"},
+    {322, "the end tag does not match the open element"},
+    {327, "character not allowed in a name"},
+    {350, "the end tag does not match the open element"},
     {359, "the text ends within a tag"},
-    {367, "> outside of a tag"},
+    {367, "> outside a tag"},
     {374, "the text ends within an element"},
-    {406, "< within a tag, or behind the top element"},
-    {411, "an end tag without a start tag"},
-    {424, "> outside of a tag"},
+    {406, "< inside a tag or after the top element"},
+    {411, "end tag without a start tag"},
+    {424, "> outside a tag"},
     {441, "the text ends within a tag"},
-    {452, "the text has no element"},
-    {690, "an earlier attribute of the element has this name or begins with it"},
-    {822, "an item beside elements that are none"},
-    {840, "an element that is no item beside items"},
-    {904, "no entities but &lt; &gt; &amp; are known"},
+    {452, "the text contains no element"},
+    {690, "an earlier attribute of the element has this name, or a name that begins with it"},
+    {822, "'item' mixed with other elements"},
+    {840, "another element mixed with 'item'"},
+    {904, "unknown entity; only &lt; &gt; &amp; are supported"},
     {1459, "the declaration does not end"},
 };
 
@@ -101,7 +101,7 @@ Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_re
     if (document_ != nullptr) {
         locateElements({source.text.data(), length}, skip, locations.items);
         free(locations.items);
-        if (top() == nullptr) { // a tag that does not end is no element, and not refused either
+        if (top() == nullptr) { // a tag that does not end is no element, and not rejected either
             source.add(Check::RejectedText, length, "the text ends within a tag");
         }
         return;
@@ -109,7 +109,7 @@ Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_re
     const size_t at = fault.offset != XMLP_NOWHERE ? skip + fault.offset : 0;
     std::string meaning = meaningOf(fault);
     if (source.text.find("<!") < at) {
-        meaning += "; comments, CDATA and document types are not known";
+        meaning += "; comments, CDATA and DOCTYPE are not supported";
     }
     source.add(Check::RejectedText, at, meaning);
 }

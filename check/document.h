@@ -29,10 +29,10 @@ struct Offsets {
 class Document
 {
 public:
-    /* Parses the text of source as a device does. A text that is refused is reported there. */
+    /* Parses the text of source as a device does. A text that is rejected is reported there. */
     explicit Document(Source &source);
 
-    /* The top element; null when the text was refused. */
+    /* The top element; null when the text was rejected. */
     const XmlpNode *top() const;
 
     const Offsets &offsetsOf(const XmlpNode *node) const;

@@ -16,7 +16,7 @@ namespace
 // Many times what any device loads; what is longer is not looked at.
 constexpr size_t longestChecked = 4 << 20;
 
-// Of what no rule explains, the loader's own line is reported.
+// The loader's own line, when no other finding explains it.
 void checkLoad(const Database &database, Source &source)
 {
     const Run run = runLoad(database, source.text);

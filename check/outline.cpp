@@ -82,7 +82,8 @@ public:
         }
         if (node->type == XMLP_NODE_NONE) {
             if (needsContent(kind)) {
-                report(Check::EmptyElement, node, inQuotes(node->name) + " is empty and skipped");
+                report(Check::EmptyElement, node,
+                       inQuotes(node->name) + " is empty and is skipped");
             }
             return;
         }
@@ -102,18 +103,18 @@ public:
     }
 
 private:
-    void report(Check rule, const XmlpNode *node, const std::string &message)
+    void report(Check check, const XmlpNode *node, const std::string &message)
     {
-        source_.add(rule, document_.offsetsOf(node).tag, message);
+        source_.add(check, document_.offsetsOf(node).tag, message);
     }
 
     void checkValue(const XmlpNode *node, const OutlineRow &row)
     {
         if (isLong(node)) {
             report(Check::LongValue, node,
-                   "the value of " + inQuotes(node->name) + " takes " +
+                   "the value of " + inQuotes(node->name) + " is " +
                        std::to_string(node->valueSize) +
-                       " bytes and reads as missing; 511 can be read");
+                       " bytes and reads as missing; the limit is 511");
         } else if (holdsNumber(row.kind)) {
             checkNumber(document_, node, source_);
         } else if (row.limit != 0) {
@@ -167,7 +168,7 @@ private:
             inQuotes(node->name) +
             (isKnown
                  ? " does not belong in " + inQuotes(outline_.rows[row].name) + parentsOf(node)
-                 : " is not known; the nearest known name is " + inQuotes(nearestName(node, row)));
+                 : " is unknown; the closest known name is " + inQuotes(nearestName(node, row)));
         if (isReached && outline_.rejectsOthers) {
             report(Check::RejectedElement, node, fault);
         } else if (isReached && isKnown && holdsRecord(node)) {

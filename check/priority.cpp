@@ -1,8 +1,9 @@
-// The rules of the priority database.
+// The checks of a priority database.
 
 #include "check/check_internal.h"
 
 #include "appmngr/appmngr_model.h"
+#include "apppri/apppri.h"
 #include "check/outline.h"
 #include "check/values.h"
 
@@ -14,16 +15,31 @@ namespace check
 namespace
 {
 
+// Behind the texts of the database there is a NUL in the field, behind names there need not be one.
+constexpr unsigned verLimit = sizeof(apppri_database::ver) - 1;
+constexpr unsigned proModelLimit = sizeof(apppri_database::proModel) - 1;
+constexpr unsigned expiredLimit = sizeof(apppri_database::expired) - 1;
+constexpr unsigned sortNameLimit = sizeof(apppri_sort::name);
+constexpr unsigned appNameLimit = sizeof(apppri_app::appName);
+
 constexpr OutlineRow rows[] = {
-    {0, "AppSortDB", Kind::Group, 0}, {1, "ver", Kind::Text, 11},
-    {1, "proModel", Kind::Text, 31},  {1, "expired", Kind::Text, 31},
-    {1, "sortNum", Kind::Number, 0},  {1, "appNum", Kind::Number, 0},
-    {1, "sortList", Kind::List, 0},   {2, "sort", Kind::Record, 0},
-    {3, "id", Kind::Number, 0},       {3, "name", Kind::Text, 31},
-    {3, "prio", Kind::Number, 0},     {3, "type", Kind::Number, 0},
-    {3, "appList", Kind::List, 0},    {4, "app", Kind::Record, 0},
-    {5, "appId", Kind::Number, 0},    {5, "appType", Kind::Number, 0},
-    {5, "appName", Kind::Text, 31},
+    {0, "AppSortDB", Kind::Group, 0},
+    {1, "ver", Kind::Text, verLimit},
+    {1, "proModel", Kind::Text, proModelLimit},
+    {1, "expired", Kind::Text, expiredLimit},
+    {1, "sortNum", Kind::Number, 0},
+    {1, "appNum", Kind::Number, 0},
+    {1, "sortList", Kind::List, 0},
+    {2, "sort", Kind::Record, 0},
+    {3, "id", Kind::Number, 0},
+    {3, "name", Kind::Text, sortNameLimit},
+    {3, "prio", Kind::Number, 0},
+    {3, "type", Kind::Number, 0},
+    {3, "appList", Kind::List, 0},
+    {4, "app", Kind::Record, 0},
+    {5, "appId", Kind::Number, 0},
+    {5, "appType", Kind::Number, 0},
+    {5, "appName", Kind::Text, appNameLimit},
 };
 
 constexpr const char *noRecords[] = {nullptr};
@@ -57,9 +73,9 @@ public:
     }
 
 private:
-    void report(Check rule, const XmlpNode *node, const std::string &message)
+    void report(Check check, const XmlpNode *node, const std::string &message)
     {
-        source_.add(rule, document_.offsetsOf(node).tag, message);
+        source_.add(check, document_.offsetsOf(node).tag, message);
     }
 
     void checkSorts(const XmlpNode *list)
@@ -97,7 +113,7 @@ private:
         for (const XmlpNode *prio : childrenNamed(sort, "prio")) {
             if (numberOf(prio) < 0 || numberOf(prio) > highestPriority) {
                 report(Check::PriorityRange, prio,
-                       "the priority " + inQuotes(valueOf(prio)) + " is taken as " +
+                       "the priority " + inQuotes(valueOf(prio)) + " is stored as " +
                            std::to_string(static_cast<uint8_t>(numberOf(prio))));
             }
         }
@@ -129,7 +145,8 @@ private:
         const auto number = static_cast<uint32_t>(numberOf(id));
         if (number >= APPMNGR_APP_ID_LIMIT) {
             report(Check::AppIdRange, id,
-                   "the id " + inQuotes(valueOf(id)) + " is not within 0 to 4095");
+                   "the id " + inQuotes(valueOf(id)) + " is not in the range 0 to " +
+                       std::to_string(APPMNGR_APP_ID_LIMIT - 1));
         } else if (known_ != nullptr && known_->count(number) == 0) {
             report(Check::UnknownApp, id,
                    "the application database has no application " + std::to_string(number));
@@ -137,7 +154,7 @@ private:
         if (!appIds_.insert(number).second) {
             report(Check::DuplicateAppId, id,
                    "application " + std::to_string(number) +
-                       " is listed already; the last sort that lists it counts");
+                       " is already listed; the last sort that lists it wins");
         }
     }
 

@@ -50,8 +50,8 @@ size_t characterStart(std::string_view text, size_t at, size_t first)
 struct Location {
     size_t line = 1;
     size_t column = 1;   /* in characters; a tab is one */
-    std::string excerpt; /* what there is room for of the line */
-    std::string caret;   /* stands, printed below the excerpt, under the offset */
+    std::string excerpt; /* of the line, as much as is shown */
+    std::string caret;   /* points, printed below the excerpt, at the offset */
 };
 
 /* Finds the parents of offsets of a text, which must be asked for in increasing order. */
@@ -137,7 +137,7 @@ void visitFindings(const std::deque<Source> &sources, bool warningsAreErrors, Re
         LocationFinder finder(source.text);
         for (const Finding &finding : findings) {
             const Severity severity =
-                warningsAreErrors ? Severity::Error : describe(finding.rule).severity;
+                warningsAreErrors ? Severity::Error : describe(finding.check).severity;
             (severity == Severity::Error ? report.errors : report.warnings)++;
             visit(source, finding, severity, finder.find(finding.offset));
         }
@@ -154,29 +154,30 @@ std::string documentText(const Json &document)
     return jsonText(document, 2) + "\n";
 }
 
-Json asJson(const CheckDescription &rule)
+Json asJson(const CheckDescription &check)
 {
-    return {{"rule", rule.name}, {"severity", nameOf(rule.severity)}, {"sentence", rule.sentence}};
+    return {
+        {"check", check.name}, {"severity", nameOf(check.severity)}, {"sentence", check.sentence}};
 }
 
-std::string asLine(const CheckDescription &rule)
+std::string asLine(const CheckDescription &check)
 {
     char columns[40];
-    snprintf(columns, sizeof(columns), "%-19s %-8s ", rule.name, nameOf(rule.severity));
-    return columns + std::string(rule.sentence) + "\n";
+    snprintf(columns, sizeof(columns), "%-19s %-8s ", check.name, nameOf(check.severity));
+    return columns + std::string(check.sentence) + "\n";
 }
 
 } // namespace
 
-void Source::add(Check rule, size_t offset, const std::string &message)
+void Source::add(Check check, size_t offset, const std::string &message)
 {
-    findings.push_back({rule, std::min(offset, text.size()), printable(message)});
+    findings.push_back({check, std::min(offset, text.size()), printable(message)});
 }
 
 bool Source::hasErrors() const
 {
     return std::any_of(findings.begin(), findings.end(), [](const Finding &finding) {
-        return describe(finding.rule).severity == Severity::Error;
+        return describe(finding.check).severity == Severity::Error;
     });
 }
 
@@ -196,7 +197,7 @@ Report reportAsText(const std::deque<Source> &sources, bool warningsAreErrors, b
                                      std::to_string(location.column) + ": " +
                                      shownName(severity, inColour) + ": " +
                                      messageOf(source, finding) + " [" +
-                                     describe(finding.rule).name + "]\n";
+                                     describe(finding.check).name + "]\n";
                       if (!source.text.empty()) {
                           report.text += location.excerpt + "\n" + location.caret + "\n";
                       }
@@ -218,7 +219,7 @@ Report reportAsJson(const std::deque<Source> &sources, bool warningsAreErrors)
                                           {"line", location.line},
                                           {"column", location.column},
                                           {"severity", nameOf(severity)},
-                                          {"rule", describe(finding.rule).name},
+                                          {"check", describe(finding.check).name},
                                           {"message", finding.message},
                                           {"source", location.excerpt},
                                           {"caret", source.text.empty() ? "" : location.caret}});
@@ -230,13 +231,13 @@ Report reportAsJson(const std::deque<Source> &sources, bool warningsAreErrors)
 
 std::string listChecks(bool wantsJson)
 {
-    Json rules = Json::array();
+    Json list = Json::array();
     std::string lines;
-    for (const CheckDescription &rule : allChecks()) {
-        rules.push_back(asJson(rule));
-        lines += asLine(rule);
+    for (const CheckDescription &check : allChecks()) {
+        list.push_back(asJson(check));
+        lines += asLine(check);
     }
-    return wantsJson ? documentText(rules) : lines;
+    return wantsJson ? documentText(list) : lines;
 }
 
 } // namespace check

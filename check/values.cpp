@@ -118,16 +118,16 @@ public:
             return reject(text_, "is not PROTOCOL ADDRESS:PORT ADDRESS:PORT");
         }
         if (!isProtocol(words[0])) {
-            return reject(words[0], "is none of the protocols tcp, udp and icmp");
+            return reject(words[0], "is not tcp, udp or icmp");
         }
         return checkEndpoint(words[1]) && checkEndpoint(words[2]);
     }
 
 private:
-    void report(Check rule, std::string_view part, const std::string &message)
+    void report(Check check, std::string_view part, const std::string &message)
     {
         const auto index = static_cast<size_t>(part.data() - text_.data());
-        source_.add(rule, document_.offsetInValue(node_, text_.empty() ? 0 : index),
+        source_.add(check, document_.offsetInValue(node_, text_.empty() ? 0 : index),
                     inQuotes(part) + " " + message);
     }
 
@@ -152,7 +152,7 @@ private:
             return reject(endpoint, "is not ADDRESS:PORT");
         }
         if (!isAddress(parts[0])) {
-            return reject(parts[0], "is no IPv4 address; any address is written 0");
+            return reject(parts[0], "is not an IPv4 address (use 0 for any)");
         }
         checkPort(parts[1]);
         return true;
@@ -166,7 +166,7 @@ private:
             report(Check::BadNumber, port, warning);
         } else if (number < 0 || number > UINT16_MAX) {
             report(Check::PortRange, port,
-                   "is no port; the loader takes it as " +
+                   "is not a port; the loader stores " +
                        std::to_string(static_cast<uint16_t>(number)));
         }
     }
@@ -195,9 +195,9 @@ const char *numberWarning(std::string_view number)
     }
     if (number.substr(static_cast<size_t>(end - text.c_str())).find_first_not_of(blanks) !=
         std::string_view::npos) {
-        return "has more than digits; what follows them is ignored";
+        return "has other characters after its digits; they are ignored";
     }
-    return value < INT32_MIN || value > UINT32_MAX ? "does not fit 32 bits" : nullptr;
+    return value < INT32_MIN || value > UINT32_MAX ? "does not fit in 32 bits" : nullptr;
 }
 
 void checkNumber(const Document &document, const XmlpNode *node, Source &source)
@@ -214,8 +214,8 @@ void checkTextLength(const Document &document, const XmlpNode *node, size_t limi
 {
     if (node->valueSize > limit) {
         source.add(Check::CutText, document.offsetInValue(node, limit),
-                   inQuotes(node->name) + " takes " + std::to_string(node->valueSize) +
-                       " bytes and is cut here; there is room for " + std::to_string(limit));
+                   inQuotes(node->name) + " is " + std::to_string(node->valueSize) +
+                       " bytes and is cut off here; the limit is " + std::to_string(limit));
     }
 }
 
@@ -227,10 +227,10 @@ void checkExpiry(const Document &document, const XmlpNode *node, bool isRead, So
     const bool isReadable = readDate(text, date);
     if (!isReadable && isRead) {
         source.add(Check::BadExpiry, offset,
-                   inQuotes(text) + " is not YYYY-MM-DD or YYYY-MM-DD hh:mm:ss");
+                   inQuotes(text) + " cannot be read as YYYY-MM-DD[ hh:mm:ss]");
     } else if (!isReadable || !isWellWritten(text) || !isOfCalendar(date)) {
         source.add(Check::UnclearExpiry, offset,
-                   inQuotes(text) + " is no date as YYYY-MM-DD or YYYY-MM-DD hh:mm:ss");
+                   inQuotes(text) + " is not a valid date (YYYY-MM-DD[ hh:mm:ss])");
     } else if (isPast(date, split(text, blanks).size() > 1)) {
         source.add(Check::PastExpiry, offset, inQuotes(text) + " is in the past");
     }

@@ -148,11 +148,11 @@ TEST(Check, FindsWhatIsListed)
         std::ofstream(path) << found;
     }
     const std::string page = contents(TARN_SOURCE "/docs/check.md");
-    for (const check::CheckDescription &rule : check::allChecks()) {
-        const std::string name = rule.name;
-        const char *const word = rule.severity == check::Severity::Error ? "Error" : "Warning";
+    for (const check::CheckDescription &check : check::allChecks()) {
+        const std::string name = check.name;
+        const char *const word = check.severity == check::Severity::Error ? "Error" : "Warning";
         EXPECT_NE(found.find("[" + name + "]"), found.npos) << name << " is not found";
-        EXPECT_NE(page.find("### " + name + "\n\n**" + word + ".** " + rule.sentence), page.npos)
+        EXPECT_NE(page.find("### " + name + "\n\n**" + word + ".** " + check.sentence), page.npos)
             << name << " is not documented";
     }
 }
@@ -172,14 +172,14 @@ TEST(Check, ShowsTheLineAndMarksThePlace)
 {
     const std::string wide(200, 'w'), most = wide.substr(0, 57), some = wide.substr(0, 39);
     const std::string endTag =
-        " error: the end tag is not that of the open element [refused-text]\n";
+        " error: the end tag is not that of the open element [rejected-text]\n";
     const std::string below = std::string(63, ' ') + "^\n",
                       odd = "\xC3\xBF\xF0\x9F\x98\x80\x80\xBF";
     const std::pair<std::string, std::string> places[] = {
         {"\xEF\xBB\xBF<AppDB>\r\n\t<name>\xC3\xA4</nome>\r\n</AppDB>",
          "db:2:12:" + endTag + "\t<name>\xC3\xA4</nome>\n\t          ^\n"},
         {"\xEF\xBB\xBF<AppDB><a b='" + wide + "'/></AppDB>",
-         "db:1:13: error: the value of an attribute needs double quotes [refused-text]\n"
+         "db:1:13: error: the value of an attribute needs double quotes [rejected-text]\n"
          "<AppDB><a b='" +
              some + "...\n            ^\n"},
         {"<AppDB>" + wide + "\x1B</x></AppDB>",
