@@ -37,8 +37,7 @@ int apppri_analyzeDBFile(void)
     }
     XmlpDoc *doc = loadText();
     if (doc == nullptr) {
-        APPPRI_ERROR(1105, "xmlParseMemory error.\r\n");
-        return -1;
+        return APPPRI_FAIL(1105, "xmlParseMemory error.\r\n");
     }
     int result = -1;
     const XmlpNode *top = xmlp_getChildNode(doc->tree->root, 0);

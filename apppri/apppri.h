@@ -1,12 +1,12 @@
 /*
  * apppri - the application priority database: which priority each application has.
  *
- * Its image lies in the database file behind the application database. The XML text in it groups
+ * Its image follows the application database in the database file. The XML text in it groups
  * applications into sorts, each with one priority:
  *
  *   AppSortDB
  *     ver, proModel, expired         expired: YYYY-MM-DD or YYYY-MM-DD hh:mm:ss
- *     sortNum, appNum                how many there are in all
+ *     sortNum, appNum                number of sorts and applications
  *     sortList
  *       sort                         any number
  *         id, name, prio, type
@@ -14,12 +14,12 @@
  *           app                      any number
  *             appId, appType, appName
  *
- * Element names are matched without regard to ASCII letter case, empty elements are skipped, a
- * value of 512 bytes or more counts as missing.
+ * Element names are matched without regard to ASCII letter case, empty elements are skipped, and
+ * a value of 512 bytes or more counts as missing.
  *
  * Statuses are 0 on success and -1 on failure unless a function says otherwise; failures are
- * reported on standard output as "[apppri_db_error](function) line: message". A failure leaves
- * what was read so far in place.
+ * reported on standard output as "[apppri_db_error](function) line: message". After a failure,
+ * what was parsed so far stays in the model.
  */
 #ifndef APPPRI_APPPRI_H
 #define APPPRI_APPPRI_H
@@ -34,7 +34,7 @@ extern "C" {
 
 /* ---- Model ----------------------------------------------------------------------------- */
 
-/* Room of the names below, in bytes. A name that fills it has no terminator. */
+/* Size of the names below, in bytes. A name that fills it has no terminator. */
 #define APPPRI_NAME_SIZE 32
 
 /*
@@ -62,11 +62,11 @@ typedef struct apppri_sort {
     apppri_app *appList; /* sentinel; null until the first application */
 } apppri_sort;
 
-/* Bytes of the database file that the image may take, and its offset there. */
+/* Size that the image may have, and its offset in the database file, in bytes. */
 #define APPPRI_IMAGE_SIZE   65536u
 #define APPPRI_IMAGE_OFFSET 163840u
 
-/* The database; what stands before xmlBuf (88 bytes on a 32-bit target) is cleared as one. */
+/* The database; what precedes xmlBuf (88 bytes on a 32-bit target) is cleared together. */
 typedef struct apppri_database {
     char ver[12];
     char proModel[32];
@@ -82,9 +82,8 @@ typedef struct apppri_database {
 extern apppri_database apppri_db;
 
 /*
- * Walk the sorts of the model and the applications of a sort, in the order of the text. Each
- * returns the first record, or the one behind the record given, or null at the end. The records
- * belong to the model.
+ * Walk the sorts of the model and the applications of a sort, in list order: return the first
+ * record, or the one after the record given, or null at the end. The records belong to the model.
  */
 apppri_sort *apppri_firstSort(void);
 apppri_sort *apppri_nextSort(const apppri_sort *sort);
@@ -104,7 +103,7 @@ typedef struct apppri_profile {
 
 extern apppri_profile g_apppri_profile;
 
-/* Announces itself on standard output and sets the profile to its initial values. Returns 0. */
+/* Prints its own name and resets the profile to its initial values. Returns 0. */
 int appprio_readParaFromProfile(void);
 
 /* ---- Loading --------------------------------------------------------------------------- */
@@ -115,12 +114,12 @@ int appprio_readParaFromProfile(void);
  */
 int apppri_database_init(void);
 
-/* Reads the image and fills the model from it. The buffers are released in every case. */
+/* Reads the image and fills the model from it. The buffers are released even on failure. */
 int apppri_readAppSortFromDB(void);
 
 /*
- * Allocates the buffers that are not there yet and clears both. On failure the one that could be
- * allocated stays.
+ * Allocates the buffers that are missing and clears both. If one allocation fails, the other
+ * buffer stays.
  */
 int apppri_DBResAlloc(void);
 
@@ -128,20 +127,20 @@ int apppri_DBResAlloc(void);
 void apppri_DBResFree(void);
 
 /*
- * Releases every sort and application of the model and clears the database up to xmlBuf. Records
- * handed out earlier are gone. Returns 0.
+ * Releases every sort and application of the model and clears the database up to xmlBuf. Pointers
+ * to them become invalid. Returns 0.
  */
 int apppri_DBReInit(void);
 
 /*
- * Reads the image into fileBuf and its text, NUL-terminated, into xmlBuf. Fails when the file
- * cannot be opened and when the text fills the buffer; a corrupt stream gives what was decoded
- * before the fault. Failures are reported as "[Error](function) line: message".
+ * Reads the image into fileBuf and its text, NUL-terminated, into xmlBuf. Fails if the file cannot
+ * be opened or the text fills the buffer; a corrupt stream yields the text up to the fault.
+ * Failures are reported as "[Error](function) line: message".
  */
 int apppri_readDBFromFlash(void);
 
 /*
- * Fills the model from the text in xmlBuf. A document whose elements are refused stays in memory
+ * Fills the model from the text in xmlBuf. A document whose elements are rejected stays in memory
  * until the next call.
  */
 int apppri_analyzeDBFile(void);
@@ -150,9 +149,9 @@ int apppri_analyzeDBFile(void);
 int apppri_detectBom(const char *text, uint32_t length);
 
 /*
- * Reads sortNum, appNum and ver of the database from node, its later siblings and what is below
- * them; prefix is the dotted path of their parent. A missing value is reported and ends the
- * siblings that it stands among; the call fails when those are node's own.
+ * Reads sortNum, appNum and ver of the database from node, its later siblings and their
+ * descendants; prefix is the dotted path of their parent. A missing value is reported and ends the
+ * pass over its siblings; the call fails if node is one of them.
  */
 int apppri_parseThroughXML(const char *prefix, const XmlpNode *node);
 
@@ -161,43 +160,39 @@ int apppri_parseThroughXML(const char *prefix, const XmlpNode *node);
 /* Reads node, which must be AppSortDB, and its later siblings. */
 int apppri_db_parseAll(const XmlpNode *node);
 
-/* Reads the children of AppSortDB; sortNum and appNum are known already. */
+/* Reads the children of AppSortDB, but for sortNum and appNum, which are known already. */
 int apppri_db_parseAppSortDB(const XmlpNode *node);
 
-/* Reads the sorts of a sortList, which must be sortNum, with appNum applications in all. */
+/* Reads the sorts of a sortList; there must be sortNum of them, with appNum applications. */
 int apppri_db_parseSortList(const XmlpNode *node);
 
 /*
- * Reads a sort into a record that its type element appends to appSortList; without one it is
- * dropped. *appCounter grows by the number of its applications.
+ * Reads a sort. Its type element appends it to appSortList; without one it is dropped. Adds the
+ * number of its applications to *appCounter.
  */
 int apppri_db_parseSort(const XmlpNode *node, uint32_t *appCounter);
 
-/* Reads the applications of an appList into sort; *appCounter grows by their number. */
+/* Reads the applications of an appList into sort and adds their number to *appCounter. */
 int apppri_db_parseAppList(const XmlpNode *node, apppri_sort *sort, uint32_t *appCounter);
 
-/*
- * Reads an app into a record that its appName element appends to the list of sort; without one it
- * is dropped.
- */
+/* Reads an app. Its appName element appends it to the list of sort; without one it is dropped. */
 int apppri_db_parseApp(const XmlpNode *node, apppri_sort *sort);
 
 /* ---- Priority map ---------------------------------------------------------------------- */
 
-/* The map of the upload under way, mapSize bytes; null otherwise. */
+/* The map during an upload, mapSize bytes; null otherwise. */
 extern unsigned char *g_appPriTbl;
 
 /*
  * Writes the low byte of each sort's priority to map, which has mapSize bytes, at the ids of its
- * applications. Of several sorts with the same application the last one counts. Ids outside the
- * map are left out. Fails when there is no sort list.
+ * applications. Of several sorts with the same application, the last one counts. Ids outside the
+ * map are skipped. Fails if there is no sort list.
  */
 int8_t apppri_initPrimapFromDB(void *map);
 
 /*
- * Writes the low byte of prio to map at the ids of one sort's applications: the first sort with
- * this id that has an application list. Returns 0, also when there is no such sort, or -1 when
- * there is no sort list.
+ * Writes the low byte of prio to map at the application ids of the first sort with this id that
+ * has an application list. Returns 0, even without such a sort, or -1 if there is no sort list.
  */
 int apppri_initPrimapWithSort(void *map, uint32_t sortId, int32_t prio);
 
@@ -206,14 +201,13 @@ int apppri_sendMsgToKernel(void);
 
 /* ---- Lookups, listing, diagnostics ---------------------------------------------------- */
 
-/* Returns the id of the first application whose name contains needle, in this letter case; or -1.
- */
+/* Returns the id of the first application whose name contains needle, case-sensitively, or -1. */
 int32_t apppri_getAppIdByName(const char *needle);
 
 /*
- * Finds the first application with this id and copies its name into the length bytes at out, cut
- * or filled up with zeros; only a name shorter than length is terminated.
- * Returns the sort that the application belongs to, or null.
+ * Finds the first application with this id and copies its name to the length bytes at out, cut or
+ * padded with zeros; only a name shorter than length is terminated. Returns the sort of the
+ * application, or null.
  */
 apppri_sort *apppri_getAppNameById(uint32_t appId, char *out, uint32_t length);
 
@@ -221,14 +215,15 @@ apppri_sort *apppri_getAppNameById(uint32_t appId, char *out, uint32_t length);
 void apppri_showDB(void);
 
 /*
- * Prints "[apppri_db_error](function) line: " and the message, which brings its own line end; line
- * is a fixed number, part of the message.
+ * Prints "[apppri_db_error](function) line: " and the message, which has its own line end; line is
+ * a fixed number, part of the message.
  */
 void apppri_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
-/* Reports in the name of the calling function. */
+/* Reports in the name of the calling function; APPPRI_FAIL is also the -1 that it returns. */
 #define APPPRI_ERROR(line, ...) apppri_report(__func__, line, __VA_ARGS__)
+#define APPPRI_FAIL(line, ...)  (APPPRI_ERROR(line, __VA_ARGS__), -1)
 
 #ifdef __cplusplus
 }

@@ -33,8 +33,7 @@ int apppri_DBResAlloc(void)
         apppri_db.fileBuf = static_cast<unsigned char *>(malloc(APPPRI_IMAGE_SIZE));
     }
     if (apppri_db.xmlBuf == nullptr || apppri_db.fileBuf == nullptr) {
-        APPPRI_ERROR(1171, "apppri file reinit failed.\r\n\r\n");
-        return -1;
+        return APPPRI_FAIL(1171, "apppri file reinit failed.\r\n\r\n");
     }
     memset(apppri_db.xmlBuf, 0, g_apppri_profile.bufSize);
     memset(apppri_db.fileBuf, 0, APPPRI_IMAGE_SIZE);
@@ -115,12 +114,10 @@ int apppri_database_init(void)
 {
     apppri_DBReInit();
     if (apppri_readAppSortFromDB() != 0) {
-        APPPRI_ERROR(2044, "apppri_readAppSortFromDB failed.\r\n");
-        return -1;
+        return APPPRI_FAIL(2044, "apppri_readAppSortFromDB failed.\r\n");
     }
     if (apppri_sendMsgToKernel() != 0) {
-        APPPRI_ERROR(2050, "apppri_sendMsgToKernel failed.\r\n");
-        return -1;
+        return APPPRI_FAIL(2050, "apppri_sendMsgToKernel failed.\r\n");
     }
     return 0;
 }

@@ -66,8 +66,7 @@ static void setPriority(void *map, const apppri_sort *sort, uint32_t prio)
 int8_t apppri_initPrimapFromDB(void *map)
 {
     if (apppri_db.appSortList == nullptr) {
-        APPPRI_ERROR(1381, "appSortList NULL.\r\n");
-        return -1;
+        return APPPRI_FAIL(1381, "appSortList NULL.\r\n");
     }
     for (auto *sort = apppri_firstSort(); sort != nullptr; sort = apppri_nextSort(sort)) {
         setPriority(map, sort, sort->prio);
@@ -78,8 +77,7 @@ int8_t apppri_initPrimapFromDB(void *map)
 int apppri_initPrimapWithSort(void *map, uint32_t sortId, int32_t prio)
 {
     if (apppri_db.appSortList == nullptr) {
-        APPPRI_ERROR(1421, "appSortList NULL.\r\n");
-        return -1;
+        return APPPRI_FAIL(1421, "appSortList NULL.\r\n");
     }
     for (auto *sort = apppri_firstSort(); sort != nullptr; sort = apppri_nextSort(sort)) {
         if (sort->id == sortId && sort->appList != nullptr) {

@@ -14,7 +14,7 @@ static_assert(sizeof(void *) != 4 || offsetof(apppri_database, xmlBuf) == 88, "o
 
 apppri_database apppri_db;
 
-// Returns the record behind record, or null at the end of list.
+// Returns the record after record, or null at the end of list.
 template <typename Record> static Record *next(const Record *list, const Record *record)
 {
     return record->next != list ? record->next : nullptr;

@@ -17,6 +17,7 @@ static_assert(offsetof(dbimage_fileHeader, version) == 5, "file header");
 static_assert(offsetof(dbimage_fileHeader, magic) == 8, "file header");
 static_assert(offsetof(dbimage_fileHeader, reserved) == 12, "file header");
 
+static constexpr uint32_t headerSize = sizeof(dbimage_fileHeader);
 static constexpr uint32_t updateBufSize = 204800;
 
 unsigned char *_appmngr_updateBuf;
@@ -41,11 +42,14 @@ int appmngr_decrypt(void *dst, uint32_t *pDstLen, const void *src, uint32_t srcL
         return -3;
     }
     unsigned char *const digested = static_cast<unsigned char *>(dst) + DBIMAGE_DIGEST_SIZE;
-    const uint64_t payloadLength = ntohl(dbimage_readHeader(digested).length);
-    *pDstLen = static_cast<uint32_t>(payloadLength + sizeof(dbimage_fileHeader));
+    // The file may end before its header does.
+    uint32_t payloadLength = 0;
+    memcpy(&payloadLength, digested, sizeof(payloadLength));
+    payloadLength = ntohl(payloadLength);
+    *pDstLen = payloadLength + headerSize;
 
     // The length is the file's own claim; its sum may have wrapped.
-    const uint64_t end = DBIMAGE_DIGEST_SIZE + sizeof(dbimage_fileHeader) + payloadLength;
+    const uint64_t end = uint64_t{DBIMAGE_DIGEST_SIZE} + headerSize + payloadLength;
     if (end > capacity || !md5_verify(dst, digested, *pDstLen)) {
         return -4;
     }
@@ -104,7 +108,7 @@ int appmngr_db_writeAppDbFromDatabase(uint32_t, uint32_t size, const void *data,
         return APPMNGR_ERR_FILE_CHECK;
     }
     const dbimage_fileHeader header = dbimage_readHeader(_appmngr_updateBuf);
-    if (length - sizeof(header) != ntohl(header.length)) {
+    if (length - headerSize != ntohl(header.length)) {
         // unreachable: appmngr_decrypt takes the length from the header (LCOV_EXCL_START)
         APPMNGR_ERROR(2770, "LEN ERROR AFTER appmngr_decrypt! lenBigEndian = %d, dstLen = %d\n",
                       static_cast<int>(ntohl(header.length)), static_cast<int>(length));
@@ -153,7 +157,7 @@ int apppri_writeApppriDbFromDatabase(uint32_t, uint32_t size, const void *data, 
     if (decrypted <= 0) {
         APPPRI_ERROR(1922, "appmngr_decrypt FAILED\r\n\r\n");
         result = APPMNGR_ERR_FILE_CHECK;
-    } else if (length - sizeof(header) != ntohl(header.length)) {
+    } else if (length - headerSize != ntohl(header.length)) {
         // unreachable: appmngr_decrypt takes the length from the header (LCOV_EXCL_START)
         APPPRI_ERROR(1938,
                      "LEN ERROR AFTER appmngr_decrypt! lenBigEndian = %d, dstLen = %d\r\n\r\n",

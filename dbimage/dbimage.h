@@ -39,8 +39,6 @@
 extern "C" {
 #endif
 
-/* ---- Records --------------------------------------------------------------------------- */
-
 #define DBIMAGE_DIGEST_SIZE   16
 #define DBIMAGE_FILES_MAX     16
 #define DBIMAGE_CONTAINER_MAX 196600
@@ -48,15 +46,15 @@ extern "C" {
 #define DBIMAGE_TYPE_APP      0           /* application database */
 #define DBIMAGE_TYPE_PRIORITY 3           /* application priority database */
 
-/* 17 bytes. */
+/* What a container begins with; 17 bytes. */
 typedef struct dbimage_containerHead {
     uint8_t digest[DBIMAGE_DIGEST_SIZE]; /* does not cover fileCount */
     uint8_t fileCount;
 } dbimage_containerHead;
 
-/* 8 bytes. */
+/* What each of its files begins with; 8 bytes. */
 typedef struct dbimage_entryHead {
-    uint8_t type; /* DBIMAGE_TYPE_...; files of other types are ignored */
+    uint8_t type; /* DBIMAGE_TYPE_...; other types are ignored */
     uint8_t unused[3];
     uint32_t size; /* big-endian */
 } dbimage_entryHead;
@@ -67,7 +65,7 @@ typedef struct dbimage_fileHeader {
     uint8_t unused;
     uint8_t version[3]; /* major, minor, patch */
     uint32_t magic;     /* big-endian */
-    uint32_t reserved;  /* 0 */
+    uint32_t reserved;  /* 0 in a valid file */
 } dbimage_fileHeader;
 
 /* A file of a container; data points into the container. */
@@ -77,12 +75,13 @@ typedef struct dbimage_file {
     const unsigned char *data;
 } dbimage_file;
 
+/* The files of a container, in its order. */
 typedef struct dbimage_fileTable {
     uint32_t count;
     dbimage_file file[DBIMAGE_FILES_MAX];
 } dbimage_fileTable;
 
-/* Why a container is rejected: the result of the update and the diagnostic that it prints. */
+/* Why the structure of a container is invalid: result and diagnostic of the update. */
 typedef struct dbimage_fault {
     int code; /* APPMNGR_ERR_... of appmngr/appmngr_model.h */
     int line;
@@ -94,39 +93,40 @@ typedef struct dbimage_fault {
 /*
  * Checks the container of len bytes at data and prepares a database image from each of its files
  * in order, up to the first failure. Returns 0 or a code of appmngr/appmngr_model.h:
- * APPMNGR_ERR_FILE_INVALID_LEN (unreported when len is out of range),
- * APPMNGR_ERR_FILE_CHECK, APPMNGR_ERR_FILE_INVALID_FORMAT, or what a writer below returned.
+ * APPMNGR_ERR_FILE_INVALID_LEN (unreported if len is out of range), APPMNGR_ERR_FILE_CHECK,
+ * APPMNGR_ERR_FILE_INVALID_FORMAT, or what a writer below returned.
  */
 int appmngr_db_writeFromDatabase(const void *data, int32_t len);
 
 /*
- * Lists the files of the container of len bytes, at least 17, at data. Returns null, or what is
- * wrong with its structure; table then has the files up to there. Prints nothing.
+ * Lists the files of the container of len bytes, at least 17, at data, whatever its digest.
+ * Returns null, or what is wrong with its structure; table then has the files up to there. Prints
+ * nothing.
  */
 const dbimage_fault *dbimage_listFiles(const void *data, uint32_t len, dbimage_fileTable *table);
 
-/* Returns 1 when the container of len bytes, at least 17, at data has the right digest, else 0. */
+/* Returns 1 if the digest of the container of len bytes, at least 17, at data is right, else 0. */
 int dbimage_verifyDigest(const void *data, uint32_t len);
 
 /* ---- Database files -------------------------------------------------------------------- */
 
-/* Returns the header of the decrypted file (see appmngr_decrypt) at data, at least 16 bytes. */
+/* Returns the header of the file at data, decrypted by appmngr_decrypt. */
 dbimage_fileHeader dbimage_readHeader(const void *data);
 
-/* Returns 1 when a device accepts the magic of header, else 0. */
+/* Returns 1 if the magic of header is accepted, else 0. */
 int dbimage_isKnownMagic(const dbimage_fileHeader *header);
 
 /*
- * Completes the image in the decrypted file at data: its length field takes the place of the
- * reserved word, where the image then begins. Returns its length in bytes, that field included.
+ * Completes the image in the decrypted file at data: its length field replaces the reserved word,
+ * and the image begins there. Returns its length in bytes, including that field.
  */
 uint32_t dbimage_completeImage(void *data);
 
 /*
- * Decrypts the application database file of size bytes at data and prepares its image. type is
- * not used. versionOut gets the accepted version when the file has another one, see
- * appmngr_checkVersion. The image stays in a buffer of its own until the container is done.
- * Returns 0, -1 when memory is short, APPMNGR_ERR_FILE_CHECK, APPMNGR_ERR_FILE_INVALID_LEN,
+ * Decrypts the application database file of size bytes at data and prepares its image, in a buffer
+ * that stays allocated until a container with such a file has been processed. type is not used.
+ * For a file of another version, versionOut gets the accepted one, see appmngr_checkVersion.
+ * Returns 0, -1 if out of memory, APPMNGR_ERR_FILE_CHECK, APPMNGR_ERR_FILE_INVALID_LEN,
  * APPMNGR_ERR_FILE_INVALID_VERSION, or APPMNGR_ERR_SIZE_LARGE for an image of more than 65,536
  * bytes.
  */
@@ -142,8 +142,8 @@ int apppri_writeApppriDbFromDatabase(uint32_t type, uint32_t size, const void *d
                                      char *versionOut);
 
 /*
- * Returns 1 when version is one of 1.2. Otherwise writes the five characters 1.2.x, without a
- * terminator, to out and returns 0. A null argument gives 0.
+ * Returns 1 if version is 1.2.x. Otherwise writes the five characters 1.2.x, without a terminator,
+ * to out and returns 0. Returns 0 for a null argument.
  */
 int appmngr_checkVersion(const char *version, char *out);
 
@@ -154,20 +154,20 @@ extern const unsigned char g_appmngr_databaseKey[8];
 
 /*
  * Decrypts the database file of srcLen bytes at src into dst and checks its digest. *pDstLen is
- * the room in dst, more than srcLen + 7; it becomes the length of header and payload, which then
+ * the size of dst, more than srcLen + 7; it becomes the length of header and payload, which then
  * begin at dst. Returns 1, or
  *   -1  a null argument
- *   -2  srcLen below 17 or not below *pDstLen
- *   -3  not decrypted: too little room
- *   -4  another digest, unreported; *pDstLen is set and the plaintext, with its digest, is in dst
+ *   -2  srcLen is below 17 or not below *pDstLen
+ *   -3  not decrypted: dst is too small
+ *   -4  wrong digest, unreported; *pDstLen is set and the plaintext, with its digest, is in dst
  */
 int appmngr_decrypt(void *dst, uint32_t *pDstLen, const void *src, uint32_t srcLen);
 
 /*
- * Encrypts (encrypt non-zero) or decrypts srcLen bytes at src with single DES, block by block and
- * without an initialisation vector. dst has room for dstLen bytes, at least srcLen + 8. key has 8
- * bytes. A last partial block is completed with zeros; encrypting writes it whole, decrypting as
- * far as srcLen. Returns the number of bytes written, 0 for a null argument or too little room.
+ * Encrypts (encrypt non-zero) or decrypts srcLen bytes at src with single DES in ECB mode. dst has
+ * dstLen bytes, at least srcLen + 8; key has 8. A partial last block is padded with zeros;
+ * encrypting writes all of it, decrypting only up to srcLen. Returns the number of bytes written,
+ * 0 for a null argument or if dst is too small.
  */
 int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
                      int encrypt);
@@ -177,22 +177,22 @@ int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen,
 /* Writes the 16-byte MD5 of len bytes at data to digest. */
 void md5_digest(void *digest, const void *data, uint32_t len);
 
-/* Returns 1 when the MD5 of len bytes at data is the 16 bytes at expected, else 0. */
+/* Returns 1 if the MD5 of len bytes at data is the 16 bytes at expected, else 0. */
 int md5_verify(const void *expected, const void *data, uint32_t len);
 
 /*
- * A sealed buffer is the MD5 of the plaintext, then the plaintext, filled up with zeros to a
- * multiple of 8, in DES-ECB under key. Seals (seal non-zero) or unseals srcLen bytes at src;
- * dst has room for dstLen bytes, at least srcLen + 24 to seal and srcLen - 8 to unseal. Unsealing
- * does not report a wrong digest, and keeps the zeros. Returns the number of bytes in dst, or -1
- * when there is too little room.
+ * A sealed buffer is the MD5 of the plaintext, followed by the plaintext padded with zeros to a
+ * multiple of 8 bytes and encrypted with DES-ECB under key. Seals (seal non-zero) or unseals
+ * srcLen bytes at src; dst has dstLen bytes, at least srcLen + 24 to seal, srcLen - 8 to unseal.
+ * Unsealing ignores a wrong digest and keeps the padding. Returns the number of bytes in dst, or
+ * -1 if dst is too small.
  */
 int md5_des_seal(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
                  int seal);
 
 /*
- * Seals or unseals a file of at most 16,382 bytes with the database key. Returns 0 when outPath
- * was opened, even if writing failed, else -1. System errors are reported on standard error.
+ * Seals or unseals a file of at most 16,382 bytes with the database key. Returns 0 if outPath was
+ * opened, even if writing failed, else -1. System errors are reported on standard error.
  */
 int md5_des_sealFile(const char *inPath, const char *outPath, int seal);
 

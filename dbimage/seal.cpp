@@ -12,37 +12,27 @@ static constexpr int32_t blockSize = 8;
 // The writable copy of the database key.
 static unsigned char sealKey[8] = {TARN_DATABASE_KEY_BYTES};
 
-static int sealBuffer(const void *src, int32_t srcLen, unsigned char *dst, int32_t dstLen,
-                      const void *key)
+int md5_des_seal(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
+                 int seal)
 {
-    if (srcLen < 0 || int64_t{dstLen} - digestSize - blockSize < srcLen) {
-        return -1;
+    const auto *in = static_cast<const unsigned char *>(src);
+    auto *out = static_cast<unsigned char *>(dst);
+    if (seal) {
+        if (srcLen < 0 || int64_t{dstLen} - digestSize - blockSize < srcLen) {
+            return -1;
+        }
+        md5_digest(out, in, static_cast<uint32_t>(srcLen));
+        return digestSize +
+               wexal_des_min_do(in, srcLen, out + digestSize, dstLen - digestSize, key, 1);
     }
-    md5_digest(dst, src, static_cast<uint32_t>(srcLen));
-    return digestSize +
-           wexal_des_min_do(src, srcLen, dst + digestSize, dstLen - digestSize, key, 1);
-}
-
-static int unsealBuffer(const unsigned char *src, int32_t srcLen, unsigned char *dst,
-                        int32_t dstLen, const void *key)
-{
     if (int64_t{dstLen} + blockSize < srcLen) {
         return -1;
     }
     if (srcLen < digestSize) {
         return 0;
     }
-    // The digest is not checked on purpose: a wrong one was never reported.
-    return wexal_des_min_do(src + digestSize, srcLen - digestSize, dst, dstLen, key, 0);
-}
-
-int md5_des_seal(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
-                 int seal)
-{
-    const auto *in = static_cast<const unsigned char *>(src);
-    auto *out = static_cast<unsigned char *>(dst);
-    return seal ? sealBuffer(in, srcLen, out, dstLen, key)
-                : unsealBuffer(in, srcLen, out, dstLen, key);
+    // The digest is ignored on purpose.
+    return wexal_des_min_do(in + digestSize, srcLen - digestSize, out, dstLen, key, 0);
 }
 
 // Kept on purpose: a failure leaves the input open.
