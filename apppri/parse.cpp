@@ -58,7 +58,7 @@ static bool hasTag(const XmlpNode *node, const char *tag)
     return appmngr_strcasecmpSafe(node->name, tag) == 0;
 }
 
-// The following store the value of node; false when it has none.
+// The following store the value of node; false if it has none.
 
 template <typename Number> static bool storeNumber(const XmlpNode *node, Number *field)
 {
@@ -271,7 +271,7 @@ int apppri_db_parseApp(const XmlpNode *node, apppri_sort *sort)
     return result;
 }
 
-// A split asks for at most three pieces and takes room for the null pointer behind them.
+// A split gives at most three pieces and needs room for the null pointer after them.
 static constexpr int pieceRoom = 4;
 
 // Splits text at separator into exactly three numbers.

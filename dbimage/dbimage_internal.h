@@ -9,8 +9,7 @@
 #pragma GCC visibility push(hidden)
 extern "C" {
 
-/* Prepares the image from a file of a container and releases it again. Returns as the writers do.
- */
+/* Prepares the image from a file of a container and releases it. Returns what the writer does. */
 int _dbimage_writeFile(const dbimage_file *file);
 
 /* Where application database files are decrypted; null while not allocated. */
