@@ -1,7 +1,11 @@
+// tarn-db-tool bundle - databases into an update container.
+
+#include "tool/commands.h"
+
 #include "check/database.h"
 #include "dbimage/dbimage.h"
-#include "tool/commands.h"
 #include "tool/file.h"
+#include "tool/options.h"
 
 #include <arpa/inet.h>
 #include <charconv>
@@ -13,10 +17,18 @@ namespace tool
 namespace
 {
 
+struct {
+    std::string paths[2]; // of the texts, in the order of the table of databases; may be empty
+    std::string version;
+    std::string container;
+} arguments;
+
+constexpr size_t blockSize = 8; // of the encryption
+
 constexpr char series[] = "1.2.";
 constexpr size_t seriesLength = sizeof(series) - 1;
 
-/* Returns N of a version 1.2.N, or -1. */
+// Returns N of a version 1.2.N, or -1.
 int patchLevel(const std::string &version)
 {
     const char *const end = version.data() + version.size();
@@ -30,12 +42,12 @@ int patchLevel(const std::string &version)
 
 template <typename Record> void append(std::string &bytes, const Record &record)
 {
-    bytes.append(reinterpret_cast<const char *>(&record), sizeof record);
+    bytes.append(reinterpret_cast<const char *>(&record), sizeof(record));
 }
 
 std::string encrypt(const std::string &plain)
 {
-    std::string encrypted(plain.size() + 8, '\0');
+    std::string encrypted(plain.size() + blockSize, '\0');
     const int length =
         wexal_des_min_do(plain.data(), static_cast<int32_t>(plain.size()), encrypted.data(),
                          static_cast<int32_t>(encrypted.size()), g_appmngr_databaseKey, 1);
@@ -43,11 +55,11 @@ std::string encrypt(const std::string &plain)
     return encrypted;
 }
 
-/* The encrypted database file of a packed image, whose length field goes into the header. */
+// The encrypted database file of a packed image, whose length field goes into the header.
 std::string databaseFile(const std::string &image, int patch)
 {
     dbimage_fileHeader header = {};
-    const std::string payload = image.substr(sizeof header.length);
+    const std::string payload = image.substr(sizeof(header.length));
     header.length = htonl(static_cast<uint32_t>(payload.size()));
     header.version[0] = 1;
     header.version[1] = 2;
@@ -63,50 +75,71 @@ std::string databaseFile(const std::string &image, int patch)
     return encrypt(digest + body);
 }
 
-/* The entry for the database in the file at path. */
-std::string entry(const std::string &path, uint8_t type, const check::Database &database, int patch)
+// The entry for the database in the file at path.
+std::string entry(const std::string &path, const check::Database &database, int patch)
 {
     const InputFile text = readFile(path);
     const std::string file = databaseFile(check::packDatabase(text, database), patch);
-    /* The device decrypts it into the buffer for the text and wants a block to spare. */
-    const size_t limit = database.textLimit + 1 - 8;
+    // The device decrypts it into the buffer for the text and wants a block to spare.
+    const size_t limit = database.textLimit + 1 - blockSize;
     if (file.size() > limit) {
-        throw check::Failure(text.name, "the encrypted " + std::string(database.name) + " takes " +
-                                            std::to_string(file.size() - limit) +
-                                            " bytes more than the " + std::to_string(limit) +
-                                            " there is room for");
+        throw check::Failure(text.name, "the encrypted " + std::string(database.name) + " is " +
+                                            std::to_string(file.size()) + " bytes; the limit is " +
+                                            std::to_string(limit));
     }
-    const dbimage_entryHead head = {type, {}, htonl(static_cast<uint32_t>(file.size()))};
+    const dbimage_entryHead head = {
+        database.fileType, {}, htonl(static_cast<uint32_t>(file.size()))};
     std::string bytes;
     append(bytes, head);
     return bytes + file;
 }
-
-} // namespace
 
 std::string checkVersion(const std::string &version)
 {
     return patchLevel(version) < 0 ? "must be 1.2.N with N from 0 to 255" : "";
 }
 
-int bundle(const Arguments &arguments)
+void declare(CLI::App &parser)
+{
+    parser
+        .add_option("-o,--output", arguments.container,
+                    "Container file to write, - for standard output")
+        ->required()
+        ->type_name("CONTAINER");
+    parser.add_option("--version", arguments.version, "Version of the databases, 1.2.N")
+        ->required()
+        ->type_name("1.2.N")
+        ->check(checkVersion);
+    CLI::Option_group *const databases =
+        parser.add_option_group("Databases", "At least one of them");
+    databases->add_option("--app", arguments.paths[0], "Application database, - for standard input")
+        ->type_name("APPDB.xml");
+    databases->add_option("--priority", arguments.paths[1], "Priority database")
+        ->type_name("SORTDB.xml");
+    databases->require_option(1, 2);
+}
+
+int run()
 {
     const int patch = patchLevel(arguments.version);
     dbimage_containerHead head = {};
     std::string entries;
-    if (!arguments.input.empty()) {
-        entries += entry(arguments.input, DBIMAGE_TYPE_APP, check::applicationDatabase, patch);
-        ++head.fileCount;
-    }
-    if (!arguments.priority.empty()) {
-        entries += entry(arguments.priority, DBIMAGE_TYPE_PRIORITY, check::priorityDatabase, patch);
-        ++head.fileCount;
+    for (size_t i = 0; i < std::size(check::databases); i++) {
+        if (!arguments.paths[i].empty()) {
+            entries += entry(arguments.paths[i], check::databases[i], patch);
+            head.fileCount++;
+        }
     }
     md5_digest(head.digest, entries.data(), static_cast<uint32_t>(entries.size()));
     std::string container;
     append(container, head);
-    writeFile(arguments.output, container + entries);
+    writeFile(arguments.container, container + entries);
     return 0;
 }
+
+} // namespace
+
+const Command bundle = {"bundle", "Pack and encrypt databases into an update container", declare,
+                        run};
 
 } // namespace tool

@@ -1,9 +1,11 @@
 // tarn-db-tool check - everything that is wrong or suspicious in databases, as a compiler says it.
 
+#include "tool/commands.h"
+
 #include "check/check.h"
 #include "check/output.h"
-#include "tool/commands.h"
 #include "tool/file.h"
+#include "tool/options.h"
 
 #include <deque>
 #include <string>
@@ -16,11 +18,30 @@ namespace tool
 namespace
 {
 
-} // namespace
+struct {
+    std::vector<std::string> files;
+    bool listChecks = false;
+    bool json = false;
+    bool warningsAreErrors = false;
+} arguments;
 
-int check(const Arguments &arguments)
+void declare(CLI::App &parser)
 {
-    if (arguments.listsRules) {
+    parser.add_option("FILE", arguments.files,
+                      "XML text, image or update container, - for standard input");
+    parser.add_flag("--list-checks", arguments.listChecks, "List the checks instead");
+    addJson(parser, arguments.json);
+    parser.add_flag("--werror", arguments.warningsAreErrors, "Treat warnings as errors");
+    parser.parse_complete_callback([] {
+        if (arguments.files.empty() && !arguments.listChecks) {
+            throw CLI::RequiredError("FILE");
+        }
+    });
+}
+
+int run()
+{
+    if (arguments.listChecks) {
         writeStandardOutput(check::listChecks(arguments.json));
         return 0;
     }
@@ -35,5 +56,10 @@ int check(const Arguments &arguments)
     writeStandardOutput(report.text);
     return report.errors == 0 ? 0 : 1;
 }
+
+} // namespace
+
+const Command check = {
+    "check", "Report what is wrong or suspicious in databases, images, containers", declare, run};
 
 } // namespace tool

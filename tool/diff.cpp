@@ -1,10 +1,12 @@
 // tarn-db-tool diff - what changed from one application database to another.
 
-#include "check/database.h"
+#include "tool/commands.h"
+
+#include "appmngr/appmngr.h"
 #include "check/device.h"
 #include "check/output.h"
-#include "tool/commands.h"
 #include "tool/file.h"
+#include "tool/options.h"
 #include "tool/record.h"
 
 #include <array>
@@ -21,17 +23,29 @@ namespace tool
 namespace
 {
 
-/* ---- Items: everything of a database that can come, go or change ------------------------- */
+struct {
+    std::string before;
+    std::string after;
+    bool json = false;
+} arguments;
 
+void declare(CLI::App &parser)
+{
+    addInput(parser, "OLD", arguments.before, "Image file");
+    addInput(parser, "NEW", arguments.after, "Image file");
+    addJson(parser, arguments.json);
+}
+
+// Everything of a database that can come, go or change.
 enum class Kind { Header, Application, Type, Rule, Keyword };
 
 const char *const kindNames[] = {"header", "application", "type", "rule", "keyword"};
 
-/* What stays the same when an item changes; the order of the list of changes. */
+// What stays the same when an item changes; the order of the list of changes.
 struct Key {
     Kind kind;
-    uint32_t id;      /* of the type, or of the application that it belongs to */
-    std::string text; /* the tuple of a rule, the keyword itself */
+    uint32_t id;      // of the type, or of the application that it belongs to
+    std::string text; // the tuple of a rule, the keyword itself
 
     bool operator<(const Key &other) const
     {
@@ -39,7 +53,7 @@ struct Key {
     }
 };
 
-/* With what can change of an item. Items with the same key are in the order of the tables. */
+// With what can change of an item. Items with the same key are in the order of the tables.
 using Items = std::multimap<Key, Json>;
 
 void add(Items &items, Kind kind, uint32_t id, const std::string &text, const Json &fields)
@@ -67,30 +81,28 @@ Items readItems(const std::string &path)
         {{"ver", fieldText(g_appmngr_appDb.ver)},
          {"proModel", fieldText(g_appmngr_appDb.proModel)},
          {"expired", fieldText(g_appmngr_appDb.expired)}});
-    for (uint32_t i = 0; i < g_appmngr_appDb.appCount; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDb.appCount; i++) {
         const appmngr_app &app = g_appmngr_app[i];
         add(items, Kind::Application, app.id, "",
             {{"name", fieldText(app.name)}, {"visible", app.visible}});
     }
-    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
         const appmngr_appType &type = g_appmngr_appDb.type[i];
         add(items, Kind::Type, type.id, "",
             {{"name", fieldText(type.name)}, {"applications", applicationsOf(type)}});
     }
-    for (uint32_t i = 0; i < g_appmngr_appDb.ruleCount; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDb.ruleCount; i++) {
         const appmngr_rule &rule = g_appmngr_appDb.rule[i];
         add(items, Kind::Rule, rule.appId, tupleText(rule), signatures(rule));
     }
-    for (uint32_t i = 0; i < g_appmngr_appDns.count; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDns.count; i++) {
         const appmngr_dnsRule &rule = g_appmngr_appDns.rule[i];
         add(items, Kind::Keyword, rule.appId, fieldText(rule.keyword), Json::object());
     }
     return items;
 }
 
-/* ---- Changes ---------------------------------------------------------------------------- */
-
-/* A null item was not there. */
+// A null item was not there.
 struct Change {
     const Key *key;
     const Json *before;
@@ -120,7 +132,7 @@ std::vector<Change> compare(const Items &before, const Items &after)
     return changes;
 }
 
-/* How a change looks. */
+// How a change looks.
 struct Style {
     const char *name;
     char sign;
@@ -139,7 +151,7 @@ const Style &styleOf(const Change &change)
     return change.after == nullptr ? removed : changed;
 }
 
-/* The fields of a changed item that changed: {name: [before, after]}. */
+// The fields of a changed item that changed: {name: [before, after]}.
 Json changedFields(const Change &change)
 {
     Json fields = Json::object();
@@ -154,18 +166,16 @@ Json changedFields(const Change &change)
     return fields;
 }
 
-/* ---- Output ----------------------------------------------------------------------------- */
-
 std::string changeText(const Change &change)
 {
     const Key &key = *change.key;
     const Json &fields = change.after != nullptr ? *change.after : *change.before;
     char start[64];
-    snprintf(start, sizeof start, "%c %-11s", styleOf(change).sign,
+    snprintf(start, sizeof(start), "%c %-11s", styleOf(change).sign,
              kindNames[static_cast<int>(key.kind)]);
     std::string text = start;
     if (key.kind != Kind::Header) {
-        snprintf(start, sizeof start, " %4u  ", key.id);
+        snprintf(start, sizeof(start), " %4u  ", key.id);
         text += start;
     }
     if (key.kind == Kind::Application || key.kind == Kind::Type) {
@@ -176,7 +186,7 @@ std::string changeText(const Change &change)
     text.erase(text.find_last_not_of(' ') + 1);
     const Json changedOnes = changedFields(change);
     for (const auto &[name, values] : changedOnes.items()) {
-        snprintf(start, sizeof start, "\n    %-15s ", name.c_str());
+        snprintf(start, sizeof(start), "\n    %-15s ", name.c_str());
         text += start + jsonText(values[0]) + " -> " + jsonText(values[1]);
     }
     return text;
@@ -223,10 +233,10 @@ void printChangesAsJson(const std::vector<Change> &changes)
 constexpr int different = 1;
 constexpr int trouble = 2;
 
-int compareImages(const Arguments &arguments)
+int compareImages()
 {
-    const Items before = readItems(arguments.input);
-    const Items after = readItems(arguments.newImage);
+    const Items before = readItems(arguments.before);
+    const Items after = readItems(arguments.after);
     const std::vector<Change> changes = compare(before, after);
     if (arguments.json) {
         printChangesAsJson(changes);
@@ -236,18 +246,20 @@ int compareImages(const Arguments &arguments)
     return changes.empty() ? 0 : different;
 }
 
-} // namespace
-
-/* A failure must not look like a difference. */
-int diff(const Arguments &arguments)
+// A failure must not look like a difference.
+int run()
 {
     try {
-        return compareImages(arguments);
+        return compareImages();
     } catch (const check::Failure &failure) {
         fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
         clearerr(stdout); // its failure has been told
         return trouble;
     }
 }
+
+} // namespace
+
+const Command diff = {"diff", "Compare the application databases of two images", declare, run};
 
 } // namespace tool

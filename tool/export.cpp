@@ -1,10 +1,11 @@
 // tarn-db-tool export - the rules of an image as database.json.
 
-#include "appmngr/appmngr.h"
-#include "check/database.h"
-#include "check/device.h"
 #include "tool/commands.h"
+
+#include "appmngr/appmngr.h"
+#include "check/device.h"
 #include "tool/file.h"
+#include "tool/options.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -17,6 +18,18 @@ namespace tool
 
 namespace
 {
+
+struct {
+    std::string image;
+    std::string folder = ".";
+} arguments;
+
+void declare(CLI::App &parser)
+{
+    addImage(parser, arguments.image);
+    parser.add_option("-C", arguments.folder, "Directory to write database.json to")
+        ->type_name("DIR");
+}
 
 // In memory first, so that the file appears whole or not at all.
 std::string rulesAsJson(const std::string &imageName)
@@ -37,15 +50,17 @@ std::string rulesAsJson(const std::string &imageName)
     return json;
 }
 
-} // namespace
-
-int exportRules(const Arguments &arguments)
+int run()
 {
-    const InputFile image = readFile(arguments.input);
+    const InputFile image = readFile(arguments.image);
     check::loadApplicationTables(image);
-    const std::string folder = arguments.output.empty() ? "." : arguments.output;
-    writeFile(folder + "/database.json", rulesAsJson(image.name));
+    writeFile(arguments.folder + "/database.json", rulesAsJson(image.name));
     return 0;
 }
+
+} // namespace
+
+const Command exportRules = {"export", "Write the rules of an image as database.json", declare,
+                             run};
 
 } // namespace tool

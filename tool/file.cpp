@@ -119,12 +119,12 @@ mode_t newFileMode()
 
 InputFile readStandardInput()
 {
-    static bool taken = false;
+    static bool isUsed = false;
     const std::string name = "standard input";
-    if (taken) {
-        throw check::Failure(name, "is there for one file only");
+    if (isUsed) {
+        throw check::Failure(name, "can be used for one file only");
     }
-    taken = true;
+    isUsed = true;
     return {name, readAll(stdin, name)};
 }
 
@@ -163,7 +163,7 @@ void writeFiles(const std::vector<OutputFile> &files)
         struct stat status = {};
         const bool exists = stat(file.path.c_str(), &status) == 0;
         if (exists && !S_ISREG(status.st_mode)) {
-            throw check::Failure(file.path, "is no regular file");
+            throw check::Failure(file.path, "not a regular file");
         }
         // A symbolic link stays one: the file it points to is replaced.
         replacements.emplace_back(exists ? std::filesystem::canonical(file.path).string()
@@ -181,6 +181,11 @@ void writeStandardOutput(const std::string &contents)
     if (fflush(stdout) != 0 || ferror(stdout) != 0) {
         throw systemFailure("standard output");
     }
+}
+
+void printJson(const Json &document)
+{
+    writeStandardOutput(jsonText(document, 2) + "\n");
 }
 
 } // namespace tool

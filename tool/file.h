@@ -5,6 +5,7 @@
 #define TOOL_FILE_H
 
 #include "check/database.h"
+#include "check/output.h"
 
 #include <string>
 #include <vector>
@@ -13,6 +14,8 @@ namespace tool
 {
 
 using check::InputFile;
+using check::Json;
+using check::jsonText;
 
 /* Reads a file, standard input for the path "-". Throws Failure. */
 InputFile readFile(const std::string &path);
@@ -32,8 +35,9 @@ struct OutputFile {
 /* The same for several regular files: when one cannot be written, all are left as they were. */
 void writeFiles(const std::vector<OutputFile> &files);
 
-/* Writes to standard output; throws Failure when not everything could be written. */
+/* Write to standard output; throw Failure when not everything could be written. */
 void writeStandardOutput(const std::string &contents);
+void printJson(const Json &document); /* indented, with a line end */
 
 } // namespace tool
 

@@ -1,9 +1,10 @@
 // tarn-db-tool fmt - an XML text, indented or compact.
 
-#include "check/database.h"
-#include "check/device.h"
 #include "tool/commands.h"
+
+#include "check/device.h"
 #include "tool/file.h"
+#include "tool/options.h"
 #include "xmlp/xmlp.h"
 
 #include <cstdint>
@@ -17,6 +18,17 @@ namespace tool
 
 namespace
 {
+
+struct {
+    std::string xml;
+    bool compact = false;
+} arguments;
+
+void declare(CLI::App &parser)
+{
+    addInput(parser, "XML", arguments.xml, "XML document");
+    parser.add_flag("--compact", arguments.compact, "Without whitespace between tags");
+}
 
 using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;
 using Text = std::unique_ptr<char, decltype(&free)>;
@@ -40,12 +52,15 @@ std::string formatted(const InputFile &xml, bool compact)
     return {text.get(), formattedLength};
 }
 
-} // namespace
-
-int fmt(const Arguments &arguments)
+int run()
 {
-    writeStandardOutput(formatted(readFile(arguments.input), arguments.compact));
+    writeStandardOutput(formatted(readFile(arguments.xml), arguments.compact));
     return 0;
 }
+
+} // namespace
+
+const Command fmt = {"fmt", "Write an XML document indented or compact to standard output", declare,
+                     run};
 
 } // namespace tool

@@ -1,10 +1,12 @@
 // tarn-db-tool messages - what a load of an image would send to the kernel.
 
+#include "tool/commands.h"
+
 #include "appdist/appdist.h"
 #include "check/database.h"
 #include "check/device.h"
-#include "tool/commands.h"
 #include "tool/file.h"
+#include "tool/options.h"
 #include "tool/record.h"
 
 #include <cstdio>
@@ -20,12 +22,30 @@ namespace tool
 namespace
 {
 
+struct {
+    std::string image;
+    std::string folder; // for raw messages; empty for none
+    bool priority = false;
+    bool json = false;
+} arguments;
+
+void declare(CLI::App &parser)
+{
+    addImage(parser, arguments.image);
+    parser.add_flag("--priority", arguments.priority,
+                    "The message of the priority database instead");
+    addJson(parser, arguments.json);
+    parser
+        .add_option("--raw", arguments.folder,
+                    "Directory to write the messages to as they are, one file each")
+        ->type_name("DIR")
+        ->excludes("--json");
+}
+
 using Message = std::unique_ptr<appdist_message, decltype(&free)>;
 
 // Not opened: its port id, the process id of the loader, is 0.
 const appdist_handle channel = {};
-
-/* ---- Building -------------------------------------------------------------------------- */
 
 std::vector<Message> newMessages(bool priority)
 {
@@ -46,34 +66,32 @@ std::vector<Message> newMessages(bool priority)
     return messages;
 }
 
-std::vector<Message> buildMessages(const Arguments &arguments)
+std::vector<Message> buildMessages()
 {
-    const InputFile image = readFile(arguments.input);
-    if (arguments.ofPriority) {
+    const InputFile image = readFile(arguments.image);
+    if (arguments.priority) {
         check::loadPriorityModel(image);
     } else {
         check::loadApplicationTables(image);
     }
-    std::vector<Message> messages = newMessages(arguments.ofPriority);
+    std::vector<Message> messages = newMessages(arguments.priority);
     if (messages.empty()) {
         throw check::Failure(image.name, "there is nothing to send");
     }
     return messages;
 }
 
-/* ---- Records --------------------------------------------------------------------------- */
-
 std::string paddedId(uint32_t appId)
 {
     char text[24];
-    snprintf(text, sizeof text, "    appId %-6u", appId);
+    snprintf(text, sizeof(text), "    appId %-6u", appId);
     return text;
 }
 
 std::string featureLine(const char *direction, const appmngr_feature &feature)
 {
     char numbers[128];
-    snprintf(numbers, sizeof numbers, "      %-5s  enable %d  start %-5d end %-5d minlength %-5d",
+    snprintf(numbers, sizeof(numbers), "      %-5s  enable %d  start %-5d end %-5d minlength %-5d",
              direction, feature.enable, feature.start, feature.end, feature.minlength);
     return std::string(numbers) + " dpiType " + jsonText(fieldText(feature.dpiType)) +
            "  dpiCode " + jsonText(fieldText(feature.dpiCode)) + "\n";
@@ -90,7 +108,7 @@ std::string recordText(const appmngr_dnsRule &rule)
     return paddedId(rule.appId) + jsonText(fieldText(rule.keyword)) + "\n";
 }
 
-/* What a message says, as text and as JSON. */
+// What a message says, as text and as JSON.
 struct Decoded {
     std::string text;
     Json json = Json::array();
@@ -100,21 +118,21 @@ template <typename Record> Decoded decodeRecords(const appdist_message &message)
 {
     Decoded decoded;
     const auto *bytes = reinterpret_cast<const char *>(&message + 1);
-    for (uint32_t i = 0; i < message.count; ++i) {
+    for (uint32_t i = 0; i < message.count; i++) {
         Record record;
-        memcpy(&record, bytes + size_t{i} * sizeof record, sizeof record);
+        memcpy(&record, bytes + size_t{i} * sizeof(record), sizeof(record));
         decoded.text += recordText(record);
         decoded.json.push_back(toJson(record));
     }
     return decoded;
 }
 
-/* Bytes without a priority say nothing. */
+// Bytes without a priority say nothing.
 Decoded decodePriorities(const appdist_message &message)
 {
     Decoded decoded;
     const auto *map = reinterpret_cast<const unsigned char *>(&message + 1);
-    for (uint32_t appId = 0; appId < message.count; ++appId) {
+    for (uint32_t appId = 0; appId < message.count; appId++) {
         if (map[appId] != 0) {
             decoded.text += paddedId(appId) + "priority " + std::to_string(map[appId]) + "\n";
             decoded.json.push_back({{"appId", appId}, {"priority", map[appId]}});
@@ -140,12 +158,10 @@ const Kind &kindOf(const appdist_message &message)
 {
     const Kind *kind = kinds;
     while (kind->type != message.header.nlmsg_type) {
-        ++kind;
+        kind++;
     }
     return *kind;
 }
-
-/* ---- Messages -------------------------------------------------------------------------- */
 
 Json headAsJson(const appdist_message &message)
 {
@@ -204,13 +220,11 @@ void writeRaw(const std::vector<Message> &messages, const std::string &folder)
     writeFiles(files);
 }
 
-} // namespace
-
-int messages(const Arguments &arguments)
+int run()
 {
-    const std::vector<Message> built = buildMessages(arguments);
-    if (!arguments.output.empty()) {
-        writeRaw(built, arguments.output);
+    const std::vector<Message> built = buildMessages();
+    if (!arguments.folder.empty()) {
+        writeRaw(built, arguments.folder);
     } else if (arguments.json) {
         printMessagesAsJson(built);
     } else {
@@ -218,5 +232,10 @@ int messages(const Arguments &arguments)
     }
     return 0;
 }
+
+} // namespace
+
+const Command messages = {"messages", "Show or write the messages that a load would send", declare,
+                          run};
 
 } // namespace tool

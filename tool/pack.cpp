@@ -1,23 +1,73 @@
-// tarn-db-tool pack - XML texts into an image.
+// tarn-db-tool pack and unpack - XML texts into an image and back.
+
+#include "tool/commands.h"
 
 #include "check/database.h"
-#include "tool/commands.h"
 #include "tool/file.h"
+#include "tool/options.h"
 
 #include <string>
 
 namespace tool
 {
 
-int pack(const Arguments &arguments)
+namespace
 {
-    std::string image = check::packDatabase(readFile(arguments.input), check::applicationDatabase);
-    if (!arguments.priority.empty()) {
+
+struct {
+    std::string application;
+    std::string priority; // may be empty
+    std::string image;
+} packed;
+
+struct {
+    std::string image;
+    bool priority = false;
+} unpacked;
+
+void declarePack(CLI::App &parser)
+{
+    addInput(parser, "APPDB.xml", packed.application, "Application database");
+    parser.add_option("-o,--output", packed.image, "Image file to write, - for standard output")
+        ->required()
+        ->type_name("IMAGE");
+    parser.add_option("--priority", packed.priority, "Priority database to pack with it")
+        ->type_name("SORTDB.xml");
+}
+
+int runPack()
+{
+    std::string image =
+        check::packDatabase(readFile(packed.application), check::applicationDatabase);
+    if (!packed.priority.empty()) {
         image.resize(check::priorityDatabase.offset);
-        image += check::packDatabase(readFile(arguments.priority), check::priorityDatabase);
+        image += check::packDatabase(readFile(packed.priority), check::priorityDatabase);
     }
-    writeFile(arguments.output, image);
+    writeFile(packed.image, image);
     return 0;
 }
+
+void declareUnpack(CLI::App &parser)
+{
+    addImage(parser, unpacked.image);
+    parser.add_flag("--priority", unpacked.priority,
+                    "The priority database instead of the application database");
+}
+
+int runUnpack()
+{
+    const check::Database &database =
+        unpacked.priority ? check::priorityDatabase : check::applicationDatabase;
+    writeStandardOutput(check::unpackDatabase(readFile(unpacked.image), database));
+    return 0;
+}
+
+} // namespace
+
+const Command pack = {"pack", "Compress a database into an image that tarn-db-loader loads",
+                      declarePack, runPack};
+
+const Command unpack = {"unpack", "Write the XML text of an image to standard output",
+                        declareUnpack, runUnpack};
 
 } // namespace tool

@@ -1,10 +1,11 @@
-// Lists the priority database of an image.
+// tarn-db-tool priority - the priority database of an image.
+
+#include "tool/commands.h"
 
 #include "apppri/apppri.h"
 #include "check/device.h"
-#include "tool/commands.h"
 #include "tool/file.h"
-#include "tool/json.h"
+#include "tool/options.h"
 #include "tool/record.h"
 
 #include <cstdio>
@@ -17,10 +18,24 @@ namespace tool
 namespace
 {
 
+struct {
+    std::string image;
+    bool map = false;
+    bool json = false;
+} arguments;
+
+void declare(CLI::App &parser)
+{
+    addImage(parser, arguments.image);
+    parser.add_flag("--map", arguments.map,
+                    "Also the map that goes to the kernel: APPID: PRIORITY for each that has one");
+    addJson(parser, arguments.json);
+}
+
 void printMap()
 {
     const std::vector<unsigned char> map = check::priorityMap();
-    for (size_t appId = 0; appId < map.size(); ++appId) {
+    for (size_t appId = 0; appId < map.size(); appId++) {
         if (map[appId] != 0) {
             printf("%zu: %u\n", appId, unsigned{map[appId]});
         }
@@ -31,7 +46,7 @@ Json mapAsJson()
 {
     Json entries = Json::array();
     const std::vector<unsigned char> map = check::priorityMap();
-    for (size_t appId = 0; appId < map.size(); ++appId) {
+    for (size_t appId = 0; appId < map.size(); appId++) {
         if (map[appId] != 0) {
             entries.push_back({{"appId", appId}, {"priority", map[appId]}});
         }
@@ -72,11 +87,9 @@ Json databaseAsJson(bool withMap)
     return database;
 }
 
-} // namespace
-
-int priority(const Arguments &arguments)
+int run()
 {
-    check::loadPriorityModel(readFile(arguments.input));
+    check::loadPriorityModel(readFile(arguments.image));
     if (arguments.json) {
         printJson(databaseAsJson(arguments.map));
         return 0;
@@ -87,5 +100,9 @@ int priority(const Arguments &arguments)
     }
     return 0;
 }
+
+} // namespace
+
+const Command priority = {"priority", "List the priority database of an image", declare, run};
 
 } // namespace tool

@@ -1,3 +1,5 @@
+// The records of the tables as texts and as JSON.
+
 #include "tool/record.h"
 
 #include "appmngr/appmngr.h"
@@ -14,7 +16,7 @@ std::string addressText(uint32_t address)
 {
     char text[INET_ADDRSTRLEN] = "0";
     if (address != 0) {
-        inet_ntop(AF_INET, &address, text, sizeof text);
+        inet_ntop(AF_INET, &address, text, sizeof(text));
     }
     return text;
 }
@@ -54,7 +56,7 @@ Json toJson(const appmngr_dnsRule &rule)
 std::vector<uint32_t> applicationsOf(const appmngr_appType &type)
 {
     std::vector<uint32_t> ids;
-    for (uint32_t id = 0; id < APPMNGR_APP_ID_LIMIT; ++id) {
+    for (uint32_t id = 0; id < APPMNGR_APP_ID_LIMIT; id++) {
         if ((type.appBitmap[id / 32] >> id % 32 & 1) != 0) {
             ids.push_back(id);
         }

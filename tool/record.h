@@ -5,7 +5,7 @@
 #define TOOL_RECORD_H
 
 #include "appmngr/appmngr_model.h"
-#include "tool/json.h"
+#include "tool/file.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,9 +1,11 @@
 // tarn-db-tool seal and unseal - the two directions of one operation on files.
 
+#include "tool/commands.h"
+
 #include "check/database.h"
 #include "dbimage/dbimage.h"
-#include "tool/commands.h"
 #include "tool/file.h"
+#include "tool/options.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -15,32 +17,42 @@ namespace tool
 namespace
 {
 
+struct {
+    std::string input;
+    std::string output;
+} arguments;
+
 constexpr size_t sizeLimit = 16382;
-constexpr size_t growth = 24; /* digest and filling */
+constexpr size_t growth = 24;  // digest and padding
+constexpr int notSealed = 255; // what a shell sees of the file tool's -1
 
-/* What a shell sees of the file tool's -1. */
-constexpr int notSealed = 255;
+void declare(CLI::App &parser)
+{
+    addInput(parser, "IN", arguments.input,
+             "File to read, at most " + std::to_string(sizeLimit) + " bytes");
+    parser.add_option("OUT", arguments.output, "File to write, - for standard output")->required();
+}
 
-void sealFile(const Arguments &arguments, bool seal)
+void sealFile(int32_t encrypt)
 {
     const InputFile input = readFile(arguments.input);
-    if (input.contents.size() > sizeLimit) {
-        throw check::Failure(input.name, std::string(seal ? "not sealed" : "not unsealed") +
-                                             ", more than 16382 bytes");
+    const size_t size = input.contents.size();
+    if (size > sizeLimit) {
+        throw check::Failure(input.name, std::string(encrypt != 0 ? "not sealed" : "not unsealed") +
+                                             ", more than " + std::to_string(sizeLimit) + " bytes");
     }
-    std::string output(input.contents.size() + growth, '\0');
+    std::string output(size + growth, '\0');
     const int length =
-        md5_des_seal(input.contents.data(), static_cast<int32_t>(input.contents.size()),
-                     reinterpret_cast<unsigned char *>(output.data()),
-                     static_cast<int32_t>(output.size()), g_appmngr_databaseKey, seal ? 1 : 0);
+        md5_des_seal(input.contents.data(), static_cast<int32_t>(size), output.data(),
+                     static_cast<int32_t>(output.size()), g_appmngr_databaseKey, encrypt);
     output.resize(static_cast<size_t>(length));
     writeFile(arguments.output, output);
 }
 
-int sealOrFail(const Arguments &arguments, bool seal)
+template <int32_t encrypt> int run()
 {
     try {
-        sealFile(arguments, seal);
+        sealFile(encrypt);
         return 0;
     } catch (const check::Failure &failure) {
         fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
@@ -50,14 +62,9 @@ int sealOrFail(const Arguments &arguments, bool seal)
 
 } // namespace
 
-int seal(const Arguments &arguments)
-{
-    return sealOrFail(arguments, true);
-}
+const Command seal = {"seal", "Encrypt a file with the database key, prefixed with its digest",
+                      declare, run<1>};
 
-int unseal(const Arguments &arguments)
-{
-    return sealOrFail(arguments, false);
-}
+const Command unseal = {"unseal", "Decrypt a sealed file", declare, run<0>};
 
 } // namespace tool

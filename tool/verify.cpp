@@ -1,9 +1,12 @@
+// tarn-db-tool verify - the files of an update container, and what a device says of it.
+
+#include "tool/commands.h"
+
 #include "appmngr/appmngr_model.h"
 #include "check/device.h"
 #include "dbimage/dbimage.h"
-#include "tool/commands.h"
 #include "tool/file.h"
-#include "tool/json.h"
+#include "tool/options.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -19,39 +22,50 @@ namespace tool
 namespace
 {
 
-std::string typeName(uint32_t type)
+struct {
+    std::string container;
+    bool json = false;
+} arguments;
+
+void declare(CLI::App &parser)
 {
-    switch (type) {
-    case DBIMAGE_TYPE_APP:
-        return "application database";
-    case DBIMAGE_TYPE_PRIORITY:
-        return "priority database";
-    default:
-        return "type " + std::to_string(type);
-    }
+    addInput(parser, "CONTAINER", arguments.container, "Update container");
+    addJson(parser, arguments.json);
 }
 
-/* What the device has for it; any file of a container fits. */
-constexpr uint32_t decryptionRoom = 204800;
+// The database in files of a type; null for a type that devices ignore.
+const check::Database *databaseOf(uint32_t type)
+{
+    const auto *const found =
+        std::find_if(std::begin(check::databases), std::end(check::databases),
+                     [type](const check::Database &database) { return database.fileType == type; });
+    return found != std::end(check::databases) ? found : nullptr;
+}
 
-/* What the header of an encrypted file says; false when the file cannot be decrypted. */
+std::string typeName(uint32_t type)
+{
+    const check::Database *database = databaseOf(type);
+    return database != nullptr ? database->name : "type " + std::to_string(type);
+}
+
+// What the header of an encrypted file says; false when the file cannot be decrypted.
 bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
 {
     const check::RedirectedDiagnostics redirection(STDERR_FILENO);
-    std::string plain(decryptionRoom, '\0');
-    uint32_t length = decryptionRoom;
+    std::string plain(DBIMAGE_CONTAINER_MAX, '\0');
+    uint32_t length = DBIMAGE_CONTAINER_MAX;
     const bool decrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
     header = dbimage_readHeader(plain.data());
     return decrypted;
 }
 
-/* What there is to say of a file of a container. */
+// What there is to say of a file of a container.
 struct ListedFile {
     uint32_t type;
     uint32_t size;
-    bool known; /* not ignored */
+    bool known; // not ignored
     bool decrypted;
-    dbimage_fileHeader header; /* of a decrypted one */
+    dbimage_fileHeader header; // of a decrypted one
 };
 
 std::string versionText(const dbimage_fileHeader &header)
@@ -63,7 +77,7 @@ std::string versionText(const dbimage_fileHeader &header)
 std::string magicText(const dbimage_fileHeader &header)
 {
     char text[11];
-    snprintf(text, sizeof text, "0x%08x", ntohl(header.magic));
+    snprintf(text, sizeof(text), "0x%08x", ntohl(header.magic));
     return text;
 }
 
@@ -88,7 +102,7 @@ Json toJson(const ListedFile &file)
     return json;
 }
 
-/* The files of a container; none when its file table is broken. */
+// The files of a container; none when its file table is broken.
 std::vector<ListedFile> listFiles(const std::string &container)
 {
     std::vector<ListedFile> files;
@@ -100,28 +114,20 @@ std::vector<ListedFile> listFiles(const std::string &container)
             nullptr) {
         return files;
     }
-    for (uint32_t i = 0; i < table.count; ++i) {
+    for (uint32_t i = 0; i < table.count; i++) {
         const dbimage_file &file = table.file[i];
         ListedFile listed = {file.type, file.size, false, false, {}};
-        listed.known = file.type == DBIMAGE_TYPE_APP || file.type == DBIMAGE_TYPE_PRIORITY;
+        listed.known = databaseOf(file.type) != nullptr;
         listed.decrypted = listed.known && readHeader(file, listed.header);
         files.push_back(listed);
     }
     return files;
 }
 
-int runUpdate(const std::string &container)
-{
-    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
-    /* What is longer is too long all the same. */
-    const size_t length = std::min<size_t>(container.size(), INT32_MAX);
-    return appmngr_db_writeFromDatabase(container.data(), static_cast<int32_t>(length));
-}
-
 void print(const std::vector<ListedFile> &files, const std::string &result)
 {
     std::string lines;
-    for (size_t i = 0; i < files.size(); ++i) {
+    for (size_t i = 0; i < files.size(); i++) {
         lines += "file " + std::to_string(i) + ": " + typeName(files[i].type) + ", " +
                  describe(files[i]) + "\n";
     }
@@ -137,15 +143,18 @@ void printAsJson(const std::vector<ListedFile> &files, const std::string &result
     printJson({{"files", list}, {"result", result}});
 }
 
+int run()
+{
+    const std::string container = readFile(arguments.container).contents;
+    const check::Run update = check::runUpdate(container);
+    fwrite(update.lines.data(), 1, update.lines.size(), stderr);
+    const auto printResult = arguments.json ? printAsJson : print;
+    printResult(listFiles(container), appmngr_errToStr(static_cast<int16_t>(update.status)));
+    return update.status == 0 ? 0 : 1;
+}
+
 } // namespace
 
-int verify(const Arguments &arguments)
-{
-    const std::string container = readFile(arguments.input).contents;
-    const int result = runUpdate(container);
-    const auto printResult = arguments.json ? printAsJson : print;
-    printResult(listFiles(container), appmngr_errToStr(static_cast<int16_t>(result)));
-    return result == 0 ? 0 : 1;
-}
+const Command verify = {"verify", "Check an update container and list its files", declare, run};
 
 } // namespace tool
