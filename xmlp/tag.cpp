@@ -81,17 +81,31 @@ XMLP_COLD int _readLoosely(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 namespace
 {
 struct AttrName {
-    XmlpSlice text;
+    uint64_t key; // its first 8 bytes, which mostly decide the order
+    const char *bytes;
     const char *earliest; // of this name and all that it is the beginning of
-    size_t next;          // the first name in order that it is not the beginning of
+    uint32_t length;
+    uint32_t next; // the first name in order that it is not the beginning of
 };
 } // namespace
+
+static uint64_t keyOf(XmlpSlice name)
+{
+    uint64_t key = 0;
+    for (size_t i = 0; i < sizeof(key); i++) {
+        key = key << 8 | (i < name.length ? static_cast<unsigned char>(name.bytes[i]) : 0u);
+    }
+    return key;
+}
 
 // In byte order, the beginning of another name before that; of equal names, the last one first.
 static int compareNames(const void *left, const void *right)
 {
-    const XmlpSlice *a = &static_cast<const AttrName *>(left)->text;
-    const XmlpSlice *b = &static_cast<const AttrName *>(right)->text;
+    const auto *a = static_cast<const AttrName *>(left);
+    const auto *b = static_cast<const AttrName *>(right);
+    if (a->key != b->key) {
+        return a->key < b->key ? -1 : 1;
+    }
     const int order = memcmp(a->bytes, b->bytes, a->length < b->length ? a->length : b->length);
     if (order != 0) {
         return order;
@@ -106,25 +120,26 @@ XMLP_COLD int _findBeginning(XmlpTag tag, size_t count, const char **found)
         return -1;
     }
     for (size_t i = 0; i < count; i++) {
+        XmlpSlice name;
         XmlpSlice value;
-        _nextAttr(&tag, &names[i].text, &value);
+        _nextAttr(&tag, &name, &value);
+        names[i] = {keyOf(name), name.bytes, name.bytes, static_cast<uint32_t>(name.length), 0};
     }
     qsort(names, count, sizeof(AttrName), compareNames);
     // Backwards: the names that a name is the beginning of follow it, each with its own.
     *found = nullptr;
     for (size_t i = count; i-- > 0;) {
         AttrName *name = &names[i];
-        const XmlpSlice text = name->text;
-        name->earliest = text.bytes;
-        name->next = i + 1;
-        while (name->next < count && names[name->next].text.length >= text.length &&
-               memcmp(names[name->next].text.bytes, text.bytes, text.length) == 0) {
-            const AttrName *longer = &names[name->next];
+        size_t next = i + 1;
+        while (next < count && names[next].length >= name->length &&
+               memcmp(names[next].bytes, name->bytes, name->length) == 0) {
+            const AttrName *longer = &names[next];
             name->earliest = longer->earliest < name->earliest ? longer->earliest : name->earliest;
-            name->next = longer->next;
+            next = longer->next;
         }
-        if (name->earliest < text.bytes && (*found == nullptr || text.bytes < *found)) {
-            *found = text.bytes;
+        name->next = static_cast<uint32_t>(next);
+        if (name->earliest < name->bytes && (*found == nullptr || name->bytes < *found)) {
+            *found = name->bytes;
         }
     }
     free(names);
