@@ -127,21 +127,6 @@ static int buildAttrs(Builder *builder, XmlpTag tag, XmlpNode *node)
     return more < 0 && tag.isLoose ? treeFault(builder, "_getNameAttr", 0, "", tag.p) : more;
 }
 
-// Reads a tag up to its attributes. 0, or -1 for a fault of the tag.
-static int readName(XmlpTag *tag, XmlpSlice *name)
-{
-    if (_readName(tag, name) != 0) {
-        return -1;
-    }
-    if (!_hasClass(*name->bytes, XMLP_BLANK)) {
-        return 0;
-    }
-    XmlpFinding fault;
-    tag->isLoose = true;
-    tag->p = name->bytes;
-    return _checkNameAttr(name->bytes, tag->terminator, &fault);
-}
-
 // Initializes the node as the last child of parent.
 static inline void beginNode(XmlpNode *node, XmlpNode *parent)
 {
@@ -190,7 +175,7 @@ static inline int buildNode(Builder *builder, Open *element, const char *stop)
     const XmlpShortName *known = _recall(store, name);
     const bool isRead = known == nullptr;
     if (isRead) {
-        if (readName(&tag, &name) != 0) {
+        if (_beginTag(&tag, &name) != 0) {
             return -1;
         }
         known = _recall(store, name);

@@ -120,8 +120,8 @@ XMLP_COLD int _findBeginning(XmlpTag tag, size_t count, const char **found)
         return -1;
     }
     for (size_t i = 0; i < count; i++) {
-        XmlpSlice name;
-        XmlpSlice value;
+        XmlpSlice name = {};
+        XmlpSlice value = {};
         _nextAttr(&tag, &name, &value);
         names[i] = {keyOf(name), name.bytes, name.bytes, static_cast<uint32_t>(name.length), 0};
     }

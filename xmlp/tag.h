@@ -93,6 +93,21 @@ static inline int _readName(XmlpTag *tag, XmlpSlice *name)
     return 0;
 }
 
+/* Reads the tag up to its attributes. 0, or -1 for a fault of the tag. */
+static inline int _beginTag(XmlpTag *tag, XmlpSlice *name)
+{
+    if (_readName(tag, name) != 0) {
+        return -1;
+    }
+    if (!_hasClass(*name->bytes, XMLP_BLANK)) {
+        return 0;
+    }
+    XmlpFinding fault;
+    tag->isLoose = true;
+    tag->p = name->bytes;
+    return _checkNameAttr(name->bytes, tag->terminator, &fault);
+}
+
 /* Reads the next attribute and the blanks after it. 0, or the line that reports the fault. */
 static inline int _readAttr(XmlpTag *tag, XmlpSlice *name, XmlpSlice *value)
 {
