@@ -1,6 +1,7 @@
 #include "tests/capture.h"
 
 #include <regex>
+#include <sstream>
 
 std::string edit(const std::string &text, const std::string &pattern, const std::string &to)
 {
@@ -22,4 +23,22 @@ std::string lines(const std::string &printed)
         text += isDiagnostic ? std::regex_replace(any, diagnostic, "$1$4$7:$2$5$8 $3$6$9") : any;
     }
     return edit(edit(text, " malloc failed\\.", "!"), "; xmlp_", ";");
+}
+
+void expectListed(const std::string &name,
+                  const std::function<std::string(const std::string &input)> &outcomeOf)
+{
+    const std::string path = TARN_SOURCE "/tests/data/" + name;
+    std::istringstream expected(contents(path));
+    std::string found;
+    for (std::string line; std::getline(expected, line);) {
+        const std::string input = line.substr(0, line.find(" => ")), outcome = outcomeOf(input);
+        const std::string actual = input + (outcome.empty() ? "" : " => ") + outcome;
+        EXPECT_EQ(actual, line) << "in " << name;
+        found += actual + "\n";
+    }
+    EXPECT_NE(found, "") << name;
+    if (getenv("TARN_UPDATE") != nullptr) {
+        std::ofstream(path) << found;
+    }
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <thread>
 
@@ -92,3 +93,10 @@ inline void enterFolder(const std::string &name)
     std::filesystem::create_directories(folder);
     std::filesystem::current_path(folder);
 }
+
+/*
+ * Compares the lines of tests/data/NAME, each an input and behind " => " what must come of it, with
+ * what comes of the inputs. With TARN_UPDATE in the environment, the file is written anew.
+ */
+void expectListed(const std::string &name,
+                  const std::function<std::string(const std::string &input)> &outcomeOf);
