@@ -94,6 +94,12 @@ inline void enterFolder(const std::string &name)
     std::filesystem::current_path(folder);
 }
 
+/* The text with \n and \r for its line ends. */
+inline std::string inOneLine(const std::string &text)
+{
+    return edit(edit(text, "\r", "\\r"), "\n", "\\n");
+}
+
 /*
  * Compares the lines of tests/data/NAME, each an input and behind " => " what must come of it, with
  * what comes of the inputs. With TARN_UPDATE in the environment, the file is written anew.

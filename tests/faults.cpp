@@ -62,16 +62,3 @@ lzma_ret __wrap_lzma_raw_decoder(lzma_stream *stream, const lzma_filter *filters
 }
 
 } /* extern "C" */
-
-void Outcomes::addFailure(const std::string &outcome)
-{
-    if (outcome == last) {
-        return;
-    }
-    const auto differs =
-        std::mismatch(outcome.rbegin(), outcome.rend(), last.rbegin(), last.rend());
-    const size_t end = outcome.find("; ", static_cast<size_t>(outcome.rend() - differs.first));
-    failures += (failures.empty() ? "" : " | ") + outcome.substr(0, end);
-    failures += end != std::string::npos ? " ~" : "";
-    last = outcome;
-}

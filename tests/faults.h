@@ -12,16 +12,10 @@ extern std::set<void *> &live; /* what is allocated */
 extern uint32_t countdown;     /* to the allocation that fails; 0 for none */
 
 struct Outcomes {
-    /*
-     * A result with lines each, while the first, the second, ... allocation failed, with " | "
-     * between them. One that is equal to that before is left out, and "~" stands for last lines
-     * that are equal to those before.
-     */
-    std::string failures, last;
+    /* While the first, the second, ... allocation failed, with " | " between different ones. */
+    std::string failures;
     std::string success; /* when none failed */
     size_t kept = 0;     /* the most blocks that stayed allocated until release */
-
-    void addFailure(const std::string &outcome);
 };
 
 /*
@@ -33,6 +27,7 @@ template <typename Before, typename Call, typename After, typename Release>
 Outcomes outcomesOf(Before before, Call call, After after, Release release)
 {
     Outcomes outcomes;
+    std::string last;
     for (uint32_t failing = 1; outcomes.success.empty(); failing++) {
         const size_t then = live.size();
         before();
@@ -49,10 +44,11 @@ Outcomes outcomesOf(Before before, Call call, After after, Release release)
         outcomes.kept = std::max(outcomes.kept, live.size() - then);
         captured(release);
         EXPECT_EQ(live.size(), then) << outcome;
-        if (hasFailed) {
-            outcomes.addFailure(outcome);
-        } else {
+        if (!hasFailed) {
             outcomes.success = outcome;
+        } else if (outcome != last) {
+            outcomes.failures += (last.empty() ? "" : " | ") + outcome;
+            last = outcome;
         }
     }
     return outcomes;
