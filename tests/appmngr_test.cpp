@@ -194,7 +194,7 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
     appmngr_setHandlerInfo(nullptr);
     EXPECT_EQ(captured([&] { appmngr_childnode_handler(doc->tree->root->firstChild, 0); }),
               "[Error](appmngr_childnode_handler) 1894: Null pHandlerInfo\n");
-    const std::string null = ";getChildNode:983 parent is null.",
+    const std::string null = "; xmlp_getChildNode:983 parent is null.",
                       printed = captured([] {
                           EXPECT_EQ(appmngr_childnode_handler(nullptr, 0) +
                                         appmngr_xmlnode_handler(nullptr, 0) +

@@ -37,7 +37,7 @@ template <typename Action> std::string capturedOnSmallStack(Action action)
 /*
  * What is printed, to the character: a diagnostic in the form and with the line end of its module,
  * which the function's name tells, as "; function:line text"; what stands between them as it is,
- * behind "; ". "!" is short for " malloc failed." and ";" for "; xmlp_".
+ * behind "; ".
  */
 std::string lines(const std::string &printed);
 

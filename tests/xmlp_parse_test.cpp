@@ -64,8 +64,8 @@ TEST(XmlpParse, Texts)
         {std::string("<a><\0x/><\0/><b/></a>", 20), ":0[a:1[:0][:0][b:0]]"},
 
         {"<?xml?> x", "9; _checkXml:452 no xml tag found."},
-        {"<?xml ?", "0;parse:1459 error in xml header."},
-        {"<?\xF0\x9F", "0;parse:1459 error in xml header."},
+        {"<?xml ?", "0; xmlp_parse:1459 error in xml header."},
+        {"<?\xF0\x9F", "0; xmlp_parse:1459 error in xml header."},
         {"<a/><b/>", "4; _checkXml:406"},
         {"</a>", "0; _checkXml:411"},
         {"a><a/>", "1; _checkXml:424"},

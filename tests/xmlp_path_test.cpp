@@ -1,13 +1,11 @@
 /*
- * The path-addressed interface: what each operation refuses, and what it makes of a document.
+ * The path-addressed interface: what each operation rejects, and what it makes of a document.
  */
 #include "tests/document.h"
 #include "tests/faults.h"
 #include "xmlp/xmlp_internal.h"
 
 const uint32_t isDynamic = 0, isStatic = 1;
-
-/* ---- A call, and all that comes of it as one text ------------------------------------------ */
 
 /* What getters fill in beside their result. */
 static char unset[] = "unset";
@@ -67,19 +65,18 @@ static faults::Outcomes outcomesOf(const std::string &xml, uint32_t kind, Call c
     return all;
 }
 
-#define DO(name, ...)    [](XmlpDoc *d) { return shown(xmlp_##name(d, __VA_ARGS__)); }
-#define NAMED(name, ...) #name, DO(name, __VA_ARGS__)
-
-/* ---- The frame around every operation ------------------------------------------------------ */
-
-const int silent = -1; /* a refusal without a line */
-
-struct FrameCase {
-    const char *name;
-    std::string (*call)(XmlpDoc *d);
-    const char *refused;
-    int lines[6]; /* of the refusals below; 0 for none */
+/* A call, also as text for the messages of failing rows. */
+struct Call {
+    const char *text;
+    std::string (*make)(XmlpDoc *doc);
 };
+
+#define CALL(expression)                                             \
+    {                                                                \
+#expression, [](XmlpDoc * doc) { return shown(expression); } \
+    }
+
+/* ---- What all operations reject ------------------------------------------------------------ */
 
 static const char *p; /* where the calls go */
 static uint32_t mode, ignored;
@@ -88,33 +85,45 @@ const uint32_t first[] = {0}, at[] = {1}, last[] = {XMLP_LAST}, some[] = {1, 3, 
 const XmlpValue empty = {0, nullptr};
 const XmlpItem bare = {0, nullptr, 0, nullptr};
 
-const FrameCase frameCases[] = {
-    {NAMED(isExist, p), "0", {388, 0, silent}},
-    {NAMED(getValue, p), "1 null", {420, 0, 428, 433}},
-    {NAMED(setValue, p, "v", 1), "-1", {484, 489, 496, 502}},
-    {NAMED(setName, p, "n"), "-1", {530, 535, 542}},
-    {NAMED(add, p, 0, "n", nullptr, nullptr, 0), "-1", {579, 584, 591, 601}},
-    {NAMED(getChildCount, p), "0", {690, 0, 697}},
-    {NAMED(delete, p), "-1", {721, 726, 733}},
-    {NAMED(getAttr, p, got), "-1", {776, 0, 783}},
-    {NAMED(setAttr, p, got), "-1", {811, 816, 823}},
-    {NAMED(addAttr, p, got), "-1", {851, 856, 863}},
-    {NAMED(deleteAttr, p, "k"), "-1", {891, 896, 903}},
-    {NAMED(isItemExist, p, 0), "0", {932, 0, 940, 945}},
-    {NAMED(getItemValue, p, mode, at, 1, &ignored), "1 null", {984, 0, 993, 998, 1016, 1021}},
-    {NAMED(setItemValue, p, mode, &empty, at, 1), "0", {1131, 1136, 1144, 1149, 1167, 1172}},
-    {NAMED(addItem, p, &bare, 0, 1), "0", {1237, 1242, 1250, 1259}},
-    {NAMED(deleteItem, p, mode, at, 1), "-1", {1344, 1357, 1365, 1371, 1405, 1411}},
-    {NAMED(getItemAttr, p, mode, got, at, 1), "0", {1474, 0, 1482, 1487, 1505, 1510}},
-    {NAMED(setItemAttr, p, mode, got, at, 1), "0", {1578, 1583, 1591, 1596, 1614, 1619}},
-    {NAMED(addItemAttr, p, mode, got, at, 1), "0", {1687, 1692, silent, 1705, 1723, silent}},
-    {NAMED(deleteItemAttr, p, mode, "k", at, 1), "0", {1796, 1801, 1809, 1814, 1832, 1837}},
-    {NAMED(getItemValueByAttr, p, got, 1, &ignored), "1 null", {1908, 0, 1916, 1921}},
+struct Rejections {
+    Call call;
+    const char *result;
+    int lines[6]; /* of the rejections below; 0 for none, -1 for one without a line */
 };
 
-TEST(XmlpPath, everyOperationRefusesInTheSameOrder)
+const Rejections operations[] = {
+    {CALL(xmlp_isExist(doc, p)), "0", {388, 0, -1}},
+    {CALL(xmlp_getValue(doc, p)), "1 null", {420, 0, 428, 433}},
+    {CALL(xmlp_setValue(doc, p, "v", 1)), "-1", {484, 489, 496, 502}},
+    {CALL(xmlp_setName(doc, p, "n")), "-1", {530, 535, 542}},
+    {CALL(xmlp_add(doc, p, 0, "n", nullptr, nullptr, 0)), "-1", {579, 584, 591, 601}},
+    {CALL(xmlp_getChildCount(doc, p)), "0", {690, 0, 697}},
+    {CALL(xmlp_delete(doc, p)), "-1", {721, 726, 733}},
+    {CALL(xmlp_getAttr(doc, p, got)), "-1", {776, 0, 783}},
+    {CALL(xmlp_setAttr(doc, p, got)), "-1", {811, 816, 823}},
+    {CALL(xmlp_addAttr(doc, p, got)), "-1", {851, 856, 863}},
+    {CALL(xmlp_deleteAttr(doc, p, "k")), "-1", {891, 896, 903}},
+    {CALL(xmlp_isItemExist(doc, p, 0)), "0", {932, 0, 940, 945}},
+    {CALL(xmlp_getItemValue(doc, p, mode, at, 1, &ignored)),
+     "1 null",
+     {984, 0, 993, 998, 1016, 1021}},
+    {CALL(xmlp_setItemValue(doc, p, mode, &empty, at, 1)),
+     "0",
+     {1131, 1136, 1144, 1149, 1167, 1172}},
+    {CALL(xmlp_addItem(doc, p, &bare, 0, 1)), "0", {1237, 1242, 1250, 1259}},
+    {CALL(xmlp_deleteItem(doc, p, mode, at, 1)), "-1", {1344, 1357, 1365, 1371, 1405, 1411}},
+    {CALL(xmlp_getItemAttr(doc, p, mode, got, at, 1)), "0", {1474, 0, 1482, 1487, 1505, 1510}},
+    {CALL(xmlp_setItemAttr(doc, p, mode, got, at, 1)), "0", {1578, 1583, 1591, 1596, 1614, 1619}},
+    {CALL(xmlp_addItemAttr(doc, p, mode, got, at, 1)), "0", {1687, 1692, -1, 1705, 1723, -1}},
+    {CALL(xmlp_deleteItemAttr(doc, p, mode, "k", at, 1)),
+     "0",
+     {1796, 1801, 1809, 1814, 1832, 1837}},
+    {CALL(xmlp_getItemValueByAttr(doc, p, got, 1, &ignored)), "1 null", {1908, 0, 1916, 1921}},
+};
+
+TEST(Path, EveryOperationRejectsInTheSameOrder)
 {
-    const std::tuple<uint32_t, const char *, uint32_t, const char *> refusals[] = {
+    const std::tuple<uint32_t, const char *, uint32_t, const char *> rejections[] = {
         {isStatic, nullptr, 2, " invalid params."},
         {isStatic, "/none", 2, " static xml."},
         {isDynamic, "/none", 2, " node not exist."},
@@ -122,17 +131,19 @@ TEST(XmlpPath, everyOperationRefusesInTheSameOrder)
         {isDynamic, "/l", 2, " unkown mode."},
         {isDynamic, "/l", XMLP_POS_RUN, " pos over range."},
     };
-    for (const FrameCase &c : frameCases) {
-        for (size_t i = 0; i < std::size(refusals); i++) {
-            uint32_t kind = 0;
-            const char *message = nullptr;
-            std::tie(kind, p, mode, message) = refusals[i];
-            SCOPED_TRACE(c.name + std::string(message));
-            const std::string line = std::string(";") + c.name + ":" + shown(c.lines[i]) + message;
-            if (c.lines[i] != 0) {
-                EXPECT_EQ(outcomesOf("<l><item>A</item></l>", kind, c.call).success,
-                          c.refused + (c.lines[i] != silent ? line : ""));
+    for (const auto &[call, result, lines] : operations) {
+        const int *line = lines;
+        for (const auto &[kind, path, modeGiven, message] : rejections) {
+            SCOPED_TRACE(call.text + std::string(message));
+            p = path;
+            mode = modeGiven;
+            const std::string name = edit(call.text, "\\(.*", "");
+            const std::string printed = "; " + name + ":" + std::to_string(*line) + message;
+            if (*line != 0) {
+                EXPECT_EQ(outcomesOf("<l><item>A</item></l>", kind, call.make).success,
+                          result + (*line > 0 ? printed : ""));
             }
+            line++;
         }
     }
 }
@@ -141,9 +152,10 @@ TEST(XmlpPath, everyOperationRefusesInTheSameOrder)
 
 struct Case {
     const char *xml;
-    std::string (*call)(XmlpDoc *d);
-    const char *outcome;
-    const char *failures = nullptr; /* while the first allocation fails, the second, ... */
+    Call call;
+    const char *outcome; /* as outcomesOf tells it */
+    /* The same while the first allocation fails, the second, ...; without " malloc failed.". */
+    const char *failures = nullptr;
 };
 
 static char one[] = "1";
@@ -159,117 +171,131 @@ const char *const five = R"(<l><item a="0">A</item><item a="1">B</item><item a="
                          R"(<item a="1">D</item><item a="1"/></l>)";
 
 const Case cases[] = {
-    {"<a><b/></a>", DO(isExist, "/a/b"), "1"},
-    {"<a><b/></a>", DO(isExist, "a"), "0"},
-    {"<a/>", DO(isExist, "/a/"), "0;getChildNodeByName:1031 invalid params."},
-    {"<a>&lt;</a>", DO(getValue, "/a"), "1 <", "1 null;getValue:440! | 1 null;getValue:448!"},
-    {"<a/>", DO(getValue, "/a"), "1 none"},
-    {"<a><b/></a>", DO(getValue, "/a"), "1 null;getValue:433 error node type."},
-    {"<a/>", DO(setValue, "/a", "x", 1), "-1;setValue:502 error node type."},
-    {"<a>x</a>", DO(setValue, "/a", "y<", 2), "0; <a>y&lt;</a>", "-1;setNodeValue:1231!"},
-    {"<a>x</a>", DO(setValue, "/a", nullptr, 0), "0; <a/>"},
-    {"<a/>", DO(setName, "/a", "a"), "-1;setNodeName:1173 node name existed."},
-    {"<l><item><b/></item><item/></l>", DO(setName, "/l/item", "n"), "0; <l><n><b/></n><item/></l>",
-     "-1;setNodeName:1181!"},
-    {"<a><b/></a>", DO(add, "/a", 0, "n", &values[1], attrs, 2),
+    {"<a><b/></a>", CALL(xmlp_isExist(doc, "/a/b")), "1"},
+    {"<a><b/></a>", CALL(xmlp_isExist(doc, "a")), "0"},
+    {"<a/>", CALL(xmlp_isExist(doc, "/a/")), "0; xmlp_getChildNodeByName:1031 invalid params."},
+    {"<a>&lt;</a>", CALL(xmlp_getValue(doc, "/a")), "1 <",
+     "1 null; xmlp_getValue:440 | 1 null; xmlp_getValue:448"},
+    {"<a/>", CALL(xmlp_getValue(doc, "/a")), "1 none"},
+    {"<a><b/></a>", CALL(xmlp_getValue(doc, "/a")), "1 null; xmlp_getValue:433 error node type."},
+    {"<a/>", CALL(xmlp_setValue(doc, "/a", "x", 1)), "-1; xmlp_setValue:502 error node type."},
+    {"<a>x</a>", CALL(xmlp_setValue(doc, "/a", "y<", 2)), "0; <a>y&lt;</a>",
+     "-1; xmlp_setNodeValue:1231"},
+    {"<a>x</a>", CALL(xmlp_setValue(doc, "/a", nullptr, 0)), "0; <a/>"},
+    {"<a/>", CALL(xmlp_setName(doc, "/a", "a")), "-1; xmlp_setNodeName:1173 node name existed."},
+    {"<l><item><b/></item><item/></l>", CALL(xmlp_setName(doc, "/l/item", "n")),
+     "0; <l><n><b/></n><item/></l>", "-1; xmlp_setNodeName:1181"},
+    {"<a><b/></a>", CALL(xmlp_add(doc, "/a", 0, "n", &values[1], attrs, 2)),
      R"(0; <a><n a="1" b="">&lt;</n><b/></a>)",
-     "-1;initNode:827! | -1;setNodeName:1181! | -1;setNodeValue:1231! | -1;addNodeAttr:1314! | "
-     "-1;addNodeAttr:1320! | -1;addNodeAttr:1331! | -1;addNodeAttr:1363! | -1;addNodeAttr:1369!"},
-    {"<a><b/><c/></a>", DO(add, "/a", 2, "n", nullptr, attrs, 0), "0; <a><b/><c/><n/></a>"},
-    {"<a><b/></a>", DO(add, "/a", XMLP_LAST, "n", &empty, attrs, 0), "0; <a><b/><n/></a>"},
-    {"<a/>", DO(add, "/a", 2, "n", nullptr, attrs, 0), "-1;addChildNode:1082 child[1] not found."},
+     "-1; xmlp_initNode:827 | -1; xmlp_setNodeName:1181 | -1; xmlp_setNodeValue:1231 | -1; "
+     "xmlp_addNodeAttr:1314 | -1; xmlp_addNodeAttr:1320 | -1; xmlp_addNodeAttr:1331 | -1; "
+     "xmlp_addNodeAttr:1363 | -1; xmlp_addNodeAttr:1369"},
+    {"<a><b/><c/></a>", CALL(xmlp_add(doc, "/a", 2, "n", nullptr, attrs, 0)),
+     "0; <a><b/><c/><n/></a>"},
+    {"<a><b/></a>", CALL(xmlp_add(doc, "/a", XMLP_LAST, "n", &empty, attrs, 0)),
+     "0; <a><b/><n/></a>"},
+    {"<a/>", CALL(xmlp_add(doc, "/a", 2, "n", nullptr, attrs, 0)),
+     "-1; xmlp_addChildNode:1082 child[1] not found."},
     {"<a/>", /* a structure, from then on */
-     [](XmlpDoc *d) {
-         return shown(xmlp_add(d, "/a", 0, "", nullptr, attrs, 0) && xmlp_isItemExist(d, "/a", 0));
-     },
-     "0;setNodeName:1162 invalid params.;isItemExist:945 error node type."},
-    {"<a/>", DO(add, "/a", 0, "n", nullptr, attrs, 3), "-1;addNodeAttr:1350 attribute existed."},
-    {"<a>x</a>", DO(add, "/a", 0, "n", nullptr, attrs, 0), "-1;add:601 error node type."},
-    {"<a/>", DO(add, "/a", 0, "n", nullptr, nullptr, 1), "-1;add:579 invalid params."},
-    {"<a><b/><b/></a>", DO(getChildCount, "/a"), "2"},
-    {"<a><b/></a>", DO(delete, "/"), "-1;delete:739 not allow to delete root node."},
-    {"<a><bc/><b><c/></b><d/></a>", DO(delete, "/a/b"), "0; <a><bc/><d/></a>"},
-    {R"(<a b="1"/>)", DO(setAttr, "/a", &attrs[1]), R"(0; <a b=""/>)"},
-    {R"(<a b="1"/>)", DO(addAttr, "/a", &attrs[0]), R"(0; <a b="1" a="1"/>)",
-     "-1;addNodeAttr:1363! | -1;addNodeAttr:1369! | -1;addNodeAttr:1380!"},
-    {R"(<a b="1" bc="2" d="3"/>)", DO(deleteAttr, "/a", "bc"), R"(0; <a b="1" d="3"/>)"},
-    {"<a/>", DO(deleteAttr, "/a", nullptr), "-1;deleteAttr:891 invalid params."},
+     CALL(xmlp_add(doc, "/a", 0, "", nullptr, attrs, 0) && xmlp_isItemExist(doc, "/a", 0)),
+     "0; xmlp_setNodeName:1162 invalid params.; xmlp_isItemExist:945 error node type."},
+    {"<a/>", CALL(xmlp_add(doc, "/a", 0, "n", nullptr, attrs, 3)),
+     "-1; xmlp_addNodeAttr:1350 attribute existed."},
+    {"<a>x</a>", CALL(xmlp_add(doc, "/a", 0, "n", nullptr, attrs, 0)),
+     "-1; xmlp_add:601 error node type."},
+    {"<a/>", CALL(xmlp_add(doc, "/a", 0, "n", nullptr, nullptr, 1)),
+     "-1; xmlp_add:579 invalid params."},
+    {"<a><b/><b/></a>", CALL(xmlp_getChildCount(doc, "/a")), "2"},
+    {"<a><b/></a>", CALL(xmlp_delete(doc, "/")),
+     "-1; xmlp_delete:739 not allow to delete root node."},
+    {"<a><bc/><b><c/></b><d/></a>", CALL(xmlp_delete(doc, "/a/b")), "0; <a><bc/><d/></a>"},
+    {R"(<a b="1"/>)", CALL(xmlp_setAttr(doc, "/a", &attrs[1])), R"(0; <a b=""/>)"},
+    {R"(<a b="1"/>)", CALL(xmlp_addAttr(doc, "/a", &attrs[0])), R"(0; <a b="1" a="1"/>)",
+     "-1; xmlp_addNodeAttr:1363 | -1; xmlp_addNodeAttr:1369 | -1; xmlp_addNodeAttr:1380"},
+    {R"(<a b="1" bc="2" d="3"/>)", CALL(xmlp_deleteAttr(doc, "/a", "bc")),
+     R"(0; <a b="1" d="3"/>)"},
+    {"<a/>", CALL(xmlp_deleteAttr(doc, "/a", nullptr)), "-1; xmlp_deleteAttr:891 invalid params."},
 
-    {two, DO(isItemExist, "/l", 1), "1"},
-    {two, DO(isItemExist, "/l", XMLP_LAST), "0"},
+    {two, CALL(xmlp_isItemExist(doc, "/l", 1)), "1"},
+    {two, CALL(xmlp_isItemExist(doc, "/l", XMLP_LAST)), "0"},
 
-    {five, DO(getItemValue, "/l", 0, some, 3, out), "3 B C D",
-     "0 null;getItemValue:1027! | 0;getItemValue:1039! | 1 B;getItemValue:1061! | 2 B "
-     "C;getItemValue:1061!"},
-    {five, DO(getItemValue, "/l", 1, some, 3, out), "3 B D none",
-     "0 null;getItemValue:1027! | 0;getItemValue:1039! | 1 B;getItemValue:1088!"},
-    {five, DO(getItemValue, "/l", 1, twice, 2, out), "0 null; _checkOrder:255 error order in pos."},
-    {five, DO(getItemValue, "/l", 0, last, 2, out), "0 null;getItemValue:1021 pos over range."},
+    {five, CALL(xmlp_getItemValue(doc, "/l", 0, some, 3, out)), "3 B C D",
+     "0 null; xmlp_getItemValue:1027 | 0; xmlp_getItemValue:1039 | 1 B; xmlp_getItemValue:1061 | 2 "
+     "B C; xmlp_getItemValue:1061"},
+    {five, CALL(xmlp_getItemValue(doc, "/l", 1, some, 3, out)), "3 B D none",
+     "0 null; xmlp_getItemValue:1027 | 0; xmlp_getItemValue:1039 | 1 B; xmlp_getItemValue:1088"},
+    {five, CALL(xmlp_getItemValue(doc, "/l", 1, twice, 2, out)),
+     "0 null; _checkOrder:255 error order in pos."},
+    {five, CALL(xmlp_getItemValue(doc, "/l", 0, last, 2, out)),
+     "0 null; xmlp_getItemValue:1021 pos over range."},
 
-    {five, DO(getItemValueByAttr, "/l", &attrs[0], 1, out), "4 B C D none",
-     "1 null;getItemValueByAttr:1947! | 1 null;getItemValueByAttr:1968!"},
-    {five, DO(getItemValueByAttr, "/l", attrs, 2, out), "1 C"},
-    {five, DO(getItemValueByAttr, "/l", &attrs[2], 1, out), "0 null"},
-    {five, DO(getItemValueByAttr, "/l", attrs, 0, out),
-     "1 null;getItemValueByAttr:1908 invalid params."},
+    {five, CALL(xmlp_getItemValueByAttr(doc, "/l", &attrs[0], 1, out)), "4 B C D none",
+     "1 null; xmlp_getItemValueByAttr:1947 | 1 null; xmlp_getItemValueByAttr:1968"},
+    {five, CALL(xmlp_getItemValueByAttr(doc, "/l", attrs, 2, out)), "1 C"},
+    {five, CALL(xmlp_getItemValueByAttr(doc, "/l", &attrs[2], 1, out)), "0 null"},
+    {five, CALL(xmlp_getItemValueByAttr(doc, "/l", attrs, 0, out)),
+     "1 null; xmlp_getItemValueByAttr:1908 invalid params."},
 
-    {two, DO(setItemValue, "/l", 0, values, first, 2), "2; <l><item>P</item><item>&lt;</item></l>",
-     "0;setNodeValue:1231! | 1;setNodeValue:1231!; <l><item>P</item><item>B</item></l>"},
-    {parent, DO(setItemValue, "/l", 0, values, first, 3),
-     "1;setNodeValue:1222 pNode is not leaf node.; "
+    {two, CALL(xmlp_setItemValue(doc, "/l", 0, values, first, 2)),
+     "2; <l><item>P</item><item>&lt;</item></l>",
+     "0; xmlp_setNodeValue:1231 | 1; xmlp_setNodeValue:1231; <l><item>P</item><item>B</item></l>"},
+    {parent, CALL(xmlp_setItemValue(doc, "/l", 0, values, first, 3)),
+     "1; xmlp_setNodeValue:1222 pNode is not leaf node.; "
      "<l><item>P</item><item><x/></item><item>C</item></l>"},
 
-    {"<l/>", DO(addItem, "/l", items, XMLP_LAST, 2), R"(2; <l><item a="1">P</item><item/></l>)",
-     "0;initNode:827! | 0; _item2Node:212! | 0;addNodeAttr:1314! | 0;addNodeAttr:1320! | "
-     "0;addNodeAttr:1331! | 1;initNode:827!; <l><item a=\"1\">P</item></l>"},
-    {"<l/>",
-     [](XmlpDoc *d) {
-         xmlp_addItem(d, "/l", &bare, 0, 1);
-         const XmlpNode *item = d->tree->root->firstChild->firstChild;
-         return shown(item != nullptr && item->type == XMLP_NODE_ITEM);
-     },
+    {"<l/>", CALL(xmlp_addItem(doc, "/l", items, XMLP_LAST, 2)),
+     R"(2; <l><item a="1">P</item><item/></l>)",
+     "0; xmlp_initNode:827 | 0; _item2Node:212 | 0; xmlp_addNodeAttr:1314 | 0; "
+     "xmlp_addNodeAttr:1320 | 0; xmlp_addNodeAttr:1331 | 1; xmlp_initNode:827; <l><item "
+     "a=\"1\">P</item></l>"},
+    {"<l/>", CALL(xmlp_addItem(doc, "/l", &bare, 0, 1) && xmlp_seekXml(doc, "/l/item")->type == 4),
      "1; <l><item/></l>"},
-    {two, DO(addItem, "/l", items, 1, 2),
+    {two, CALL(xmlp_addItem(doc, "/l", items, 1, 2)),
      R"(2; <l><item>A</item><item a="1">P</item><item/><item>B</item></l>)"},
-    {"<l/>", DO(addItem, "/l", items, 1, 1), "0;addItem:1300 pos over range."},
-    {"<a>x</a>", DO(addItem, "/a", items, 0, 1), "0;addItem:1259 error node type."},
-    {"<l/>", DO(addItem, "/l", noAttrs, 0, 2), "0;addItem:1237 invalid params."},
-    {"<l/>", DO(addItem, "/l", nullptr, 0, 1), "0;addItem:1237 invalid params."},
+    {"<l/>", CALL(xmlp_addItem(doc, "/l", items, 1, 1)), "0; xmlp_addItem:1300 pos over range."},
+    {"<a>x</a>", CALL(xmlp_addItem(doc, "/a", items, 0, 1)),
+     "0; xmlp_addItem:1259 error node type."},
+    {"<l/>", CALL(xmlp_addItem(doc, "/l", noAttrs, 0, 2)), "0; xmlp_addItem:1237 invalid params."},
+    {"<l/>", CALL(xmlp_addItem(doc, "/l", nullptr, 0, 1)), "0; xmlp_addItem:1237 invalid params."},
 
-    {five, DO(deleteItem, "/l", 1, some, 3),
+    {five, CALL(xmlp_deleteItem(doc, "/l", 1, some, 3)),
      R"(0; <l><item a="0">A</item><item a="1" b="">C</item></l>)"},
-    {parent, DO(deleteItem, "/l", 0, first, 3),
-     "0;delNode:1624 invalid params.; <l><item><x/></item></l>"},
-    {two, DO(deleteItem, "/l", 0, last, 0), "0; <l/>"},
-    {parent, DO(deleteItem, "/l", 0, last, 1),
-     "-1;delNode:1624 invalid params.; <l><item><x/></item><item>C</item></l>"},
-    {two, DO(deleteItem, "/l", 1, last, 0), "-1"},
-    {two, DO(deleteItem, "/l", 1, first, 0), "-1;deleteItem:1351 invalid params."},
-    {"<l/>", DO(deleteItem, "/l", 0, first, 0), "-1;deleteItem:1411 pos over range."},
-    {two, DO(deleteItem, "/l", 0, first, 0), "0"},
-    {five, DO(deleteItem, "/l", 0, &some[2], 0), "0"},
+    {parent, CALL(xmlp_deleteItem(doc, "/l", 0, first, 3)),
+     "0; xmlp_delNode:1624 invalid params.; <l><item><x/></item></l>"},
+    {two, CALL(xmlp_deleteItem(doc, "/l", 0, last, 0)), "0; <l/>"},
+    {parent, CALL(xmlp_deleteItem(doc, "/l", 0, last, 1)),
+     "-1; xmlp_delNode:1624 invalid params.; <l><item><x/></item><item>C</item></l>"},
+    {two, CALL(xmlp_deleteItem(doc, "/l", 1, last, 0)), "-1"},
+    {two, CALL(xmlp_deleteItem(doc, "/l", 1, first, 0)),
+     "-1; xmlp_deleteItem:1351 invalid params."},
+    {"<l/>", CALL(xmlp_deleteItem(doc, "/l", 0, first, 0)),
+     "-1; xmlp_deleteItem:1411 pos over range."},
+    {two, CALL(xmlp_deleteItem(doc, "/l", 0, first, 0)), "0"},
+    {five, CALL(xmlp_deleteItem(doc, "/l", 0, &some[2], 0)), "0"},
 
-    {five, DO(getAttr, "/l/item", got), "0; a=0", "-1;getNodeAttr:1549!"},
-    {five, DO(getItemAttr, "/l", 0, got, some, 2), "2; a=1; b"},
-    {five, DO(getItemAttr, "/l", 1, got, some, 2), "1;getNodeAttr:1558 attribute not exist.; a=1"},
-    {five, DO(setItemAttr, "/l", 1, attrs, some, 2), "1;setNodeAttr:1511 attribute not exist.",
-     "0;setNodeAttr:1497!"},
-    {two, DO(addItemAttr, "/l", 0, attrs, first, 2),
+    {five, CALL(xmlp_getAttr(doc, "/l/item", got)), "0; a=0", "-1; xmlp_getNodeAttr:1549"},
+    {five, CALL(xmlp_getItemAttr(doc, "/l", 0, got, some, 2)), "2; a=1; b"},
+    {five, CALL(xmlp_getItemAttr(doc, "/l", 1, got, some, 2)),
+     "1; xmlp_getNodeAttr:1558 attribute not exist.; a=1"},
+    {five, CALL(xmlp_setItemAttr(doc, "/l", 1, attrs, some, 2)),
+     "1; xmlp_setNodeAttr:1511 attribute not exist.", "0; xmlp_setNodeAttr:1497"},
+    {two, CALL(xmlp_addItemAttr(doc, "/l", 0, attrs, first, 2)),
      R"(2; <l><item a="1">A</item><item b="">B</item></l>)"},
-    {two, DO(addItemAttr, "/l", 0, attrs, last, 1), "0"},
-    {five, DO(deleteItemAttr, "/l", 1, "a", some, 3),
+    {two, CALL(xmlp_addItemAttr(doc, "/l", 0, attrs, last, 1)), "0"},
+    {five, CALL(xmlp_deleteItemAttr(doc, "/l", 1, "a", some, 3)),
      R"(3; <l><item a="0">A</item><item>B</item><item a="1" b="">C</item><item>D</item><item/></l>)"},
-    {two, DO(deleteItemAttr, "/l", 0, nullptr, first, 1), "0;deleteItemAttr:1796 invalid params."},
+    {two, CALL(xmlp_deleteItemAttr(doc, "/l", 0, nullptr, first, 1)),
+     "0; xmlp_deleteItemAttr:1796 invalid params."},
 };
 
-TEST(XmlpPath, operationsDoWhatWasAskedFor)
+TEST(Path, OperationsDoWhatTheyAreCalledFor)
 {
     for (const Case &c : cases) {
-        SCOPED_TRACE(std::string(c.xml) + " gives " + c.outcome);
-        const faults::Outcomes outcomes = outcomesOf(c.xml, isDynamic, c.call);
+        SCOPED_TRACE(c.call.text + std::string(" on ") + c.xml);
+        const faults::Outcomes outcomes = outcomesOf(c.xml, isDynamic, c.call.make);
         EXPECT_EQ(outcomes.success, c.outcome);
         if (c.failures != nullptr) { /* those of the other rows are alike */
-            EXPECT_EQ(outcomes.failures, c.failures);
+            EXPECT_EQ(edit(outcomes.failures, " malloc failed\\.", ""), c.failures);
         }
     }
 }

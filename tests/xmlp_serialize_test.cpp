@@ -107,7 +107,7 @@ TEST(XmlpSerialize, anyDepthOnASmallStack)
             EXPECT_EQ(length, UINT32_MAX);
         }
     });
-    EXPECT_EQ(lines(tooLong), ";tree2Xml:1789!;tree2Xml:1789!");
+    EXPECT_EQ(lines(tooLong), "; xmlp_tree2Xml:1789 malloc failed.; xmlp_tree2Xml:1789 malloc failed.");
     const std::string refused = capturedOnSmallStack([&] { EXPECT_EQ(loaded(start, 1), nullptr); });
     EXPECT_EQ(std::count(refused.begin(), refused.end(), '\n'), depth + 2);
 }
