@@ -205,7 +205,7 @@ TEST(AppMngr, DispatchesToEveryRowOfATable)
     EXPECT_EQ(lines(printed), null + null);
 }
 
-TEST(AppMngr, RefusedDatabases)
+TEST(AppMngr, KeepsTheCountsOfARejectedDatabase)
 {
     // A type id that cannot be read ends the counting of its type's children.
     const std::string unread = in("appType", in("id", tooLong) + "<id>1</id>");
@@ -236,7 +236,7 @@ TEST(AppMngr, RefusedDatabases)
     EXPECT_TRUE(g_appmngr_count.ruleCur == 1 && g_appmngr_count.typeCur == 1);
 }
 
-TEST(AppMngr, DescriptionsAreCounted)
+TEST(AppMngr, CountsDescriptions)
 {
     load("<AppDesc><appList><app>a</app><app>b</app></appList><langcnt>3</langcnt>"
          "<appTypeList><appType>t</appType></appTypeList></AppDesc>");
@@ -249,7 +249,7 @@ TEST(AppMngr, DescriptionsAreCounted)
 }
 
 // The walk meets elements by name alone, more of them than were counted by path, and deeper ones.
-TEST(AppMngr, ElementsOutOfPlace)
+TEST(AppMngr, MeetsElementsByNameAlone)
 {
     const std::string extra =
         "<app><id>4096</id><dnsKw>past</dnsKw><visible>1</visible><typeId>1</typeId>" +
@@ -271,7 +271,7 @@ TEST(AppMngr, ElementsOutOfPlace)
     EXPECT_EQ(db.ruleCount, 1u);
 }
 
-TEST(AppMngr, TextAndNumbers)
+TEST(AppMngr, ReadsTextAndNumbers)
 {
     std::string numbers;
     for (const char *text : {"", " -12x", "+7", "00012345678", "12345678", "999999999",

@@ -21,7 +21,7 @@ static std::string outcome(Call call, Arguments... arguments)
 
 /* ---- DES, MD5 and sealing -------------------------------------------------------------- */
 
-TEST(Des, PartialBlocksAndRoom)
+TEST(Des, CompletesPartialBlocksAndKeepsToTheRoom)
 {
     const Bytes cut = "thirteen byte";
     /* The missing bytes of a last block count as zeros, and none is written for them. */
@@ -36,7 +36,7 @@ TEST(Des, PartialBlocksAndRoom)
     EXPECT_EQ(wexal_des_min_do(cut.data(), 1, out.data(), 21, nullptr, 1), 0);
 }
 
-TEST(Seal, Buffers)
+TEST(Seal, NeedsRoomForDigestAndBlocks)
 {
     const Bytes text = "sealed by openssl", sealed = contents(TARN_SOURCE "/tests/data/sealed.bin");
     const std::tuple<int, Bytes, int32_t, Bytes> rows[] = {
@@ -59,7 +59,7 @@ TEST(Seal, Buffers)
 
 const uint32_t version127 = 0xff010207;
 
-TEST(Decrypt, ArgumentsAndLengths)
+TEST(Decrypt, ChecksArgumentsAndLengths)
 {
     const Bytes file = databaseFile("8 bytes.", version127);
     const std::string at = "; appmngr_decrypt:", lengths = at + "2653 invalid length: ";
@@ -92,7 +92,7 @@ TEST(Decrypt, ArgumentsAndLengths)
 
 const Bytes sizes = "; dbMemSize 65536, 65536, appmapSize 4096, appprioRuleMaxNum 1.\r\n";
 
-TEST(Writers, OfBothDatabases)
+TEST(Writers, RejectOtherVersionsMagicCodesAndSizes)
 {
     const auto app = appmngr_db_writeAppDbFromDatabase;
     const auto priority = apppri_writeApppriDbFromDatabase;
@@ -137,7 +137,7 @@ TEST(Writers, OfBothDatabases)
 
 /* ---- Container ------------------------------------------------------------------------- */
 
-TEST(Container, Faults)
+TEST(Container, ReportsWhatIsWrong)
 {
     const std::string at = "; appmngr_db_writeFromDatabase:", number = " FILENUM ERROR\r";
     const std::string pastEnd = "-8980" + at + "2903 FILESIZE ERROR\r";

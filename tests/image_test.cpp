@@ -22,7 +22,7 @@ static std::string readBack(const std::string &file)
     return text + lines(printed);
 }
 
-TEST(Image, IsRead)
+TEST(Image, IsDecodedAsFarAsItGoes)
 {
     const std::string small = "; _appmngr_readAppDb:2167 Size of buffer \"204800\" is too small.";
     std::string text;
@@ -33,20 +33,19 @@ TEST(Image, IsRead)
     const std::string half = patched(whole.substr(0, 4096), 0, {"\0\0\x0F\xFC", 4});
     const std::string begun = readBack(half);
     EXPECT_TRUE(begun.size() > text.size() / 3 && begun.size() < text.size());
-    const std::pair<std::string, std::string> rows[] = {
-        {whole, text},
-        {half, text.substr(0, begun.size())},
-        {patched(whole, 5, "\xFF"), ""},               // no properties
-        {patched(whole, 6, "\xFF\xFF\xFF\xFF"), text}, // asks for a dictionary of 4 GiB
-        {patched(whole, 0, {"\0\0\0\x0D", 4}), small}, // not even the properties
-        {patched(whole, 0, {"\0\0\0\x0E", 4}), ""},
-        {patched(whole, 0, "\xFF\xFF\xFF\xFF"), text}, // a length beyond the file
-        {image(most), most},
-        {image(most + "x"), small},
+    const std::tuple<const char *, std::string, std::string> rows[] = {
+        {"whole", whole, text},
+        {"half", half, text.substr(0, begun.size())},
+        {"without properties", patched(whole, 5, "\xFF"), ""},
+        {"with a dictionary of 4 GiB", patched(whole, 6, "\xFF\xFF\xFF\xFF"), text},
+        {"of length 13", patched(whole, 0, {"\0\0\0\x0D", 4}), small},
+        {"of length 14", patched(whole, 0, {"\0\0\0\x0E", 4}), ""},
+        {"longer than the file", patched(whole, 0, "\xFF\xFF\xFF\xFF"), text},
+        {"of the longest text", image(most), most},
+        {"of a longer text", image(most + "x"), small},
     };
-    int row = 0;
-    for (const auto &[file, expected] : rows) {
-        EXPECT_EQ(readBack(file), expected) << row++;
+    for (const auto &[name, file, expected] : rows) {
+        EXPECT_EQ(readBack(file), expected) << "image " << name;
     }
     EXPECT_EQ(appmngr_checkDbPath("/dev/null"), 0);
     EXPECT_EQ(appmngr_readFile(0, 1, nullptr), -1);
@@ -68,7 +67,7 @@ TEST(Image, ReadsNothingBehindTheImage)
     }
 }
 
-TEST(Image, FaultyStream)
+TEST(Image, ReportsAFaultyStream)
 {
     unsigned char bytes[] = "?\x5D\0\0\1\0ignored!\1 begins no stream";
     char dest[64];

@@ -23,7 +23,7 @@ const std::vector<ProgramCase> cases = {
     {"whole.img", 0, "..."}, // the kernel's answer
 };
 
-TEST(Loader, Program)
+TEST(Loader, PrintsWhatALoadReports)
 {
     enterFolder("loader_test");
     const std::string text = contents(TARN_SOURCE "/examples/appdb.xml");

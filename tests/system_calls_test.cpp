@@ -35,6 +35,8 @@ static std::string outcome(Call call, Arguments... arguments)
            std::to_string(held() - before) + lines(printed);
 }
 
+#define NAMED(...) #__VA_ARGS__, __VA_ARGS__
+
 // ---- The channel -----------------------------------------------------------------------
 
 static appdist_handle channel = {0, 0, {AF_NETLINK, 0, 1, 0}, {AF_NETLINK, 0, 0, 0}};
@@ -88,7 +90,7 @@ template <int32_t timeout, uint32_t length = 20, int fd = 0> static int receive(
     return result;
 }
 
-TEST(SystemCalls, OfTheChannel)
+TEST(SystemCalls, ChannelReportsWhatFailsAndClosesItsSocket)
 {
     appmngr_rule rule = {};
     appmngr_dnsRule keyword = {};
@@ -109,65 +111,63 @@ TEST(SystemCalls, OfTheChannel)
     const std::string nothing = "; app netlink sendto fail, ret:0\n", noBind = "; Here?\n";
     const std::string noHandle = " appdist Failed to initialize handle";
     const std::string at = "; _appmngr_sendMsgToKernel:", notSent = " send db to kernel failed";
-    const std::tuple<int (*)(), Fault, std::string> rows[] = {
-        {create<2>, {}, "22/0/0"},
-        {create<10>, {}, "13/0/0"},
-        {create<3>, {}, "-1/16/0"},
-        {create<2>, {"socket", EPROTONOSUPPORT}, "-1/3/0" + noSocket},
-        {create<2>, {"setsockopt", EPERM}, "-1/0/1"}, // the record is kept, on purpose
-        {create<2>, {"getsockopt", EPERM}, "-1/0/1"}, // the same
-        {create<2>, {"bind", EADDRINUSE}, "-1/4/0" + noBind},
-        {create<2>, {"close", EINTR}, "22/0/0"},
-        {send, {}, "64/0/0"},
-        {send, {"sendto", ECONNREFUSED}, "-1/12/0" + refused},
-        {send, {"sendto", 0, 0}, "0/0/0" + nothing},
-        {send, {"sendto", 0, 10}, "10/0/0"},
-        {sendNothing, {}, "0/0/0"},
-        {sendScattered, {}, "5/0/0"},
-        {sendScattered, {"sendmsg", ENOBUFS}, "-1/12/0"},
-        {receive<0, 19>, {}, "-1/14/0"},
-        {receive<0>, {"select"}, "20/0/0"}, // waits in the receive itself
-        {receive<1>, {}, "20/0/0"},
-        {receive<1, 20, -1>, {}, "-1/6/0"}, // outside of the set that select takes
-        {receive<1, 20, FD_SETSIZE>, {}, "-1/6/0"},
-        {receive<1>, {"select", EINTR}, "0/0/0"},
-        {receive<1>, {"select", EBADF}, "-1/6/0"},
-        {receive<2000001>, {"select", 0, 0}, "0/15/0; 2.000001"},
-        {receive<-2500000>, {"select", 0, 0}, "0/15/0; 0.000000"},
-        {receive<1>, {"recvfrom", ENOBUFS}, "-1/6/0"},
-        {receive<1>, {"recvfrom", 0, 0}, "-1/7/0"},
-        {receive<1>, {"recvfrom", 0, 19}, "-1/10/0"},
-        {receive<1>, {"recvfrom", 0, 1}, "-1/10/0"}, // the flags that were there before
-        {receive<1>, {"sender", 0, 1}, "-1/6/0"},
-        {receive<1>, {"sender size", 0, 8}, "-1/6/0"},
-        {receive<1>, {"length", 0, 21}, "-1/10/0"},
-        {receive<1>, {"flags", 0, 0x20}, "-1/10/0"},
-        {upload, {"sendto", 0, 1}, "0/0/0"},
-        {upload, {"bind", EADDRINUSE}, "-1/4/0" + noBind + at + "2532" + noHandle},
-        {upload, {"sendto", ECONNREFUSED}, "-1/12/0" + refused + at + "2540" + notSent},
-        {upload, {"sendto", 0, 0, 2}, "-1/0/0" + nothing + at + "2547" + notSent},
-        {sendMap, {"sendto", 0, 1}, "0/0/0"},
-        {sendMap,
+    const std::tuple<const char *, int (*)(), Fault, std::string> rows[] = {
+        {NAMED(create<2>), {}, "22/0/0"},
+        {NAMED(create<10>), {}, "13/0/0"},
+        {NAMED(create<3>), {}, "-1/16/0"},
+        {NAMED(create<2>), {"socket", EPROTONOSUPPORT}, "-1/3/0" + noSocket},
+        {NAMED(create<2>), {"setsockopt", EPERM}, "-1/0/1"}, // the record is kept, on purpose
+        {NAMED(create<2>), {"getsockopt", EPERM}, "-1/0/1"}, // the same
+        {NAMED(create<2>), {"bind", EADDRINUSE}, "-1/4/0" + noBind},
+        {NAMED(create<2>), {"close", EINTR}, "22/0/0"},
+        {NAMED(send), {}, "64/0/0"},
+        {NAMED(send), {"sendto", ECONNREFUSED}, "-1/12/0" + refused},
+        {NAMED(send), {"sendto", 0, 0}, "0/0/0" + nothing},
+        {NAMED(send), {"sendto", 0, 10}, "10/0/0"},
+        {NAMED(sendNothing), {}, "0/0/0"},
+        {NAMED(sendScattered), {}, "5/0/0"},
+        {NAMED(sendScattered), {"sendmsg", ENOBUFS}, "-1/12/0"},
+        {NAMED(receive<0, 19>), {}, "-1/14/0"},
+        {NAMED(receive<0>), {"select"}, "20/0/0"}, // waits in the receive itself
+        {NAMED(receive<1>), {}, "20/0/0"},
+        {NAMED(receive<1, 20, -1>), {}, "-1/6/0"}, // outside of the set that select takes
+        {NAMED(receive<1, 20, FD_SETSIZE>), {}, "-1/6/0"},
+        {NAMED(receive<1>), {"select", EINTR}, "0/0/0"},
+        {NAMED(receive<1>), {"select", EBADF}, "-1/6/0"},
+        {NAMED(receive<2000001>), {"select", 0, 0}, "0/15/0; 2.000001"},
+        {NAMED(receive<-2500000>), {"select", 0, 0}, "0/15/0; 0.000000"},
+        {NAMED(receive<1>), {"recvfrom", ENOBUFS}, "-1/6/0"},
+        {NAMED(receive<1>), {"recvfrom", 0, 0}, "-1/7/0"},
+        {NAMED(receive<1>), {"recvfrom", 0, 19}, "-1/10/0"},
+        {NAMED(receive<1>), {"recvfrom", 0, 1}, "-1/10/0"}, // the flags that were there before
+        {NAMED(receive<1>), {"sender", 0, 1}, "-1/6/0"},
+        {NAMED(receive<1>), {"sender size", 0, 8}, "-1/6/0"},
+        {NAMED(receive<1>), {"length", 0, 21}, "-1/10/0"},
+        {NAMED(receive<1>), {"flags", 0, 0x20}, "-1/10/0"},
+        {NAMED(upload), {"sendto", 0, 1}, "0/0/0"},
+        {NAMED(upload), {"bind", EADDRINUSE}, "-1/4/0" + noBind + at + "2532" + noHandle},
+        {NAMED(upload), {"sendto", ECONNREFUSED}, "-1/12/0" + refused + at + "2540" + notSent},
+        {NAMED(upload), {"sendto", 0, 0, 2}, "-1/0/0" + nothing + at + "2547" + notSent},
+        {NAMED(sendMap), {"sendto", 0, 1}, "0/0/0"},
+        {NAMED(sendMap),
          {"bind", EPERM},
          "-1/4/0" + noBind + "[apppri_db_error](apppri_sendMsgToKernel) 1452:" + noHandle +
              "\n\r\n"},
-        {sendMap,
+        {NAMED(sendMap),
          {"sendto", 0, 0},
          "-1/0/0" + nothing + "; apppri_sendMsgToKernel:1459" + notSent + "\r\n"},
-        {sendTooMany, {}, "0/0/0;  malloc mem eroor"},
+        {NAMED(sendTooMany), {}, "0/0/0;  malloc mem eroor"},
     };
-    int row = 0;
-    for (const auto &[operation, fault, expected] : rows) {
-        SCOPED_TRACE(row++);
+    for (const auto &[name, operation, fault, expected] : rows) {
         kernel.fault = fault;
-        EXPECT_EQ(outcome(operation), expected) << fault.where;
+        EXPECT_EQ(outcome(operation), expected) << name << ", " << fault.where;
     }
     g_appmngr_appDb = {};
     g_appmngr_appDns = {};
     apppri_db.appSortList = nullptr;
 }
 
-TEST(SystemCalls, ErrorTexts)
+TEST(SystemCalls, ErrorsHaveTexts)
 {
     const std::tuple<const char *, int32_t, int, std::string> rows[] = {
         {nullptr, 0, 0, "ERROR\n"},
@@ -190,7 +190,7 @@ TEST(SystemCalls, ErrorTexts)
 
 // ---- Files -----------------------------------------------------------------------------
 
-TEST(SystemCalls, OfLoads)
+TEST(SystemCalls, LoadsReportFilesThatCannotBeRead)
 {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
@@ -219,7 +219,7 @@ TEST(SystemCalls, OfLoads)
     close(ends[0]);
 }
 
-TEST(SystemCalls, OfSealing)
+TEST(SystemCalls, SealingReportsFilesThatCannotBeUsed)
 {
     enterFolder("system_calls_test");
     umask(0);

@@ -31,7 +31,7 @@ static void expect(int result, const std::string &text, const std::vector<Refusa
     }
 }
 
-TEST(XmlpChars, Rules)
+TEST(Characters, AreValidInNamesOrValues)
 {
     const std::tuple<const char *, uint32_t, int, int, int> rows[] = {
         {"a:b-1.?!'", 9, 1, 1, 1}, {"", 0, 1, 1, 1},     {"a b", 3, 0, 1, 1},
@@ -46,7 +46,7 @@ TEST(XmlpChars, Rules)
     }
 }
 
-TEST(XmlpNodes, Refusals)
+TEST(Nodes, RejectInvalidArguments)
 {
     char name[] = "a";
     uint32_t length = 0;

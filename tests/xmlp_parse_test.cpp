@@ -40,7 +40,7 @@ static std::string outcome(const std::string &text)
 
 const std::string null = "; _initLock:78 doc is null."; // the last line of all that are refused
 
-TEST(XmlpParse, Texts)
+TEST(Parser, BuildsTheTreeOrRejectsTheText)
 {
     const std::string cases[][2] = {
         {"<a> 1 &amp; 2\n&lt;&gt;&amp;lt;</a>", ":0[a:2' 1 & 2\n<>&lt;']"},
@@ -134,7 +134,7 @@ std::string randomElement(std::mt19937 &random, unsigned levels, bool isItem)
 // On random documents, and when a byte is changed or the end is missing: the same tree or the same
 // refusal from both builders, and again the same tree from the text that is made of it. (Not so
 // with a "/" in an attribute's value, which an empty-element tag cannot hold.)
-TEST(XmlpParse, RandomDocuments)
+TEST(Parser, BothBuildersAgreeOnRandomDocuments)
 {
     std::mt19937 random(1);
     for (uint32_t i = 0; i < 1000; i++) {
@@ -165,7 +165,7 @@ TEST(XmlpParse, BracketsAreCounted)
 }
 
 // Names of all lengths, and a tag with so many of them that they are kept in a tree.
-TEST(XmlpParse, ManyNames)
+TEST(Parser, FindsARepeatedAttributeAmongThousands)
 {
     std::string tag = "<a", children, tree = ":0[a:1", below, padded = "<a><v>1</v>";
     for (unsigned i = 1000; i < 9000; i++) {
@@ -187,7 +187,7 @@ TEST(XmlpParse, ManyNames)
 }
 
 // From the tag, behind the start tag, behind the end: of each element in document order.
-TEST(XmlpParse, locationsOfElements)
+TEST(Parser, TellsWhereElementsAre)
 {
     const std::string text = "\xEF\xBB\xBF<?x?> <a>1<b c=\"/\">\xC3<</b>2<b\n>3<d/></b></a>x";
     XmlpFault fault = {};
@@ -205,7 +205,7 @@ TEST(XmlpParse, locationsOfElements)
 }
 
 // A string is where its bytes and a NUL stand, from a word on.
-TEST(XmlpParse, namesShareTheTailsOfLongerOnes)
+TEST(NamePool, SharesTheTailsOfLongerNames)
 {
     const std::tuple<std::string, uint32_t, size_t> rows[] = {
         {"abc", 0, 4},        {"efghabcd", 4, 16}, {"abcd", 8, 16},          {"", 12, 16},

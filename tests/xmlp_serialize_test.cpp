@@ -6,7 +6,7 @@
 
 const int formatted = 0, compact = 1;
 
-TEST(XmlpSerialize, writesTheSameTree)
+TEST(Serializer, WritesTheSameTree)
 {
     const char *const cases[][3] = {
         {" <a b = \"it's\" c=\"\"></a>\n", "<a b=\"it's\" c=\"\"/>", "<a b=\"it's\" c=\"\"/>\n"},
@@ -30,7 +30,7 @@ TEST(XmlpSerialize, writesTheSameTree)
     }
 }
 
-TEST(XmlpSerialize, treesThatNoTextGives)
+TEST(Serializer, WritesTreesThatNoTextGives)
 {
     const Document doc = loaded("<?x?><a>1</a>", 0);
     XmlpNode *root = doc->tree->root;
@@ -49,28 +49,27 @@ TEST(XmlpSerialize, treesThatNoTextGives)
 }
 
 // Links once more in a list of a, b, c below p. The list must end, and is written as it leads.
-TEST(XmlpSerialize, nodesThatAreLinkedASecondTime)
+TEST(Serializer, FollowsTheListsOfNodesThatAreLinkedTwice)
 {
     enum { P, A, B, C };
     const char *const asBefore = "<a/><b/><c/>";
-    const std::tuple<int (*)(XmlpNode *, XmlpNode *), int, int, int, const char *> rows[] = {
-        {xmlp_insNodeLast, C, P, 0, asBefore},
-        {xmlp_insNodeLast, A, P, 0, "<a/>"},
-        {xmlp_insNodeFirst, A, P, 0, asBefore},
-        {xmlp_insNodeFirst, C, P, -1, asBefore},
-        {xmlp_insNodeAfter, B, B, 0, asBefore},
-        {xmlp_insNodeAfter, C, A, -1, asBefore},
-        {xmlp_insNodeAfter, A, C, 0, "<a/>"},
-        {xmlp_insNodeBefore, B, B, 0, asBefore},
-        {xmlp_insNodeBefore, C, A, -1, asBefore},
-        {xmlp_insNodeBefore, A, C, 0, "<a/><c/>"},
-        {xmlp_insNodeBefore, B, C, 0, asBefore},
-        {xmlp_insNodeLast, B, B, -1, asBefore},
-        {xmlp_insNodeLast, P, C, -1, asBefore},
-        {xmlp_insNodeLast, C, A, 0, "<a><c/></a><b/><c/>"}};
-    int row = 0;
-    for (const auto &[insert, which, where, status, children] : rows) {
-        SCOPED_TRACE(row++);
+    const std::tuple<const char *, int (*)(XmlpNode *, XmlpNode *), int, int, int, const char *>
+        rows[] = {{"xmlp_insNodeLast", xmlp_insNodeLast, C, P, 0, asBefore},
+                  {"xmlp_insNodeLast", xmlp_insNodeLast, A, P, 0, "<a/>"},
+                  {"xmlp_insNodeFirst", xmlp_insNodeFirst, A, P, 0, asBefore},
+                  {"xmlp_insNodeFirst", xmlp_insNodeFirst, C, P, -1, asBefore},
+                  {"xmlp_insNodeAfter", xmlp_insNodeAfter, B, B, 0, asBefore},
+                  {"xmlp_insNodeAfter", xmlp_insNodeAfter, C, A, -1, asBefore},
+                  {"xmlp_insNodeAfter", xmlp_insNodeAfter, A, C, 0, "<a/>"},
+                  {"xmlp_insNodeBefore", xmlp_insNodeBefore, B, B, 0, asBefore},
+                  {"xmlp_insNodeBefore", xmlp_insNodeBefore, C, A, -1, asBefore},
+                  {"xmlp_insNodeBefore", xmlp_insNodeBefore, A, C, 0, "<a/><c/>"},
+                  {"xmlp_insNodeBefore", xmlp_insNodeBefore, B, C, 0, asBefore},
+                  {"xmlp_insNodeLast", xmlp_insNodeLast, B, B, -1, asBefore},
+                  {"xmlp_insNodeLast", xmlp_insNodeLast, P, C, -1, asBefore},
+                  {"xmlp_insNodeLast", xmlp_insNodeLast, C, A, 0, "<a><c/></a><b/><c/>"}};
+    for (const auto &[name, insert, which, where, status, children] : rows) {
+        SCOPED_TRACE(testing::Message() << name << " " << which << " " << where);
         char names[][2] = {"p", "a", "b", "c"}, text[64] = "";
         XmlpNode nodes[4] = {}, sibling = {};
         xmlp_insNodeAfter(&sibling, &nodes[P]); // is not written
@@ -94,7 +93,7 @@ TEST(XmlpSerialize, nodesThatAreLinkedASecondTime)
 }
 
 // A million nested elements; indented, their text passes 4 GiB by far.
-TEST(XmlpSerialize, anyDepthOnASmallStack)
+TEST(Serializer, TakesAnyDepthOnASmallStack)
 {
     const int depth = 1000000;
     const std::string start = repeated(depth, "<a>"), text = start + "x" + repeated(depth, "</a>");
@@ -107,7 +106,8 @@ TEST(XmlpSerialize, anyDepthOnASmallStack)
             EXPECT_EQ(length, UINT32_MAX);
         }
     });
-    EXPECT_EQ(lines(tooLong), "; xmlp_tree2Xml:1789 malloc failed.; xmlp_tree2Xml:1789 malloc failed.");
+    EXPECT_EQ(lines(tooLong),
+              "; xmlp_tree2Xml:1789 malloc failed.; xmlp_tree2Xml:1789 malloc failed.");
     const std::string refused = capturedOnSmallStack([&] { EXPECT_EQ(loaded(start, 1), nullptr); });
     EXPECT_EQ(std::count(refused.begin(), refused.end(), '\n'), depth + 2);
 }

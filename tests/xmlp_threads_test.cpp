@@ -26,7 +26,7 @@ static void parseEditAndSerialize()
     }
 }
 
-TEST(XmlpThreads, shareNothing)
+TEST(Threads, ParseAndEditWithoutSharing)
 {
     std::thread other(parseEditAndSerialize);
     parseEditAndSerialize();
