@@ -7,6 +7,7 @@
 #include "fuzz/input.h"
 #include "loader/loader.h"
 #include "tests/fake_kernel.h"
+#include "tests/lzma_image.h"
 
 // What holds of every message that the kernel is sent.
 static void expectWhole(const Bytes &message)
@@ -26,37 +27,15 @@ static void expectWhole(const Bytes &message)
     }
 }
 
-static void loadApplications(std::string_view text)
-{
-    appmngr_file_alloc();
-    text.copy(g_appmngr_xmlBuf, g_appmngr_settings.xmlBufSize - 1);
-    if (appmngr_analyzeDbFile() == 0) {
-        _appmngr_sendMsgToKernel();
-    }
-    appmngr_file_free();
-}
-
-static void loadPriorities(std::string_view text)
-{
-    apppri_DBResAlloc();
-    text.copy(apppri_db.xmlBuf, g_apppri_profile.bufSize - 1);
-    apppri_analyzeDBFile();
-    apppri_sendMsgToKernel();
-    apppri_DBResFree();
-}
-
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     kernel.look = expectWhole;
     Input input(data, size);
     const int kind = input.byte() % 4;
-    const bool isPriority = kind >= 2;
-    if (kind % 2 == 0) {
-        appmngr_checkDbPath(asFile(input.rest, isPriority ? APPPRI_IMAGE_OFFSET : 0));
-        isPriority ? apppri_database_init() : appmngr_load_database();
-    } else {
-        isPriority ? loadPriorities(input.rest) : loadApplications(input.rest);
-    }
+    const bool isText = kind % 2 == 1, isPriority = kind >= 2;
+    const std::string rest(input.rest), file = isText ? image(rest) : rest;
+    appmngr_checkDbPath(asFile(file, isPriority ? APPPRI_IMAGE_OFFSET : 0));
+    isPriority ? apppri_database_init() : appmngr_load_database();
     appmngr_showDb();
     appmngr_showApps();
     appmngr_writeJson(stdout);

@@ -151,7 +151,7 @@ TEST(Parser, BothBuildersAgreeOnRandomDocuments)
 }
 
 // How many elements there may be follows from this count.
-TEST(XmlpParse, BracketsAreCounted)
+TEST(Parser, CountsBrackets)
 {
     std::mt19937 random(1);
     std::string text;
