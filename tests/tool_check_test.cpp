@@ -161,37 +161,3 @@ TEST(Check, TellsWhyAnUpdateIsRejected)
               "db:1:1: error: the update is refused: [Error](appmngr_db_writeAppDbFromDatabase) "
               "2753: alloc memory fail [loader-line]\n1 error, 0 warnings\n");
 }
-
-TEST(Check, ShowsTheLineAndMarksThePlace)
-{
-    const std::string wide(200, 'w'), most = wide.substr(0, 57), some = wide.substr(0, 39);
-    const std::string endTag =
-        " error: the end tag is not that of the open element [rejected-text]\n";
-    const std::string below = std::string(63, ' ') + "^\n",
-                      odd = "\xC3\xBF\xF0\x9F\x98\x80\x80\xBF";
-    const std::pair<std::string, std::string> places[] = {
-        {"\xEF\xBB\xBF<AppDB>\r\n\t<name>\xC3\xA4</nome>\r\n</AppDB>",
-         "db:2:12:" + endTag + "\t<name>\xC3\xA4</nome>\n\t          ^\n"},
-        {"\xEF\xBB\xBF<AppDB><a b='" + wide + "'/></AppDB>",
-         "db:1:13: error: the value of an attribute needs double quotes [rejected-text]\n"
-         "<AppDB><a b='" +
-             some + "...\n            ^\n"},
-        {"<AppDB>" + wide + "\x1B</x></AppDB>",
-         "db:1:211:" + endTag + "..." + most + "?</x></AppDB>\n" + below},
-        {"<" + some + "\xC3\xA4/>", "db:1:1: error: the top element is '" + some + "...', not"},
-        // A character is one column, a byte that only continues one is none, and none is cut.
-        {"<AppDB>" + odd + "<a></b></AppDB>",
-         "db:1:15:" + endTag + "<AppDB>" + odd + "<a></b></AppDB>\n              ^\n"},
-        {"<AppDB>\xF0\x9F\x98\x80" + most + "</x>" + wide.substr(0, 36) + "\xE2\x82\xAC</AppDB>",
-         "db:1:68:" + endTag + "...\xF0\x9F\x98\x80" + most + "</x>" + wide.substr(0, 36) +
-             "...\n" + below},
-        {edit(app, "tcp 0:0 192.0.2.1:80", "tcp &amp;:0 x"),
-         "db:1:214: error: '&' is no IPv4 address; any address is written 0 "
-         "[bad-tuple]\n...</typeId>"
-         "</typeIdList><ruleList><rule><tupleList><tuple>tcp &amp;:0 x</tuple></tupleLi"},
-    };
-    for (const auto &[text, expected] : places) {
-        const std::string printed = reportOn(text);
-        EXPECT_EQ(printed.substr(0, expected.size()), expected) << printed;
-    }
-}
