@@ -32,8 +32,9 @@ void expectListed(const std::string &name,
     std::istringstream expected(contents(path));
     std::string found;
     for (std::string line; std::getline(expected, line);) {
-        const std::string input = line.substr(0, line.find(" => ")), outcome = outcomeOf(input);
-        const std::string actual = input + (outcome.empty() ? "" : " => ") + outcome;
+        std::string actual = line.substr(0, line.find(" => "));
+        const std::string outcome = outcomeOf(actual);
+        actual += outcome.empty() ? "" : " => " + outcome;
         EXPECT_EQ(actual, line) << "in " << name;
         found += actual + "\n";
     }

@@ -27,11 +27,6 @@ inline std::string dumped(const Document &doc, int compact)
     return {text.get(), length};
 }
 
-inline bool isEmpty(const XmlpNode *node)
-{
-    return node->firstChild == nullptr && node->valueSize == 0;
-}
-
 /*
  * name:type attr=value attr'value'[child][child]; unless it is exact, only what can be read again
  * from a text.
@@ -39,7 +34,8 @@ inline bool isEmpty(const XmlpNode *node)
 inline std::string describe(const XmlpNode *node, bool isExact)
 {
     const auto textOf = [](const char *text) { return std::string(text != nullptr ? text : ""); };
-    const bool isTyped = isExact || !isEmpty(node) || node->type == XMLP_NODE_ITEM;
+    const bool isEmpty = node->firstChild == nullptr && node->valueSize == 0;
+    const bool isTyped = isExact || !isEmpty || node->type == XMLP_NODE_ITEM;
     std::string all = textOf(node->name) + ":" + std::to_string(isTyped ? node->type : 0);
     for (const XmlpAttr *attr = node->attrs; attr != nullptr; attr = attr->next) {
         all +=

@@ -31,43 +31,42 @@ static void fillTables()
     g_appmngr_count.app = g_appmngr_count.appCur = 2;
 }
 
-const std::map<std::string, void (*)()> listings = {
-    {"appmngr_showDb", [] { EXPECT_EQ(appmngr_showDb(), 0); }},
-    {"appmngr_showAppRules of application -1", [] { EXPECT_EQ(appmngr_showAppRules(-1), 0); }},
-    {"appmngr_showAppRules of application 8", [] { EXPECT_EQ(appmngr_showAppRules(8), 0); }},
-    {"appmngr_showAppTypes", [] { appmngr_showAppTypes(); }},
-    {"appmngr_showApps", [] { appmngr_showApps(); }},
-    {"appmngr_showApps with a cursor that lies",
-     [] {
-         g_appmngr_count.appCur = 0xFFFFFFFE;
-         g_appmngr_app = nullptr;
-         appmngr_showApps();
-     }},
-    {"appmngr_writeJson",
-     [] {
-         appmngr_writeJson(stdout);
-         rules[0].proto = 17;
-         appmngr_writeJson(stdout);
-     }},
-    {"appmngr_writeJson without rules",
-     [] {
-         g_appmngr_appDb.rule = nullptr;
-         appmngr_writeJson(stdout);
-     }},
-    {"appmngr_dumpBuffer of 17 bytes", [] { appmngr_dumpBuffer("0123456789abcdef\xFF", 17); }},
-    {"appmngr_dumpBuffer of -1 bytes", [] { appmngr_dumpBuffer("", -1); }},
-    {"appmngr_dumpBuffer of nothing", [] { appmngr_dumpBuffer(nullptr, 3); }},
-    {"appmngr_showXmlDb",
-     [] {
-         static char text[] = "<AppDB/>";
-         g_appmngr_xmlBuf = text;
-         appmngr_showXmlDb();
-     }},
-    {"appmngr_showXmlDesc of none", [] { appmngr_showXmlDesc(); }}};
-
 TEST(Listing, PrintsTheTables)
 {
-    expectListed("listings.txt", [](const std::string &name) {
+    const std::map<std::string, void (*)()> listings = {
+        {"appmngr_showDb", [] { EXPECT_EQ(appmngr_showDb(), 0); }},
+        {"appmngr_showAppRules of application -1", [] { EXPECT_EQ(appmngr_showAppRules(-1), 0); }},
+        {"appmngr_showAppRules of application 8", [] { EXPECT_EQ(appmngr_showAppRules(8), 0); }},
+        {"appmngr_showAppTypes", [] { appmngr_showAppTypes(); }},
+        {"appmngr_showApps", [] { appmngr_showApps(); }},
+        {"appmngr_showApps with a cursor that lies",
+         [] {
+             g_appmngr_count.appCur = 0xFFFFFFFE;
+             g_appmngr_app = nullptr;
+             appmngr_showApps();
+         }},
+        {"appmngr_writeJson",
+         [] {
+             appmngr_writeJson(stdout);
+             rules[0].proto = 17;
+             appmngr_writeJson(stdout);
+         }},
+        {"appmngr_writeJson without rules",
+         [] {
+             g_appmngr_appDb.rule = nullptr;
+             appmngr_writeJson(stdout);
+         }},
+        {"appmngr_dumpBuffer of 17 bytes", [] { appmngr_dumpBuffer("0123456789abcdef\xFF", 17); }},
+        {"appmngr_dumpBuffer of -1 bytes", [] { appmngr_dumpBuffer("", -1); }},
+        {"appmngr_dumpBuffer of nothing", [] { appmngr_dumpBuffer(nullptr, 3); }},
+        {"appmngr_showXmlDb",
+         [] {
+             static char text[] = "<AppDB/>";
+             g_appmngr_xmlBuf = text;
+             appmngr_showXmlDb();
+         }},
+        {"appmngr_showXmlDesc of none", [] { appmngr_showXmlDesc(); }}};
+    expectListed("listings.txt", [&](const std::string &name) {
         fillTables();
         return inOneLine(edit(captured(listings.at(name)), "addr:0x[0-9a-f]{1,8}\r", "addr:\r"));
     });

@@ -114,18 +114,21 @@ static std::string reportOn(const std::string &file)
     return check::reportAsText(sources, false, false).text;
 }
 
-// The findings in a report, without the lines that show their places: of each check the first.
+// The findings in a report, without the lines that show their places: of each check the first, and
+// how many there are if there are more.
 static std::string findingsIn(const std::string &report)
 {
-    static const std::regex finding("(^|\n)db:(.*) (\\[[a-z0-9-]+\\])(?=\n)");
-    std::string all, checks;
-    for (std::sregex_iterator found(report.begin(), report.end(), finding), end; found != end;
-         ++found) {
-        const std::string check = (*found)[3];
-        all += checks.find(check) == checks.npos
-                   ? (all.empty() ? "" : "; ") + (*found)[2].str() + " " + check
-                   : "";
-        checks += check;
+    static const std::regex finding("(^|\\n)db:(.*) (\\[[a-z0-9-]+\\])(?=\\n)");
+    std::string all;
+    std::map<std::string, int> found;
+    for (std::sregex_iterator next(report.begin(), report.end(), finding), end; next != end;
+         ++next) {
+        if (found[(*next)[3]]++ == 0) {
+            all += (all.empty() ? "" : "; ") + (*next)[2].str() + " " + (*next)[3].str();
+        }
+    }
+    for (const auto &[check, count] : found) {
+        all += count > 1 ? "; " + std::to_string(count) + " " + check : "";
     }
     return all;
 }
