@@ -161,6 +161,6 @@ TEST(Check, TellsWhyAnUpdateIsRejected)
     reportOn(file);
     faults::countdown = UINT32_MAX - faults::countdown; // the last allocation, for the update
     EXPECT_EQ(reportOn(file),
-              "db:1:1: error: the update is refused: [Error](appmngr_db_writeAppDbFromDatabase) "
+              "db:1:1: error: the update fails: [Error](appmngr_db_writeAppDbFromDatabase) "
               "2753: alloc memory fail [loader-line]\n1 error, 0 warnings\n");
 }
