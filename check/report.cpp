@@ -46,19 +46,19 @@ size_t characterStart(std::string_view text, size_t at, size_t first)
     return at;
 }
 
-/* Where an offset is, for a person. */
+// Where an offset is, for a person.
 struct Location {
     size_t line = 1;
-    size_t column = 1;   /* in characters; a tab is one */
-    std::string excerpt; /* of the line, as much as is shown */
-    std::string caret;   /* points, printed below the excerpt, at the offset */
+    size_t column = 1;   // in characters; a tab is one
+    std::string excerpt; // of the line, as much as is shown
+    std::string caret;   // points, printed below the excerpt, at the offset
 };
 
-/* Finds the parents of offsets of a text, which must be asked for in increasing order. */
+// Finds the locations of offsets of a text, which must be asked for in increasing order.
 class LocationFinder
 {
 public:
-    /* text must outlive the finder. */
+    // text must outlive the finder.
     explicit LocationFinder(const std::string &text);
     Location find(size_t offset);
 

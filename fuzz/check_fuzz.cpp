@@ -1,7 +1,7 @@
 // The companion tool's check of a file: as it is, an image of two texts, a container of files.
 
-#include "check/database.h"
 #include "check/check.h"
+#include "check/database.h"
 #include "fuzz/input.h"
 
 static std::string imageOf(Input *input)

@@ -13,14 +13,14 @@
 static void expectWhole(const Bytes &message)
 {
     appdist_message head;
-    EXPECT_GT(message.size(), sizeof head);
-    memcpy(&head, message.data(), sizeof head);
+    EXPECT_GT(message.size(), sizeof(head));
+    memcpy(&head, message.data(), sizeof(head));
     static const uint32_t recordSizes[] = {596, 1, 20};
     EXPECT_EQ(recordSizes[head.header.nlmsg_type - 19], head.record_size);
     EXPECT_EQ(kernel.protocol, 22);
     EXPECT_EQ(head.header.nlmsg_len, message.size());
-    EXPECT_EQ(sizeof head + uint64_t{head.count} * head.record_size, message.size());
-    size_t end = sizeof head;
+    EXPECT_EQ(sizeof(head) + uint64_t{head.count} * head.record_size, message.size());
+    size_t end = sizeof(head);
     for (uint32_t i = 0; i < head.count && head.record_size > 1; i++) {
         end += head.record_size;
         EXPECT_EQ(message[end - 1], '\0'); // the text that a record ends with is terminated
@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     appmngr_dbReInit();
     char name[APPPRI_NAME_SIZE];
     const int32_t first = apppri_getAppIdByName("");
-    const auto *sort = apppri_getAppNameById(static_cast<uint32_t>(first), name, sizeof name);
+    const auto *sort = apppri_getAppNameById(static_cast<uint32_t>(first), name, sizeof(name));
     EXPECT_TRUE(first == -1 || sort != nullptr);
     unsigned char map[4096];
     apppri_initPrimapWithSort(map, sort != nullptr ? sort->id : 0, 7);

@@ -1,12 +1,10 @@
-/*
- * One allocation after the other fails: in every operation that allocates, but for those on paths
- * (xmlp_path_test.cpp). Each must report it, keep its word on its arguments, and lose nothing.
- *
- * What stays allocated on purpose, and who uses or releases it next:
- * - the buffers of a load that failed for lack of another one: the next load;
- * - the document of a priority database that could not be analysed: the next analysis;
- * - the record of a channel whose buffer size cannot be set: nobody (system_calls_test.cpp).
- */
+// One allocation after the other fails: in every operation that allocates, but for those on paths
+// (xmlp_path_test.cpp). Each must report it, keep its word on its arguments, and lose nothing.
+//
+// What stays allocated on purpose, and who uses or releases it next:
+// - the buffers of a load that failed for lack of another one: the next load;
+// - the document of a priority database that could not be analysed: the next analysis;
+// - the record of a channel whose buffer size cannot be set: nobody (system_calls_test.cpp).
 #include "appdist/appdist.h"
 #include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
@@ -20,7 +18,7 @@
 
 static int loadAndDump()
 {
-    uint32_t length = 0; /* given also when there is no text */
+    uint32_t length = 0; // given also when there is no text
     const Document doc = loaded(R"(<?x?><a b="c" d="e"><ff/><ff>1&lt;2</ff></a>)", 0);
     if (doc != nullptr) {
         free(xmlp_dumpDoc(doc.get(), 1, &length));
@@ -28,7 +26,7 @@ static int loadAndDump()
     return static_cast<int>(length);
 }
 
-/* The name of each of 70 nested elements takes 4 words of the pool. */
+// The name of each of 70 nested elements takes 4 words of the pool.
 static int readLocations()
 {
     std::string text;
@@ -66,7 +64,7 @@ static int writeContainer()
     return appmngr_db_writeFromDatabase(bytes.data(), static_cast<int32_t>(bytes.size()));
 }
 
-/* Releases what an operation left in the tables, also when it failed. */
+// Releases what an operation left in the tables, also when it failed.
 static std::string release()
 {
     appmngr_dbReInit();
@@ -74,12 +72,12 @@ static std::string release()
     return "";
 }
 
-/* Releases what the product keeps for its next use. */
+// Releases what the product keeps for its next use.
 static void releaseKept()
 {
     appmngr_file_free();
     apppri_DBResFree();
-    apppri_analyzeDBFile(); /* releases the document of a failed one */
+    apppri_analyzeDBFile(); // releases the document of a failed one
 }
 
 const std::map<std::string, int (*)()> operations = {
@@ -97,7 +95,7 @@ const std::map<std::string, int (*)()> operations = {
 TEST(Allocation, FailuresAreReportedAndLoseNothing)
 {
     std::string apps = contents(TARN_SOURCE "/examples/appdb.xml"), many = "<many";
-    for (int i = 1000; i < 1300; i++) { /* more than the first rooms made for attributes hold */
+    for (int i = 1000; i < 1300; i++) { // more than the first rooms made for attributes hold
         many += " a" + std::to_string(i) + "=\"" + std::to_string(i) + "\"";
     }
     apps.insert(apps.find("<appList>"), many + "/>");

@@ -45,7 +45,7 @@ static void expectRecords(const Record *records, uint32_t count, const Record (&
 {
     ASSERT_EQ(count, size) << typeid(Record).name();
     for (size_t i = 0; i < size; i++) {
-        EXPECT_EQ(memcmp(&records[i], &expected[i], sizeof *records), 0)
+        EXPECT_EQ(memcmp(&records[i], &expected[i], sizeof(*records)), 0)
             << typeid(Record).name() << i;
     }
 }

@@ -74,9 +74,9 @@ TEST(Priority, HeaderFieldsAreCutAndDatesParsed)
     EXPECT_EQ(apppri_db.proModel, time);
     loaded(in("AppSortDB/expired", "2031-02-03 4")); // refused
     const decltype(apppri_db.expiredTime) numbers = {2030, 1, 15, 23, 59, 58}, date = {2030, 1, 15};
-    EXPECT_EQ(memcmp(apppri_db.expiredTime, numbers, sizeof numbers), 0);
+    EXPECT_EQ(memcmp(apppri_db.expiredTime, numbers, sizeof(numbers)), 0);
     EXPECT_EQ(loaded(in("AppSortDB/expired", "2030-01-15")), "0 ");
-    EXPECT_EQ(memcmp(apppri_db.expiredTime, date, sizeof date), 0);
+    EXPECT_EQ(memcmp(apppri_db.expiredTime, date, sizeof(date)), 0);
 }
 
 TEST(Priority, NothingIsDoneWithoutArgumentsOrDatabase)

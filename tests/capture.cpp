@@ -1,3 +1,4 @@
+// What tests capture: the lines that the product prints, and scratch folders.
 #include "tests/capture.h"
 
 #include <regex>

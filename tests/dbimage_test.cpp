@@ -7,10 +7,10 @@
 
 using Bytes = std::string;
 
-/* The key of sealed.bin, the example one. */
+// The key of sealed.bin, the example one.
 const unsigned char key[] = {0x3c, 0x91, 0x5e, 0x07, 0xa2, 0xd4, 0x68, 0x1b};
 
-/* The result of the call, then the lines that it prints. */
+// The result of the call, then the lines that it prints.
 template <typename Call, typename... Arguments>
 static std::string outcome(Call call, Arguments... arguments)
 {
@@ -19,12 +19,10 @@ static std::string outcome(Call call, Arguments... arguments)
     return std::to_string(result) + lines(printed);
 }
 
-/* ---- DES, MD5 and sealing -------------------------------------------------------------- */
-
 TEST(Des, CompletesPartialBlocksAndKeepsToTheRoom)
 {
     const Bytes cut = "thirteen byte";
-    /* The missing bytes of a last block count as zeros, and none is written for them. */
+    // The missing bytes of a last block count as zeros, and none is written for them.
     Bytes out(21, '#');
     EXPECT_EQ(wexal_des_min_do(cut.data(), 13, out.data(), 21, key, 0), 13);
     EXPECT_EQ(out, des(cut + Bytes(3, 0), 0, {key, key + 8}).substr(0, 13) + Bytes(8, '#'));
@@ -46,7 +44,7 @@ TEST(Seal, NeedsRoomForDigestAndBlocks)
     };
     for (const auto &[seal, input, room, expected] : rows) {
         SCOPED_TRACE(testing::Message() << input << " in " << room);
-        const std::vector<char> exact(input.begin(), input.end()); /* nothing to read behind it */
+        const std::vector<char> exact(input.begin(), input.end()); // nothing to read behind it
         Bytes output(static_cast<size_t>(room), 0);
         const int length = md5_des_seal(exact.data(), static_cast<int32_t>(input.size()),
                                         output.data(), room, key, seal);
@@ -54,8 +52,6 @@ TEST(Seal, NeedsRoomForDigestAndBlocks)
     }
     EXPECT_EQ(md5_des_seal("", -1, nullptr, 24, key, 1), -1);
 }
-
-/* ---- Database files -------------------------------------------------------------------- */
 
 const uint32_t version127 = 0xff010207;
 
@@ -69,21 +65,21 @@ TEST(Decrypt, ChecksArgumentsAndLengths)
         {file, 16, 48, "-2" + lengths + "srcLen = [16] *pDstlen = [48] 48"},
         {file, 40, 40, "-2" + lengths + "srcLen = [40] *pDstlen = [40] 40"},
         {file, 40, 47, "-3" + at + "2675 wexal_des_min_do failed: length = [0] 47"},
-        /* The digest is right, with zeros behind the bytes given: only the range can be wrong. */
+        // The digest is right, with zeros behind the bytes given: only the range can be wrong.
         {encrypted(word(32) + Bytes(44, 0)), 56, 64, "1 48"},
         {encrypted(word(33) + Bytes(45, 0)), 56, 64, "-4 49"},
-        {encrypted(word(0xffffffef)), 24, 64, "-4 4294967295"}, /* a sum past 32 bits */
+        {encrypted(word(0xffffffef)), 24, 64, "-4 4294967295"}, // a sum past 32 bits
     };
     for (const auto &[input, size, room, expected] : rows) {
         SCOPED_TRACE(expected);
-        std::vector<char> out(room + 16); /* so that zeros lie behind the room, too */
+        std::vector<char> out(room + 16); // so that zeros lie behind the room, too
         uint32_t length = room;
         const std::string result =
             outcome(appmngr_decrypt, out.data(), &length, input.data(), size);
         EXPECT_EQ(result + " " + std::to_string(length), expected);
     }
     char out[48];
-    uint32_t length = sizeof out;
+    uint32_t length = sizeof(out);
     const std::string invalid = "-1" + at + "2646 Invalid param!";
     EXPECT_EQ(outcome(appmngr_decrypt, nullptr, &length, file.data(), 40u), invalid);
     EXPECT_EQ(outcome(appmngr_decrypt, out, nullptr, file.data(), 40u), invalid);
@@ -135,14 +131,12 @@ TEST(Writers, RejectOtherVersionsMagicCodesAndSizes)
     _appmngr_updateBuf = nullptr;
 }
 
-/* ---- Container ------------------------------------------------------------------------- */
-
 TEST(Container, ReportsWhatIsWrong)
 {
     const std::string at = "; appmngr_db_writeFromDatabase:", number = " FILENUM ERROR\r";
     const std::string pastEnd = "-8980" + at + "2903 FILESIZE ERROR\r";
     const std::string bytesLeft = "-8980" + at + "2913 FILESIZE ERROR\r";
-    const Bytes one = entry(1, "x"); /* of a type that is ignored */
+    const Bytes one = entry(1, "x"); // of a type that is ignored
     const std::pair<Bytes, std::string> rows[] = {
         {digestOf(""), "-8980"},
         {container(0, Bytes(196600 - 16, 0)), "-8980"},

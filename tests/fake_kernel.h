@@ -66,7 +66,7 @@ int __wrap_getsockopt(int, int, int, void *, socklen_t *)
 
 int __wrap_bind(int, const sockaddr *address, socklen_t)
 {
-    memcpy(&kernel.bound, address, sizeof kernel.bound);
+    memcpy(&kernel.bound, address, sizeof(kernel.bound));
     return answer("bind", 0);
 }
 
@@ -99,7 +99,7 @@ int __wrap_select(int count, fd_set *readable, fd_set *, fd_set *, timeval *wait
     fd_set only;
     FD_ZERO(&only);
     FD_SET(count - 1, &only);
-    EXPECT_EQ(memcmp(readable, &only, sizeof only), 0);
+    EXPECT_EQ(memcmp(readable, &only, sizeof(only)), 0);
     kernel.wait = *wait;
     const int ready = answer("select", 1);
     if (ready < 1) {
@@ -115,8 +115,8 @@ ssize_t __wrap_recvfrom(int, void *buffer, size_t length, int, sockaddr *from, s
     const nlmsghdr header = {answer("length", 20u), 2, answer<uint16_t>("flags", 0x1f), 0, 0};
     const sockaddr_nl sender = {AF_NETLINK, 0, answer("sender", 0u), 0};
     const auto received = answer<ssize_t>("recvfrom", 20);
-    memcpy(buffer, &header, received < 16 ? 0 : sizeof header);
-    memcpy(from, &sender, sizeof sender);
+    memcpy(buffer, &header, received < 16 ? 0 : sizeof(header));
+    memcpy(from, &sender, sizeof(sender));
     *fromSize = answer("sender size", *fromSize);
     return received;
 }

@@ -1,10 +1,11 @@
+// Allocations that can be made to fail.
 #include "tests/faults.h"
 
 #include <lzma.h>
 
 using namespace faults;
 
-/* Never destroyed: blocks are freed up to the end of the process. */
+// Never destroyed: blocks are freed up to the end of the process.
 std::set<void *> &faults::live = *new std::set<void *>;
 uint32_t faults::countdown;
 
@@ -61,4 +62,4 @@ lzma_ret __wrap_lzma_raw_decoder(lzma_stream *stream, const lzma_filter *filters
     return __real_lzma_raw_decoder(stream, filters);
 }
 
-} /* extern "C" */
+} // extern "C"

@@ -59,7 +59,7 @@ TEST(Image, ReadsNothingBehindTheImage)
     for (uint32_t length = 65532; length <= 65541; length++) {
         auto written = static_cast<uint32_t>(text.size());
         const uint32_t field = htonl(length);
-        memcpy(file.data(), &field, sizeof field);
+        memcpy(file.data(), &field, sizeof(field));
         appmngr_unpackImage(text.data(), &written,
                             reinterpret_cast<const unsigned char *>(file.data()));
         most = length == 65532 ? written : most;
@@ -71,12 +71,12 @@ TEST(Image, ReportsAFaultyStream)
 {
     unsigned char bytes[] = "?\x5D\0\0\1\0ignored!\1 begins no stream";
     char dest[64];
-    uint32_t written = sizeof dest, consumed = sizeof bytes;
+    uint32_t written = sizeof(dest), consumed = sizeof(bytes);
     EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_DATA);
     EXPECT_TRUE(written == 0 && consumed >= 14);
-    consumed = sizeof bytes; // no room, so none of it is read
+    consumed = sizeof(bytes); // no room, so none of it is read
     EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_OK);
     bytes[1] = 0xFF;
-    consumed = sizeof bytes;
+    consumed = sizeof(bytes);
     EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_PROPERTIES);
 }

@@ -1,6 +1,4 @@
-/*
- * The listings and the JSON export of small tables, whole.
- */
+// The listings and the JSON export of small tables, whole.
 #include "appmngr/appmngr.h"
 #include "tests/capture.h"
 
@@ -8,19 +6,17 @@ static appmngr_app apps[] = {{7, 1, "Bird Call"}, {0xFFFFFFFF, -1, ""}};
 static appmngr_appType types[] = {{3, "Voice", {0x80000080, 0x04030304}}, {0xFFFFFFFE, "", {}}};
 static appmngr_rule rules[2];
 
-/*
- * Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application.
- * Addresses and bitmaps read the same in both byte orders, since they are shown as they lie.
- */
+// Among them: texts that fill their field, numbers above 0x7FFFFFFF, a rule of no application.
+// Addresses and bitmaps read the same in both byte orders, since they are shown as they lie.
 static void fillTables()
 {
-    memset(apps[1].name, 'n', sizeof apps[1].name);
+    memset(apps[1].name, 'n', sizeof(apps[1].name));
     types[1].appBitmap[127] = 0x01000001;
 
     const appmngr_feature orig = {1, -2, 3, 40, "hex", "16 03 \"01\""};
     appmngr_feature reply = {5, 6, 7, 8, "", ""};
-    memset(reply.dpiType, 't', sizeof reply.dpiType);
-    memset(reply.dpiCode, 'c', sizeof reply.dpiCode);
+    memset(reply.dpiType, 't', sizeof(reply.dpiType));
+    memset(reply.dpiCode, 'c', sizeof(reply.dpiCode));
     const uint32_t from = inet_addr("192.168.168.192"), to = inet_addr("10.1.1.10");
     rules[0] = {8, 0, 0, 0, 53, 1, {}, orig, reply};
     rules[1] = {0xFFFFFFFF, from, to, 5060, 65535, 6, {}, orig, reply};

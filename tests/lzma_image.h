@@ -21,6 +21,6 @@ inline std::string image(const std::string &text)
     lzma_raw_buffer_encode(filters, nullptr, reinterpret_cast<const uint8_t *>(text.data()),
                            text.size(), bytes, &end, file.size());
     const uint32_t length = htonl(static_cast<uint32_t>(end - 4));
-    memcpy(bytes, &length, sizeof length);
+    memcpy(bytes, &length, sizeof(length));
     return file.substr(0, end);
 }

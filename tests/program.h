@@ -11,7 +11,7 @@
  */
 inline int run(const std::string &command)
 {
-    // Without the standard streams, valgrind does not start.
+    /* Without the standard streams, valgrind does not start. */
     const std::string direct = command.find("&-") != command.npos ? "unset TARN_RUN_BY; " : "";
     setenv("COMMAND", (direct + "PATH=" TARN_PROGRAMS ":$PATH; " + command + "; exit").c_str(), 1);
     return WEXITSTATUS(std::system("bash -o pipefail -c \"$COMMAND\" 2>err >out"));

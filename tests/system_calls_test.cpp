@@ -50,8 +50,8 @@ template <uint32_t family> static int create()
     }
     const auto port = static_cast<uint32_t>(getpid());
     const sockaddr_nl addresses[] = {{AF_NETLINK, 0, port, 0}, {AF_NETLINK, 0, 0, 0}};
-    EXPECT_EQ(memcmp(&handle->local, addresses, sizeof addresses), 0);
-    EXPECT_EQ(memcmp(&kernel.bound, addresses, sizeof kernel.bound), 0);
+    EXPECT_EQ(memcmp(&handle->local, addresses, sizeof(addresses)), 0);
+    EXPECT_EQ(memcmp(&kernel.bound, addresses, sizeof(kernel.bound)), 0);
     EXPECT_EQ(appdist_configure(handle, "anything"), 1);
     EXPECT_EQ(appdist_destroy_handle(handle), 0);
     return kernel.protocol;
@@ -61,7 +61,7 @@ static int send()
 {
     const appdist_message expected = {{64, 22, 1, 0, 1}, 0, 0, 1, 4, {2, 3}, {}};
     const int sent = appdist_send_params(&channel, 1, 2, 3, 4);
-    EXPECT_EQ(memcmp(kernel.message.data(), &expected, sizeof expected), 0);
+    EXPECT_EQ(memcmp(kernel.message.data(), &expected, sizeof(expected)), 0);
     return sent;
 }
 
@@ -76,7 +76,7 @@ static int sendScattered()
 template <int32_t timeout, uint32_t length = 20, int fd = 0> static int receive()
 {
     alignas(8) unsigned char buffer[21];
-    memset(buffer, 0xff, sizeof buffer);     // with the error, which the kernel leaves as it is
+    memset(buffer, 0xff, sizeof(buffer));    // with the error, which the kernel leaves as it is
     memset(buffer + 1, 0, sizeof(uint32_t)); // what is left of an earlier length
     channel.fd = fd;
     const int result = appdist_receive(&channel, buffer + 1, length, timeout);

@@ -10,14 +10,14 @@
 inline std::string word(uint64_t value)
 {
     const uint32_t word = htonl(static_cast<uint32_t>(value));
-    return {reinterpret_cast<const char *>(&word), sizeof word};
+    return {reinterpret_cast<const char *>(&word), sizeof(word)};
 }
 
 inline std::string digestOf(const std::string &bytes)
 {
     unsigned char digest[DBIMAGE_DIGEST_SIZE];
     md5_digest(digest, bytes.data(), static_cast<uint32_t>(bytes.size()));
-    return {reinterpret_cast<const char *>(digest), sizeof digest};
+    return {reinterpret_cast<const char *>(digest), sizeof(digest)};
 }
 
 inline const std::string databaseKey(reinterpret_cast<const char *>(g_appmngr_databaseKey), 8);

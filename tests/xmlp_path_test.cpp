@@ -1,13 +1,11 @@
-/*
- * The path-addressed interface: what each operation rejects, and what it makes of a document.
- */
+// The path-addressed interface: what each operation rejects, and what it makes of a document.
 #include "tests/document.h"
 #include "tests/faults.h"
 #include "xmlp/xmlp_internal.h"
 
 const uint32_t isDynamic = 0, isStatic = 1;
 
-/* What getters fill in beside their result. */
+// What getters fill in beside their result.
 static char unset[] = "unset";
 static XmlpAttrPair got[2];
 static uint32_t filled;
@@ -30,11 +28,9 @@ static std::string shown(XmlpValue *values)
     return values != nullptr ? text : text + " null";
 }
 
-/*
- * The result of the call on a fresh document, the lines it prints, the attributes it gives and,
- * when it changed it, the document; separated by "; ". Also while one allocation after the other
- * fails.
- */
+// The result of the call on a fresh document, the lines it prints, the attributes it gives and,
+// when it changed it, the document; separated by "; ". Also while one allocation after the other
+// fails.
 template <typename Call>
 static faults::Outcomes outcomesOf(const std::string &xml, uint32_t kind, Call call)
 {
@@ -65,7 +61,7 @@ static faults::Outcomes outcomesOf(const std::string &xml, uint32_t kind, Call c
     return all;
 }
 
-/* A call, also as text for the messages of failing rows. */
+// A call, also as text for the messages of failing rows.
 struct Call {
     const char *text;
     std::string (*make)(XmlpDoc *doc);
@@ -76,9 +72,7 @@ struct Call {
 #expression, [](XmlpDoc * doc) { return shown(expression); } \
     }
 
-/* ---- What all operations reject ------------------------------------------------------------ */
-
-static const char *p; /* where the calls go */
+static const char *p; // where the calls go
 static uint32_t mode, ignored;
 const uint32_t first[] = {0}, at[] = {1}, last[] = {XMLP_LAST}, some[] = {1, 3, 4},
                twice[] = {2, 2};
@@ -88,7 +82,7 @@ const XmlpItem bare = {0, nullptr, 0, nullptr};
 struct Rejections {
     Call call;
     const char *result;
-    int lines[6]; /* of the rejections below; 0 for none, -1 for one without a line */
+    int lines[6]; // of the rejections below; 0 for none, -1 for one without a line
 };
 
 const Rejections operations[] = {
@@ -148,13 +142,11 @@ TEST(Path, EveryOperationRejectsInTheSameOrder)
     }
 }
 
-/* ---- What the operations do ---------------------------------------------------------------- */
-
 struct Case {
     const char *xml;
     Call call;
-    const char *outcome; /* as outcomesOf tells it */
-    /* The same while the first allocation fails, the second, ...; without " malloc failed.". */
+    const char *outcome; // as outcomesOf tells it
+    // The same while the first allocation fails, the second, ...; without " malloc failed.".
     const char *failures = nullptr;
 };
 
@@ -196,7 +188,7 @@ const Case cases[] = {
      "0; <a><b/><n/></a>"},
     {"<a/>", CALL(xmlp_add(doc, "/a", 2, "n", nullptr, attrs, 0)),
      "-1; xmlp_addChildNode:1082 child[1] not found."},
-    {"<a/>", /* a structure, from then on */
+    {"<a/>", // a structure, from then on
      CALL(xmlp_add(doc, "/a", 0, "", nullptr, attrs, 0) && xmlp_isItemExist(doc, "/a", 0)),
      "0; xmlp_setNodeName:1162 invalid params.; xmlp_isItemExist:945 error node type."},
     {"<a/>", CALL(xmlp_add(doc, "/a", 0, "n", nullptr, attrs, 3)),
@@ -294,7 +286,7 @@ TEST(Path, OperationsDoWhatTheyAreCalledFor)
         SCOPED_TRACE(c.call.text + std::string(" on ") + c.xml);
         const faults::Outcomes outcomes = outcomesOf(c.xml, isDynamic, c.call.make);
         EXPECT_EQ(outcomes.success, c.outcome);
-        if (c.failures != nullptr) { /* those of the other rows are alike */
+        if (c.failures != nullptr) { // those of the other rows are alike
             EXPECT_EQ(edit(outcomes.failures, " malloc failed\\.", ""), c.failures);
         }
     }

@@ -1,7 +1,5 @@
-/*
- * Two threads that parse, edit and serialize a document each, at once. What the library kept of its
- * own would be shared by them; this program and the library in it are built with ThreadSanitizer.
- */
+// Two threads that parse, edit and serialize a document each, at once. What the library kept of its
+// own would be shared by them; this program and the library in it are built with ThreadSanitizer.
 #include "tests/document.h"
 
 static void parseEditAndSerialize()

@@ -51,7 +51,7 @@ int runShow()
 Json appsAsJson()
 {
     Json apps = Json::array();
-    for (uint32_t i = 0; i < g_appmngr_appDb.appCount; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDb.appCount; i++) {
         const appmngr_app &app = g_appmngr_app[i];
         apps.push_back({{"id", app.id}, {"visible", app.visible}, {"name", fieldText(app.name)}});
     }
@@ -72,7 +72,7 @@ int runApps()
 Json typesAsJson()
 {
     Json types = Json::array();
-    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
         const appmngr_appType &type = g_appmngr_appDb.type[i];
         types.push_back({{"id", type.id},
                          {"name", fieldText(type.name)},
@@ -95,7 +95,7 @@ int runTypes()
 Json rulesAsJson(const appmngr_app &app)
 {
     Json rules = Json::array();
-    for (uint32_t i = 0; i < g_appmngr_appDb.ruleCount; ++i) {
+    for (uint32_t i = 0; i < g_appmngr_appDb.ruleCount; i++) {
         if (g_appmngr_appDb.rule[i].appId == app.id) {
             rules.push_back(toJson(g_appmngr_appDb.rule[i]));
         }

@@ -40,8 +40,6 @@ struct Builder {
 };
 } // namespace
 
-/* ---- Faults -------------------------------------------------------------------------------- */
-
 XMLP_COLD static int textFault(Builder *builder, const char *function, int line,
                                const char *message, const char *at)
 {
@@ -76,8 +74,6 @@ static int outOfStrings(Builder *builder, int dynamicLine)
     return builder->store.isStatic ? outOfMemory(builder, "xmlp_parse", 1509)
                                    : outOfMemory(builder, "_getNameAttr", dynamicLine);
 }
-
-/* ---- Nodes --------------------------------------------------------------------------------- */
 
 // Up to this many attribute names of a tag are compared pair by pair as they come. If there are
 // more, all are compared at the end, by sorting them.
@@ -227,8 +223,6 @@ static inline void buildValue(Builder *builder, const Open *element, const char 
     }
 }
 
-/* ---- Elements ------------------------------------------------------------------------------ */
-
 __attribute__((noinline)) static int growOpen(Builder *builder)
 {
     const size_t capacity = builder->capacity == 0 ? 64 : 2 * builder->capacity;
@@ -293,8 +287,6 @@ static inline int endElement(Builder *builder, const char *name, const char *clo
     builder->depth--;
     return 0;
 }
-
-/* ---- The document -------------------------------------------------------------------------- */
 
 // The top element, from its start tag to its end tag. 0 or -1.
 static int readTop(Builder *builder, XmlpBracketCursor *cursor)

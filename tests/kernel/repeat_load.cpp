@@ -35,13 +35,13 @@ int main(int, char **argv)
 
     static char text[4096]; // that is printed
     FILE *const results = stdout;
-    stdout = stderr = fmemopen(text, sizeof text, "w");
+    stdout = stderr = fmemopen(text, sizeof(text), "w");
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::set<std::string> met;
     int status = 0;
-    for (size_t done = 0; done < loads || met.size() < outputs; ++done) {
+    for (size_t done = 0; done < loads || met.size() < outputs; done++) {
         std::rewind(stdout);
-        std::memset(text, 0, sizeof text);
+        std::memset(text, 0, sizeof(text));
         const auto before = resources();
         load();
         const size_t length = std::strlen(text);
