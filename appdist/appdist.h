@@ -15,8 +15,6 @@
 extern "C" {
 #endif
 
-/* ---- Errors ---------------------------------------------------------------------------- */
-
 enum {
     APPDIST_ERR_UNKNOWN = 0,
     APPDIST_ERR_IMPLEMENTATION = 1,
@@ -51,8 +49,6 @@ const char *appdist_last_error_text(void);
  * that are not set; a null prefix reads "ERROR". Returns what writing the newline returned.
  */
 int appdist_print_error(const char *prefix);
-
-/* ---- Channel --------------------------------------------------------------------------- */
 
 /* One open channel, 32 bytes. */
 typedef struct appdist_handle {
@@ -98,8 +94,6 @@ int32_t appdist_message_error(const void *buffer);
 
 /* Accepts a handle and further arguments, ignores them and returns 1. */
 int appdist_configure(appdist_handle *handle, ...);
-
-/* ---- Messages -------------------------------------------------------------------------- */
 
 /*
  * The head of a message to the classifier, which is one netlink datagram. Integers are in host byte

@@ -13,8 +13,6 @@
 extern "C" {
 #endif
 
-/* ---- Result codes ---------------------------------------------------------------------- */
-
 enum {
     APPMNGR_SUCCESS = 0,
     APPMNGR_ERR_FAILED = -9000,
@@ -45,16 +43,12 @@ enum {
 /* Returns the name of a result code, "ERROR NOT IN LIST" for a number that has none. */
 const char *appmngr_errToStr(int16_t code);
 
-/* ---- Diagnostics ----------------------------------------------------------------------- */
-
 /* Prints "[Error](function) line: " and the message on standard output. */
 void appmngr_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
 /* The same for the calling function; line is part of the message. */
 #define APPMNGR_ERROR(line, ...) appmngr_report(__func__, line, __VA_ARGS__)
-
-/* ---- Records --------------------------------------------------------------------------- */
 
 /* Payload signature of one direction, 288 bytes. The kernel module interprets it. */
 typedef struct appmngr_feature {
@@ -106,8 +100,6 @@ typedef struct appmngr_appType {
 typedef struct appmngr_desc {
     unsigned char content[7044];
 } appmngr_desc;
-
-/* ---- Tables ---------------------------------------------------------------------------- */
 
 /*
  * Header of the application database, which owns the arrays. After a load that found too little
@@ -190,8 +182,6 @@ int appmngr_dbReInit(void);
 /* Return the first application or type with this id, or null. */
 appmngr_app *appmngr_getAppById(uint32_t id);
 appmngr_appType *_appmngr_getAppTypeBydId(uint32_t id);
-
-/* ---- Working buffers of a load --------------------------------------------------------- */
 
 /* Bytes of the file that one image may take, and the size of the read buffer. */
 #define APPMNGR_IMAGE_SIZE 65536u

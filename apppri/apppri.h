@@ -32,8 +32,6 @@
 extern "C" {
 #endif
 
-/* ---- Model ----------------------------------------------------------------------------- */
-
 /* Size of the names below, in bytes. A name that fills it has no terminator. */
 #define APPPRI_NAME_SIZE 32
 
@@ -90,8 +88,6 @@ apppri_sort *apppri_nextSort(const apppri_sort *sort);
 apppri_app *apppri_firstApp(const apppri_sort *sort);
 apppri_app *apppri_nextApp(const apppri_sort *sort, const apppri_app *app);
 
-/* ---- Profile --------------------------------------------------------------------------- */
-
 /* Sizes that belong to the product. */
 typedef struct apppri_profile {
     uint32_t reserved1;  /* 1 */
@@ -105,8 +101,6 @@ extern apppri_profile g_apppri_profile;
 
 /* Prints its own name and resets the profile to its initial values. Returns 0. */
 int appprio_readParaFromProfile(void);
-
-/* ---- Loading --------------------------------------------------------------------------- */
 
 /*
  * Runs a complete load: drops an earlier model, loads the database from the file that
@@ -155,8 +149,6 @@ int apppri_detectBom(const char *text, uint32_t length);
  */
 int apppri_parseThroughXML(const char *prefix, const XmlpNode *node);
 
-/* ---- Parsing --------------------------------------------------------------------------- */
-
 /* Reads node, which must be AppSortDB, and its later siblings. */
 int apppri_db_parseAll(const XmlpNode *node);
 
@@ -178,8 +170,6 @@ int apppri_db_parseAppList(const XmlpNode *node, apppri_sort *sort, uint32_t *ap
 /* Reads an app. Its appName element appends it to the list of sort; without one it is dropped. */
 int apppri_db_parseApp(const XmlpNode *node, apppri_sort *sort);
 
-/* ---- Priority map ---------------------------------------------------------------------- */
-
 /* The map during an upload, mapSize bytes; null otherwise. */
 extern unsigned char *g_appPriTbl;
 
@@ -198,8 +188,6 @@ int apppri_initPrimapWithSort(void *map, uint32_t sortId, int32_t prio);
 
 /* Builds the map of the whole model and sends it to the kernel as message 20. */
 int apppri_sendMsgToKernel(void);
-
-/* ---- Lookups, listing, diagnostics ---------------------------------------------------- */
 
 /* Returns the id of the first application whose name contains needle, case-sensitively, or -1. */
 int32_t apppri_getAppIdByName(const char *needle);

@@ -15,8 +15,8 @@
 namespace check
 {
 
-/* Whether a text begins as an XML document does: with a BOM or with a tag. */
-bool looksLikeXml(const std::string &text);
+/* Whether a file begins as an XML document does: with a BOM or with a tag. */
+bool looksLikeXml(const std::string &file);
 
 /* The ids of the applications of a database, when its text could be read. */
 using AppIds = std::optional<std::set<uint32_t>>;

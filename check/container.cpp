@@ -7,9 +7,7 @@
 #include "dbimage/dbimage.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cstdint>
-#include <cstdio>
 
 namespace check
 {
@@ -112,17 +110,13 @@ private:
 
     void checkHeader(const dbimage_fileHeader &header, const Database &database)
     {
-        char version[sizeof("255.255.255")];
+        const std::string version = versionText(header);
         char accepted[8];
-        snprintf(version, sizeof(version), "%u.%u.%u", header.version[0], header.version[1],
-                 header.version[2]);
-        if (database.hasSeries && !appmngr_checkVersion(version, accepted)) {
+        if (database.hasSeries && !appmngr_checkVersion(version.c_str(), accepted)) {
             report(Check::FileVersion, subject_ + " has version " + version + ", not 1.2.x");
         }
         if (!dbimage_isKnownMagic(&header)) {
-            char magic[16];
-            snprintf(magic, sizeof(magic), "0x%08x", ntohl(header.magic));
-            report(Check::FileMagic, subject_ + " has the magic " + magic);
+            report(Check::FileMagic, subject_ + " has the magic " + magicText(header));
         }
         if (header.reserved != 0) {
             report(Check::FileReserved, "the reserved word of " + subject_ + " is not 0");

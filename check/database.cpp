@@ -14,14 +14,18 @@
 namespace check
 {
 
+static void freeBuffers()
+{
+    appmngr_file_free();
+}
+
 const Database databases[] = {
     {"application database", "AppDB", g_appmngr_settings.imageOffset,
      g_appmngr_settings.xmlBufSize - 1, DBIMAGE_TYPE_APP, true, appmngr_file_alloc,
-     &g_appmngr_xmlBuf, appmngr_analyzeDbFile, [] { appmngr_file_free(); },
-     [] { appmngr_dbReInit(); }},
+     &g_appmngr_xmlBuf, appmngr_analyzeDbFile, freeBuffers, appmngr_dbReInit},
     {"priority database", "AppSortDB", APPPRI_IMAGE_OFFSET, g_apppri_profile.bufSize - 1,
      DBIMAGE_TYPE_PRIORITY, false, apppri_DBResAlloc, &apppri_db.xmlBuf, apppri_analyzeDBFile,
-     apppri_DBResFree, [] { apppri_DBReInit(); }},
+     apppri_DBResFree, apppri_DBReInit},
 };
 const Database &applicationDatabase = databases[0];
 const Database &priorityDatabase = databases[1];

@@ -42,7 +42,7 @@ struct Database {
     char **textBuffer;
     int (*analyze)();
     void (*freeBuffers)();
-    void (*clear)(); /* releases what an earlier load filled */
+    int (*clear)(); /* releases what an earlier load filled */
 };
 
 extern const Database databases[2];
@@ -72,7 +72,7 @@ std::string packDatabase(const InputFile &text, const Database &database);
  * Returns the text that a database of an image file holds. Throws Failure when there is none or
  * when it is damaged, however much the device would make of it.
  */
-std::string unpackDatabase(const InputFile &image, const Database &database);
+std::string unpackDatabase(const InputFile &file, const Database &database);
 
 } // namespace check
 

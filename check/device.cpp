@@ -4,10 +4,10 @@
 
 #include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
-#include "dbimage/dbimage.h"
 #include "loader/loader.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -112,6 +112,19 @@ Run runUpdate(const std::string &container)
         const size_t length = std::min<size_t>(container.size(), INT32_MAX);
         return appmngr_db_writeFromDatabase(container.data(), static_cast<int32_t>(length));
     });
+}
+
+std::string versionText(const dbimage_fileHeader &header)
+{
+    return std::to_string(header.version[0]) + "." + std::to_string(header.version[1]) + "." +
+           std::to_string(header.version[2]);
+}
+
+std::string magicText(const dbimage_fileHeader &header)
+{
+    char text[11];
+    snprintf(text, sizeof(text), "0x%08x", ntohl(header.magic));
+    return text;
 }
 
 std::string firstDiagnostic(const Run &run)

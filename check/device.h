@@ -5,6 +5,7 @@
 #define CHECK_DEVICE_H
 
 #include "check/database.h"
+#include "dbimage/dbimage.h"
 
 #include <functional>
 #include <string>
@@ -44,6 +45,10 @@ Run runLoad(const Database &database, const std::string &text);
 
 /* Takes a whole update container apart. */
 Run runUpdate(const std::string &container);
+
+/* What the header of a decrypted database file says: "1.2.3", "0x04000001". */
+std::string versionText(const dbimage_fileHeader &header);
+std::string magicText(const dbimage_fileHeader &header);
 
 /* The first diagnostic line of a run, without its line end; empty when there is none. */
 std::string firstDiagnostic(const Run &run);

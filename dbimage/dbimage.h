@@ -88,8 +88,6 @@ typedef struct dbimage_fault {
     const char *message;
 } dbimage_fault;
 
-/* ---- Container ------------------------------------------------------------------------- */
-
 /*
  * Checks the container of len bytes at data and prepares a database image from each of its files
  * in order, up to the first failure. Returns 0 or a code of appmngr/appmngr_model.h:
@@ -107,8 +105,6 @@ const dbimage_fault *dbimage_listFiles(const void *data, uint32_t len, dbimage_f
 
 /* Returns 1 if the digest of the container of len bytes, at least 17, at data is right, else 0. */
 int dbimage_verifyDigest(const void *data, uint32_t len);
-
-/* ---- Database files -------------------------------------------------------------------- */
 
 /* Returns the header of the file at data, decrypted by appmngr_decrypt. */
 dbimage_fileHeader dbimage_readHeader(const void *data);
@@ -147,8 +143,6 @@ int apppri_writeApppriDbFromDatabase(uint32_t type, uint32_t size, const void *d
  */
 int appmngr_checkVersion(const char *version, char *out);
 
-/* ---- Encryption ------------------------------------------------------------------------ */
-
 /* The key of the database files, 8 bytes; parity bits are ignored. */
 extern const unsigned char g_appmngr_databaseKey[8];
 
@@ -171,8 +165,6 @@ int appmngr_decrypt(void *dst, uint32_t *pDstLen, const void *src, uint32_t srcL
  */
 int wexal_des_min_do(const void *src, int32_t srcLen, void *dst, int32_t dstLen, const void *key,
                      int encrypt);
-
-/* ---- Digest and sealing ---------------------------------------------------------------- */
 
 /* Writes the 16-byte MD5 of len bytes at data to digest. */
 void md5_digest(void *digest, const void *data, uint32_t len);

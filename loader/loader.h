@@ -16,8 +16,6 @@
 extern "C" {
 #endif
 
-/* ---- Image reader ---------------------------------------------------------------------- */
-
 /* Remembers path, which must outlive the load, as the database file and tries to open it. */
 int appmngr_checkDbPath(const char *path);
 
@@ -54,8 +52,6 @@ void appmngr_unpackImage(char *text, uint32_t *textLen, const unsigned char *ima
 
 /* Reads the application database image and decompresses it into the XML text buffer. */
 int _appmngr_readAppDb(void);
-
-/* ---- Load ------------------------------------------------------------------------------ */
 
 /*
  * Clears the tables, reads the image, fills the tables and sends them. The tables stay filled.

@@ -298,6 +298,9 @@ TEST(AppMngr, ReadsTextAndNumbers)
     EXPECT_EQ(appmngr_getNodeString(&node, escaped, 2), 0);
     EXPECT_STREQ(escaped, "a");
     EXPECT_EQ(memcmp(value, "ab\0\0", 4), 0);
+    node.valueSize = 0;
+    EXPECT_EQ(appmngr_getNodeString(&node, escaped, 2), 0);
+    EXPECT_STREQ(escaped, "");
 
     char word[] = "kept", *save = nullptr;
     EXPECT_EQ(appmngr_string_token(nullptr, " ", &save), nullptr);

@@ -137,7 +137,7 @@ TEST(Check, FindsWhatIsListed)
 {
     std::string found;
     expectListed("findings.txt", [&](const std::string &input) {
-        const std::string findings = findingsIn(reportOn(fileOf(input)));
+        std::string findings = findingsIn(reportOn(fileOf(input)));
         found += "\n" + input + findings;
         return findings;
     });

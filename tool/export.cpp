@@ -21,7 +21,7 @@ namespace
 
 struct {
     std::string image;
-    std::string folder = ".";
+    std::string folder; // may be empty
 } arguments;
 
 void declare(CLI::App &parser)
@@ -54,7 +54,8 @@ int run()
 {
     const InputFile image = readFile(arguments.image);
     check::loadApplicationTables(image);
-    writeFile(arguments.folder + "/database.json", rulesAsJson(image.name));
+    const std::string folder = arguments.folder.empty() ? "." : arguments.folder;
+    writeFile(folder + "/database.json", rulesAsJson(image.name));
     return 0;
 }
 

@@ -12,6 +12,7 @@
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -33,94 +34,69 @@ void declare(CLI::App &parser)
     addJson(parser, arguments.json);
 }
 
-// The database in files of a type; null for a type that devices ignore.
-const check::Database *databaseOf(uint32_t type)
-{
-    const auto *const found =
-        std::find_if(std::begin(check::databases), std::end(check::databases),
-                     [type](const check::Database &database) { return database.fileType == type; });
-    return found != std::end(check::databases) ? found : nullptr;
-}
-
-std::string typeName(uint32_t type)
-{
-    const check::Database *database = databaseOf(type);
-    return database != nullptr ? database->name : "type " + std::to_string(type);
-}
-
-// What the header of an encrypted file says; false when the file cannot be decrypted.
-bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
-{
-    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
-    std::string plain(DBIMAGE_CONTAINER_MAX, '\0');
-    uint32_t length = DBIMAGE_CONTAINER_MAX;
-    const bool decrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
-    header = dbimage_readHeader(plain.data());
-    return decrypted;
-}
-
 // What there is to say of a file of a container.
 struct ListedFile {
     uint32_t type;
     uint32_t size;
-    bool known; // not ignored
-    bool decrypted;
-    dbimage_fileHeader header; // of a decrypted one
+    const check::Database *database;          // null for a type that devices ignore
+    std::optional<dbimage_fileHeader> header; // null when the file cannot be decrypted
 };
 
-std::string versionText(const dbimage_fileHeader &header)
+std::string typeName(const ListedFile &file)
 {
-    return std::to_string(header.version[0]) + "." + std::to_string(header.version[1]) + "." +
-           std::to_string(header.version[2]);
-}
-
-std::string magicText(const dbimage_fileHeader &header)
-{
-    char text[11];
-    snprintf(text, sizeof(text), "0x%08x", ntohl(header.magic));
-    return text;
+    return file.database != nullptr ? file.database->name : "type " + std::to_string(file.type);
 }
 
 std::string describe(const ListedFile &file)
 {
-    if (!file.decrypted) {
+    if (!file.header) {
         return std::to_string(file.size) +
-               (file.known ? " bytes, cannot be decrypted" : " bytes, ignored");
+               (file.database != nullptr ? " bytes, cannot be decrypted" : " bytes, ignored");
     }
-    return "version " + versionText(file.header) + ", length " +
-           std::to_string(ntohl(file.header.length)) + ", magic " + magicText(file.header);
+    return "version " + check::versionText(*file.header) + ", length " +
+           std::to_string(ntohl(file.header->length)) + ", magic " + check::magicText(*file.header);
 }
 
 Json toJson(const ListedFile &file)
 {
-    Json json = {{"type", file.type}, {"size", file.size}, {"ignored", !file.known}};
-    if (file.decrypted) {
-        json["version"] = versionText(file.header);
-        json["length"] = ntohl(file.header.length);
-        json["magic"] = magicText(file.header);
+    Json json = {{"type", file.type}, {"size", file.size}, {"ignored", file.database == nullptr}};
+    if (file.header) {
+        json["version"] = check::versionText(*file.header);
+        json["length"] = ntohl(file.header->length);
+        json["magic"] = check::magicText(*file.header);
     }
     return json;
 }
 
-// The files of a container; none when its file table is broken.
+ListedFile listFile(const dbimage_file &file)
+{
+    ListedFile listed = {file.type, file.size, nullptr, {}};
+    for (const check::Database &database : check::databases) {
+        if (database.fileType == file.type) {
+            const check::RedirectedDiagnostics redirection(STDERR_FILENO);
+            std::string plain(DBIMAGE_CONTAINER_MAX, '\0');
+            uint32_t length = DBIMAGE_CONTAINER_MAX;
+            listed.database = &database;
+            if (appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0) {
+                listed.header = dbimage_readHeader(plain.data());
+            }
+        }
+    }
+    return listed;
+}
+
+// The files of a container; none when its digest or its file table is wrong.
 std::vector<ListedFile> listFiles(const std::string &container)
 {
-    std::vector<ListedFile> files;
+    const auto size = static_cast<uint32_t>(container.size());
     dbimage_fileTable table = {};
     if (container.size() < sizeof(dbimage_containerHead) ||
-        container.size() > DBIMAGE_CONTAINER_MAX ||
-        !dbimage_verifyDigest(container.data(), static_cast<uint32_t>(container.size())) ||
-        dbimage_listFiles(container.data(), static_cast<uint32_t>(container.size()), &table) !=
-            nullptr) {
-        return files;
+        container.size() > DBIMAGE_CONTAINER_MAX || !dbimage_verifyDigest(container.data(), size) ||
+        dbimage_listFiles(container.data(), size, &table) != nullptr) {
+        return {};
     }
-    for (uint32_t i = 0; i < table.count; i++) {
-        const dbimage_file &file = table.file[i];
-        ListedFile listed = {file.type, file.size, false, false, {}};
-        listed.known = databaseOf(file.type) != nullptr;
-        listed.decrypted = listed.known && readHeader(file, listed.header);
-        files.push_back(listed);
-    }
+    std::vector<ListedFile> files(table.count);
+    std::transform(table.file, table.file + table.count, files.begin(), listFile);
     return files;
 }
 
@@ -128,7 +104,7 @@ void print(const std::vector<ListedFile> &files, const std::string &result)
 {
     std::string lines;
     for (size_t i = 0; i < files.size(); i++) {
-        lines += "file " + std::to_string(i) + ": " + typeName(files[i].type) + ", " +
+        lines += "file " + std::to_string(i) + ": " + typeName(files[i]) + ", " +
                  describe(files[i]) + "\n";
     }
     writeStandardOutput(lines + "result: " + result + "\n");

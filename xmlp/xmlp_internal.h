@@ -11,8 +11,6 @@
 #pragma GCC visibility push(hidden)
 extern "C" {
 
-/* ---- Diagnostics ----------------------------------------------------------------------- */
-
 void _xmlp_report(const char *function, int line, const char *format, ...)
     __attribute__((format(printf, 3, 4)));
 
@@ -27,8 +25,6 @@ void _xmlp_reportOften(size_t times, const char *function, int line, const char 
 
 /* Code that only rejected texts run: small rather than fast. */
 #define XMLP_COLD __attribute__((cold))
-
-/* ---- Bytes ----------------------------------------------------------------------------- */
 
 /* What a byte may be part of. */
 constexpr unsigned XMLP_BLANK = 1;      /* blank, tab, LF, CR */
@@ -61,8 +57,6 @@ const char *_badEntity(const char *text, size_t length);
 /* The length of an escaped text; xmlp_transStrLen gives the lowest 32 bits of it. */
 uint64_t _escapedLen(const char *text, uint32_t length);
 
-/* ---- Document -------------------------------------------------------------------------- */
-
 /* Where a lock on the document would go; they only check the handle. */
 int _initLock(XmlpDoc *doc);
 void _lock(XmlpDoc *doc);
@@ -87,8 +81,6 @@ int _hasChildName(const XmlpNode *parent, const char *name);
 /* 1 if some attribute's name begins with the length bytes at name: "ab" matches a stored "abc". */
 int _hasAttrName(const XmlpAttr *attrs, const char *name, uint32_t length);
 
-/* ---- Parser: faults -------------------------------------------------------------------- */
-
 /* What is wrong with a text, and where. */
 struct XmlpFinding {
     const char *function; /* that reports it */
@@ -105,8 +97,6 @@ struct XmlpRejection {
     int topLine;         /* of _checkXml for the top element; 0 for none */
 };
 
-/* ---- Parser: tags ---------------------------------------------------------------------- */
-
 /* A run of bytes of the text, without terminator. */
 struct XmlpSlice {
     const char *bytes;
@@ -122,8 +112,6 @@ int _checkNameAttr(const char *tag, char terminator, XmlpFinding *fault);
  */
 int _checkEndTag(const char *open, const char *name, const char *close, XmlpFinding *fault);
 
-/* ---- Parser: tree building ------------------------------------------------------------- */
-
 /*
  * Checks the text from text to end, which is what follows the declaration, and builds its tree.
  * Returns the document node, or null with *rejection filled in. The locations, null when nobody
@@ -131,8 +119,6 @@ int _checkEndTag(const char *open, const char *name, const char *close, XmlpFind
  */
 XmlpNode *_buildTree(const char *text, const char *end, uint32_t isStatic, const char *origin,
                      XmlpLocationList *locations, XmlpRejection *rejection);
-
-/* ---- Path-addressed operations --------------------------------------------------------- */
 
 /*
  * What differs between operations: the name and lines that they report, the node types that they
@@ -175,8 +161,6 @@ int _checkOrder(const uint32_t *pos, uint32_t count);
 
 /* Returns a new node, without name and type, with copies of the item's value and attributes. */
 XmlpNode *_item2Node(const XmlpItem *item);
-
-/* ---- Serializer ------------------------------------------------------------------------ */
 
 /* Length of the text of an attribute list, and of an element's own tags, attributes and value. */
 uint64_t _attrsLen(const XmlpAttr *attr);
