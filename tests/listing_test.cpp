@@ -31,7 +31,8 @@ TEST(Listing, PrintsTheTables)
 {
     const std::map<std::string, void (*)()> listings = {
         {"appmngr_showDb", [] { EXPECT_EQ(appmngr_showDb(), 0); }},
-        {"appmngr_showAppRules of application -1", [] { EXPECT_EQ(appmngr_showAppRules(-1), 0); }},
+        {"appmngr_showAppRules of application -1",
+         [] { EXPECT_EQ(appmngr_showAppRules(UINT32_MAX), 0); }},
         {"appmngr_showAppRules of application 8", [] { EXPECT_EQ(appmngr_showAppRules(8), 0); }},
         {"appmngr_showAppTypes", [] { appmngr_showAppTypes(); }},
         {"appmngr_showApps", [] { appmngr_showApps(); }},
