@@ -68,7 +68,10 @@ public:
         }
         for (uint32_t i = 0; i < table.count; i++) {
             subject_ = "file " + std::to_string(i);
-            checkFile(table.file[i]);
+            const Database *const database = databaseOfType(table.file[i].type);
+            if (database != nullptr) {
+                checkDatabase(table.file[i], *database);
+            }
         }
         reportUnexplained();
     }
@@ -77,15 +80,6 @@ private:
     void report(Check check, const std::string &message)
     {
         source_.add(check, 0, message);
-    }
-
-    void checkFile(const dbimage_file &file)
-    {
-        for (const Database &database : databases) {
-            if (file.type == database.fileType) {
-                checkDatabase(file, database);
-            }
-        }
     }
 
     void checkDatabase(const dbimage_file &file, const Database &database)

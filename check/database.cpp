@@ -116,6 +116,14 @@ uint32_t bigEndian32(std::string_view bytes)
 
 } // namespace
 
+const Database *databaseOfType(uint32_t type)
+{
+    const auto *const found =
+        std::find_if(std::begin(databases), std::end(databases),
+                     [type](const Database &database) { return database.fileType == type; });
+    return found != std::end(databases) ? found : nullptr;
+}
+
 std::string packDatabase(const InputFile &text, const Database &database)
 {
     const std::string name = database.name;

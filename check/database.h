@@ -49,6 +49,9 @@ extern const Database databases[2];
 extern const Database &applicationDatabase;
 extern const Database &priorityDatabase;
 
+/* The database in files of this type in an update container; null if devices ignore them. */
+const Database *databaseOfType(uint32_t type);
+
 /* The image of one database in an image file. */
 struct Image {
     uint64_t length;  /* that it announces for itself, its length field included */
