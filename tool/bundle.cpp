@@ -101,11 +101,7 @@ std::string checkVersion(const std::string &version)
 
 void declare(CLI::App &parser)
 {
-    parser
-        .add_option("-o,--output", arguments.container,
-                    "Container file to write, - for standard output")
-        ->required()
-        ->type_name("CONTAINER");
+    addOutput(parser, "CONTAINER", arguments.container, "Container file");
     parser.add_option("--version", arguments.version, "Version of the databases, 1.2.N")
         ->required()
         ->type_name("1.2.N")

@@ -1,7 +1,6 @@
 /*
- * The subcommands of tarn-db-tool. Each is a row: what --help says of it, what it takes on the
- * command line, and what it does. It is defined in the file that is named after it or after its
- * kind.
+ * The subcommands of tarn-db-tool. Each is defined in the file named after it, with its options;
+ * pack.cpp has unpack too, seal.cpp unseal, and listings.cpp show, apps, types and rules.
  */
 #ifndef TOOL_COMMANDS_H
 #define TOOL_COMMANDS_H
@@ -18,11 +17,13 @@ struct Command {
     const char *name;
     const char *summary; /* one line, without a full stop */
 
-    /* Adds the options to the parser of the subcommand, to be stored where run finds them. */
+    /* Adds the options, which are stored where run finds them, to the subcommand's parser. */
     void (*declare)(CLI::App &parser);
 
-    /* Returns the exit status, or throws check::Failure for status 1. */
+    /* Returns the exit status, or throws check::Failure. */
     int (*run)();
+
+    int failed = 1; /* the exit status when run throws */
 };
 
 extern const Command apps;

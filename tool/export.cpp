@@ -21,7 +21,7 @@ namespace
 
 struct {
     std::string image;
-    std::string folder; // may be empty
+    std::string folder; // empty for the current one
 } arguments;
 
 void declare(CLI::App &parser)

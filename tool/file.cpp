@@ -1,4 +1,4 @@
-// Whole files in, whole files out.
+// Reading and writing whole files.
 
 #include "tool/file.h"
 
@@ -47,16 +47,15 @@ void writeAll(int descriptor, const std::string &contents, const std::string &na
     size_t done = 0;
     while (done < contents.size()) {
         const ssize_t count = write(descriptor, contents.data() + done, contents.size() - done);
-        if (count < 0 && errno != EINTR) {
-            throw systemFailure(name);
-        }
-        if (count > 0) {
+        if (count >= 0) {
             done += static_cast<size_t>(count);
+        } else if (errno != EINTR) {
+            throw systemFailure(name);
         }
     }
 }
 
-// A file beside the one it is going to replace; removed unless it came to that.
+// A temporary file next to the one that it is to replace; deleted if it never does.
 class ReplacementFile
 {
 public:
@@ -101,15 +100,6 @@ private:
     int descriptor_;
 };
 
-void writeInPlace(const std::string &path, const std::string &contents)
-{
-    const Stream stream(fopen(path.c_str(), "wb"), fclose);
-    if (!stream) {
-        throw systemFailure(path);
-    }
-    writeAll(fileno(stream.get()), contents, path);
-}
-
 mode_t newFileMode()
 {
     const mode_t mask = umask(0);
@@ -149,11 +139,15 @@ void writeFile(const std::string &path, const std::string &contents)
         return;
     }
     struct stat status = {};
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        writeInPlace(path, contents);
+    if (stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) {
+        writeFiles({{path, contents}});
         return;
     }
-    writeFiles({{path, contents}});
+    const Stream stream(fopen(path.c_str(), "wb"), fclose);
+    if (!stream) {
+        throw systemFailure(path);
+    }
+    writeAll(fileno(stream.get()), contents, path);
 }
 
 void writeFiles(const std::vector<OutputFile> &files)

@@ -1,5 +1,5 @@
 /*
- * Whole files in, whole files out.
+ * Reading and writing whole files; output.
  */
 #ifndef TOOL_FILE_H
 #define TOOL_FILE_H
@@ -17,13 +17,13 @@ using check::InputFile;
 using check::Json;
 using check::jsonText;
 
-/* Reads a file, standard input for the path "-". Throws Failure. */
+/* Reads a file, or standard input for the path "-". Throws Failure. */
 InputFile readFile(const std::string &path);
 
 /*
- * Makes contents the content of the file at path, or leaves the file as it was and throws
- * Failure. What is no regular file, a device or a pipe, is written to in place; the path "-" is
- * standard output.
+ * Replaces the file at path as a whole; if that fails, it stays as it was. A file that is not
+ * regular, such as a device or a pipe, is written in place; the path "-" is standard output. Throws
+ * Failure.
  */
 void writeFile(const std::string &path, const std::string &contents);
 
@@ -32,12 +32,12 @@ struct OutputFile {
     std::string contents;
 };
 
-/* The same for several regular files: when one cannot be written, all are left as they were. */
+/* Replaces several regular files; if one cannot be written, all stay as they were. */
 void writeFiles(const std::vector<OutputFile> &files);
 
-/* Write to standard output; throw Failure when not everything could be written. */
+/* Write to standard output. Throw Failure if not everything could be written. */
 void writeStandardOutput(const std::string &contents);
-void printJson(const Json &document); /* indented, with a line end */
+void printJson(const Json &document); /* indented */
 
 } // namespace tool
 

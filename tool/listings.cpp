@@ -48,6 +48,17 @@ int runShow()
     return 0;
 }
 
+int list(void (*show)(), Json (*asJson)())
+{
+    check::loadApplicationTables(readFile(arguments.image));
+    if (arguments.json) {
+        printJson(asJson());
+    } else {
+        show();
+    }
+    return 0;
+}
+
 Json appsAsJson()
 {
     Json apps = Json::array();
@@ -60,13 +71,7 @@ Json appsAsJson()
 
 int runApps()
 {
-    check::loadApplicationTables(readFile(arguments.image));
-    if (arguments.json) {
-        printJson(appsAsJson());
-    } else {
-        appmngr_showApps();
-    }
-    return 0;
+    return list(appmngr_showApps, appsAsJson);
 }
 
 Json typesAsJson()
@@ -83,13 +88,7 @@ Json typesAsJson()
 
 int runTypes()
 {
-    check::loadApplicationTables(readFile(arguments.image));
-    if (arguments.json) {
-        printJson(typesAsJson());
-    } else {
-        appmngr_showAppTypes();
-    }
-    return 0;
+    return list(appmngr_showAppTypes, typesAsJson);
 }
 
 Json rulesAsJson(const appmngr_app &app)

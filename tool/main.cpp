@@ -1,4 +1,4 @@
-// tarn-db-tool - the companion of tarn-db-loader for those who make databases: the table of its
+// tarn-db-tool - the companion of tarn-db-loader for database authors: the table of its
 // subcommands, and its errors.
 
 #include "tool/commands.h"
@@ -15,7 +15,6 @@
 namespace
 {
 
-constexpr int failed = 1;
 constexpr int wrongCommandLine = 2;
 
 // In the order in which --help lists them.
@@ -26,8 +25,8 @@ const tool::Command *const commands[] = {
     &tool::bundle, &tool::verify,   &tool::messages, &tool::diff,
 };
 
-// So that no file becomes one of them. Those that the program was started without fail when they
-// are used, but for standard error. Returns whether all are open.
+// Opens the standard streams that the program was started without, so that no file becomes one of
+// them. Using such a stream fails, except for standard error. Returns whether all are open.
 bool openStandardStreams()
 {
     bool areOpen = true;
@@ -44,7 +43,8 @@ std::string usageMessage(const CLI::App *, const CLI::Error &error)
            "\nRun tarn-db-tool --help for more information.\n";
 }
 
-int runTool(int argc, char **argv)
+// Leaves the exit status for an exception in failed.
+int runTool(int argc, char **argv, int &failed)
 {
     CLI::App parser("Makes and inspects database images for tarn-db-loader", "tarn-db-tool");
     parser.set_version_flag("--version", "tarn-db-tool " TARN_VERSION, "Print the version");
@@ -55,14 +55,17 @@ int runTool(int argc, char **argv)
     for (const tool::Command *command : commands) {
         CLI::App *const subcommand = parser.add_subcommand(command->name, command->summary);
         command->declare(*subcommand);
-        subcommand->final_callback([&status, command] { status = command->run(); });
+        subcommand->final_callback([&, command] {
+            failed = command->failed;
+            status = command->run();
+        });
     }
     try {
         parser.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         status = parser.exit(error) == 0 ? 0 : wrongCommandLine;
     }
-    tool::writeStandardOutput("");
+    tool::writeStandardOutput(""); // what was printed may not have been written yet
     return status;
 }
 
@@ -70,8 +73,9 @@ int runTool(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    int failed = 1;
     try {
-        return openStandardStreams() ? runTool(argc, argv) : failed;
+        return openStandardStreams() ? runTool(argc, argv, failed) : failed;
     } catch (const std::exception &error) {
         fprintf(stderr, "tarn-db-tool: %s\n", error.what());
         return failed;

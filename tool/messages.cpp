@@ -33,50 +33,41 @@ void declare(CLI::App &parser)
 {
     addImage(parser, arguments.image);
     parser.add_flag("--priority", arguments.priority,
-                    "The message of the priority database instead");
+                    "Show the message of the priority database instead");
     addJson(parser, arguments.json);
     parser
         .add_option("--raw", arguments.folder,
-                    "Directory to write the messages to as they are, one file each")
+                    "Directory to write the raw messages to, one file each")
         ->type_name("DIR")
         ->excludes("--json");
 }
 
 using Message = std::unique_ptr<appdist_message, decltype(&free)>;
 
-// Not opened: its port id, the process id of the loader, is 0.
-const appdist_handle channel = {};
-
-std::vector<Message> newMessages(bool priority)
+std::vector<Message> buildMessages()
 {
+    const appdist_handle channel = {}; // not open; its port id, that of the loader, is 0
+    const InputFile image = readFile(arguments.image);
     const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     std::vector<Message> messages;
     const auto add = [&messages](appdist_message *message) {
         if (message != nullptr) {
             messages.emplace_back(message, free);
         }
-        return message != nullptr;
     };
-    if (priority) {
-        const std::vector<unsigned char> map = check::priorityMap();
-        add(appdist_new_buffer(&channel, map.data(), static_cast<int32_t>(map.size())));
-    } else if (add(appdist_new_app_rules(&channel))) {
-        add(appdist_new_dns_rules(&channel)); // a load without rules does not come to them
-    }
-    return messages;
-}
-
-std::vector<Message> buildMessages()
-{
-    const InputFile image = readFile(arguments.image);
     if (arguments.priority) {
         check::loadPriorityModel(image);
+        const std::vector<unsigned char> map = check::priorityMap();
+        add(appdist_new_buffer(&channel, map.data(), static_cast<int32_t>(map.size())));
     } else {
         check::loadApplicationTables(image);
+        add(appdist_new_app_rules(&channel));
+        if (!messages.empty()) { // without rules, a load sends no keywords either
+            add(appdist_new_dns_rules(&channel));
+        }
     }
-    std::vector<Message> messages = newMessages(arguments.priority);
     if (messages.empty()) {
-        throw check::Failure(image.name, "there is nothing to send");
+        throw check::Failure(image.name, "nothing to send");
     }
     return messages;
 }
@@ -108,15 +99,15 @@ std::string recordText(const appmngr_dnsRule &rule)
     return paddedId(rule.appId) + jsonText(fieldText(rule.keyword)) + "\n";
 }
 
-// What a message says, as text and as JSON.
+// A message or its records.
 struct Decoded {
     std::string text;
-    Json json = Json::array();
+    Json json;
 };
 
 template <typename Record> Decoded decodeRecords(const appdist_message &message)
 {
-    Decoded decoded;
+    Decoded decoded = {"", Json::array()};
     const auto *bytes = reinterpret_cast<const char *>(&message + 1);
     for (uint32_t i = 0; i < message.count; i++) {
         Record record;
@@ -127,16 +118,12 @@ template <typename Record> Decoded decodeRecords(const appdist_message &message)
     return decoded;
 }
 
-// Bytes without a priority say nothing.
 Decoded decodePriorities(const appdist_message &message)
 {
-    Decoded decoded;
     const auto *map = reinterpret_cast<const unsigned char *>(&message + 1);
-    for (uint32_t appId = 0; appId < message.count; appId++) {
-        if (map[appId] != 0) {
-            decoded.text += paddedId(appId) + "priority " + std::to_string(map[appId]) + "\n";
-            decoded.json.push_back({{"appId", appId}, {"priority", map[appId]}});
-        }
+    Decoded decoded = {"", prioritiesAsJson({map, map + message.count})};
+    for (const Json &entry : decoded.json) {
+        decoded.text += paddedId(entry["appId"]) + "priority " + entry["priority"].dump() + "\n";
     }
     return decoded;
 }
@@ -163,72 +150,47 @@ const Kind &kindOf(const appdist_message &message)
     return *kind;
 }
 
-Json headAsJson(const appdist_message &message)
+Decoded decode(const appdist_message &message, const Kind &kind)
 {
     const nlmsghdr &header = message.header;
-    return {{"nlmsg_len", header.nlmsg_len},
-            {"nlmsg_type", header.nlmsg_type},
-            {"nlmsg_flags", header.nlmsg_flags},
-            {"nlmsg_seq", header.nlmsg_seq},
-            {"nlmsg_pid", header.nlmsg_pid},
-            {"op", message.op},
-            {"count", message.count},
-            {"record_size", message.record_size}};
-}
-
-std::string messageText(const appdist_message &message)
-{
-    const Kind &kind = kindOf(message);
-    std::string text = "Message " + std::to_string(kind.type) + ": " + kind.title + ", " +
-                       std::to_string(message.header.nlmsg_len) + " bytes\n ";
-    const Json head = headAsJson(message);
-    for (const auto &[name, value] : head.items()) {
-        text += " " + name + " " + value.dump();
+    const Decoded records = kind.decode(message);
+    Decoded decoded = {"Message " + std::to_string(kind.type) + ": " + kind.title + ", " +
+                           std::to_string(header.nlmsg_len) + " bytes\n ",
+                       {{"nlmsg_len", header.nlmsg_len},
+                        {"nlmsg_type", header.nlmsg_type},
+                        {"nlmsg_flags", header.nlmsg_flags},
+                        {"nlmsg_seq", header.nlmsg_seq},
+                        {"nlmsg_pid", header.nlmsg_pid},
+                        {"op", message.op},
+                        {"count", message.count},
+                        {"record_size", message.record_size}}};
+    for (const auto &[name, value] : decoded.json.items()) {
+        decoded.text += " " + name + " " + value.dump();
     }
-    return text + "\n" + kind.decode(message).text;
-}
-
-void printMessages(const std::vector<Message> &messages)
-{
-    std::string text;
-    for (const Message &message : messages) {
-        text += (text.empty() ? "" : "\n") + messageText(*message);
-    }
-    writeStandardOutput(text);
-}
-
-void printMessagesAsJson(const std::vector<Message> &messages)
-{
-    Json list = Json::array();
-    for (const Message &message : messages) {
-        Json json = headAsJson(*message);
-        json["records"] = kindOf(*message).decode(*message).json;
-        list.push_back(json);
-    }
-    printJson({{"messages", list}});
-}
-
-void writeRaw(const std::vector<Message> &messages, const std::string &folder)
-{
-    std::vector<OutputFile> files;
-    files.reserve(messages.size());
-    for (const Message &message : messages) {
-        files.push_back({folder + "/" + kindOf(*message).file,
-                         std::string(reinterpret_cast<const char *>(message.get()),
-                                     message->header.nlmsg_len)});
-    }
-    writeFiles(files);
+    decoded.text += "\n" + records.text;
+    decoded.json["records"] = records.json;
+    return decoded;
 }
 
 int run()
 {
-    const std::vector<Message> built = buildMessages();
+    std::string text;
+    Json list = Json::array();
+    std::vector<OutputFile> files;
+    for (const Message &message : buildMessages()) {
+        const Kind &kind = kindOf(*message);
+        const Decoded decoded = decode(*message, kind);
+        text += (text.empty() ? "" : "\n") + decoded.text;
+        list.push_back(decoded.json);
+        const auto *bytes = reinterpret_cast<const char *>(message.get());
+        files.push_back({arguments.folder + "/" + kind.file, {bytes, message->header.nlmsg_len}});
+    }
     if (!arguments.folder.empty()) {
-        writeRaw(built, arguments.folder);
+        writeFiles(files);
     } else if (arguments.json) {
-        printMessagesAsJson(built);
+        printJson({{"messages", list}});
     } else {
-        printMessages(built);
+        writeStandardOutput(text);
     }
     return 0;
 }

@@ -16,6 +16,14 @@ inline void addInput(CLI::App &parser, const char *name, std::string &path, cons
     parser.add_option(name, path, what + ", - for standard input")->required();
 }
 
+inline void addOutput(CLI::App &parser, const char *type, std::string &path,
+                      const std::string &what)
+{
+    parser.add_option("-o,--output", path, what + " to write, - for standard output")
+        ->required()
+        ->type_name(type);
+}
+
 inline void addImage(CLI::App &parser, std::string &path)
 {
     addInput(parser, "IMAGE", path, "Image file");
@@ -23,7 +31,7 @@ inline void addImage(CLI::App &parser, std::string &path)
 
 inline void addJson(CLI::App &parser, bool &json)
 {
-    parser.add_flag("--json", json, "As one JSON document");
+    parser.add_flag("--json", json, "Print one JSON document");
 }
 
 } // namespace tool

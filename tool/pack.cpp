@@ -28,9 +28,7 @@ struct {
 void declarePack(CLI::App &parser)
 {
     addInput(parser, "APPDB.xml", packed.application, "Application database");
-    parser.add_option("-o,--output", packed.image, "Image file to write, - for standard output")
-        ->required()
-        ->type_name("IMAGE");
+    addOutput(parser, "IMAGE", packed.image, "Image file");
     parser.add_option("--priority", packed.priority, "Priority database to pack with it")
         ->type_name("SORTDB.xml");
 }
@@ -51,7 +49,7 @@ void declareUnpack(CLI::App &parser)
 {
     addImage(parser, unpacked.image);
     parser.add_flag("--priority", unpacked.priority,
-                    "The priority database instead of the application database");
+                    "Use the priority database instead of the application database");
 }
 
 int runUnpack()

@@ -10,7 +10,6 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 namespace tool
 {
@@ -28,30 +27,8 @@ void declare(CLI::App &parser)
 {
     addImage(parser, arguments.image);
     parser.add_flag("--map", arguments.map,
-                    "Also the map that goes to the kernel: APPID: PRIORITY for each that has one");
+                    "Also list the map sent to the kernel, with lines APPID: PRIORITY");
     addJson(parser, arguments.json);
-}
-
-void printMap()
-{
-    const std::vector<unsigned char> map = check::priorityMap();
-    for (size_t appId = 0; appId < map.size(); appId++) {
-        if (map[appId] != 0) {
-            printf("%zu: %u\n", appId, unsigned{map[appId]});
-        }
-    }
-}
-
-Json mapAsJson()
-{
-    Json entries = Json::array();
-    const std::vector<unsigned char> map = check::priorityMap();
-    for (size_t appId = 0; appId < map.size(); appId++) {
-        if (map[appId] != 0) {
-            entries.push_back({{"appId", appId}, {"priority", map[appId]}});
-        }
-    }
-    return entries;
 }
 
 Json sortAsJson(const apppri_sort &sort)
@@ -70,7 +47,7 @@ Json sortAsJson(const apppri_sort &sort)
             {"applications", apps}};
 }
 
-Json databaseAsJson(bool withMap)
+Json databaseAsJson()
 {
     Json sorts = Json::array();
     for (const apppri_sort *sort = apppri_firstSort(); sort != nullptr;
@@ -81,8 +58,8 @@ Json databaseAsJson(bool withMap)
                      {"proModel", fieldText(apppri_db.proModel)},
                      {"expired", fieldText(apppri_db.expired)},
                      {"sorts", sorts}};
-    if (withMap) {
-        database["map"] = mapAsJson();
+    if (arguments.map) {
+        database["map"] = prioritiesAsJson(check::priorityMap());
     }
     return database;
 }
@@ -91,12 +68,14 @@ int run()
 {
     check::loadPriorityModel(readFile(arguments.image));
     if (arguments.json) {
-        printJson(databaseAsJson(arguments.map));
+        printJson(databaseAsJson());
         return 0;
     }
     apppri_showDB();
     if (arguments.map) {
-        printMap();
+        for (const Json &entry : prioritiesAsJson(check::priorityMap())) {
+            printf("%u: %u\n", entry["appId"].get<unsigned>(), entry["priority"].get<unsigned>());
+        }
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-// The records of the tables as texts and as JSON.
+// The records of the tables as text and as JSON.
 
 #include "tool/record.h"
 
@@ -51,6 +51,17 @@ Json toJson(const appmngr_rule &rule)
 Json toJson(const appmngr_dnsRule &rule)
 {
     return {{"appId", rule.appId}, {"keyword", fieldText(rule.keyword)}};
+}
+
+Json prioritiesAsJson(const std::vector<unsigned char> &map)
+{
+    Json priorities = Json::array();
+    for (size_t appId = 0; appId < map.size(); appId++) {
+        if (map[appId] != 0) {
+            priorities.push_back({{"appId", appId}, {"priority", map[appId]}});
+        }
+    }
+    return priorities;
 }
 
 std::vector<uint32_t> applicationsOf(const appmngr_appType &type)

@@ -8,7 +8,6 @@
 #include "tool/options.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 
 namespace tool
@@ -23,8 +22,8 @@ struct {
 } arguments;
 
 constexpr size_t sizeLimit = 16382;
-constexpr size_t growth = 24;  // digest and padding
-constexpr int notSealed = 255; // what a shell sees of the file tool's -1
+constexpr size_t growth = 24; // digest and padding
+constexpr int failed = 255;   // what a shell makes of -1
 
 void declare(CLI::App &parser)
 {
@@ -33,13 +32,12 @@ void declare(CLI::App &parser)
     parser.add_option("OUT", arguments.output, "File to write, - for standard output")->required();
 }
 
-void sealFile(int32_t encrypt)
+template <int encrypt> int run()
 {
     const InputFile input = readFile(arguments.input);
     const size_t size = input.contents.size();
     if (size > sizeLimit) {
-        throw check::Failure(input.name, std::string(encrypt != 0 ? "not sealed" : "not unsealed") +
-                                             ", more than " + std::to_string(sizeLimit) + " bytes");
+        throw check::Failure(input.name, "larger than " + std::to_string(sizeLimit) + " bytes");
     }
     std::string output(size + growth, '\0');
     const int length =
@@ -47,24 +45,14 @@ void sealFile(int32_t encrypt)
                      static_cast<int32_t>(output.size()), g_appmngr_databaseKey, encrypt);
     output.resize(static_cast<size_t>(length));
     writeFile(arguments.output, output);
-}
-
-template <int32_t encrypt> int run()
-{
-    try {
-        sealFile(encrypt);
-        return 0;
-    } catch (const check::Failure &failure) {
-        fprintf(stderr, "tarn-db-tool: %s\n", failure.what());
-        return notSealed;
-    }
+    return 0;
 }
 
 } // namespace
 
 const Command seal = {"seal", "Encrypt a file with the database key, prefixed with its digest",
-                      declare, run<1>};
+                      declare, run<1>, failed};
 
-const Command unseal = {"unseal", "Decrypt a sealed file", declare, run<0>};
+const Command unseal = {"unseal", "Decrypt a sealed file", declare, run<0>, failed};
 
 } // namespace tool

@@ -1,4 +1,4 @@
-// tarn-db-tool verify - the files of an update container, and what a device says of it.
+// tarn-db-tool verify - the files of an update container, and the result of the update.
 
 #include "tool/commands.h"
 
@@ -8,14 +8,11 @@
 #include "tool/file.h"
 #include "tool/options.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace tool
 {
@@ -34,89 +31,45 @@ void declare(CLI::App &parser)
     addJson(parser, arguments.json);
 }
 
-// What there is to say of a file of a container.
-struct ListedFile {
-    uint32_t type;
-    uint32_t size;
-    const check::Database *database;          // null for a type that devices ignore
-    std::optional<dbimage_fileHeader> header; // null when the file cannot be decrypted
-};
-
-std::string typeName(const ListedFile &file)
-{
-    return file.database != nullptr ? file.database->name : "type " + std::to_string(file.type);
-}
-
-std::string describe(const ListedFile &file)
-{
-    if (!file.header) {
-        return std::to_string(file.size) +
-               (file.database != nullptr ? " bytes, cannot be decrypted" : " bytes, ignored");
-    }
-    return "version " + check::versionText(*file.header) + ", length " +
-           std::to_string(ntohl(file.header->length)) + ", magic " + check::magicText(*file.header);
-}
-
-Json toJson(const ListedFile &file)
-{
-    Json json = {{"type", file.type}, {"size", file.size}, {"ignored", file.database == nullptr}};
-    if (file.header) {
-        json["version"] = check::versionText(*file.header);
-        json["length"] = ntohl(file.header->length);
-        json["magic"] = check::magicText(*file.header);
-    }
-    return json;
-}
-
-ListedFile listFile(const dbimage_file &file)
-{
-    ListedFile listed = {file.type, file.size, nullptr, {}};
-    for (const check::Database &database : check::databases) {
-        if (database.fileType == file.type) {
-            const check::RedirectedDiagnostics redirection(STDERR_FILENO);
-            std::string plain(DBIMAGE_CONTAINER_MAX, '\0');
-            uint32_t length = DBIMAGE_CONTAINER_MAX;
-            listed.database = &database;
-            if (appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0) {
-                listed.header = dbimage_readHeader(plain.data());
-            }
-        }
-    }
-    return listed;
-}
-
-// The files of a container; none when its digest or its file table is wrong.
-std::vector<ListedFile> listFiles(const std::string &container)
+// The files of a container; none if it is damaged.
+dbimage_fileTable filesOf(const std::string &container)
 {
     const auto size = static_cast<uint32_t>(container.size());
-    dbimage_fileTable table = {};
-    if (container.size() < sizeof(dbimage_containerHead) ||
-        container.size() > DBIMAGE_CONTAINER_MAX || !dbimage_verifyDigest(container.data(), size) ||
-        dbimage_listFiles(container.data(), size, &table) != nullptr) {
-        return {};
-    }
-    std::vector<ListedFile> files(table.count);
-    std::transform(table.file, table.file + table.count, files.begin(), listFile);
-    return files;
+    dbimage_fileTable files = {};
+    const bool isIntact = container.size() >= sizeof(dbimage_containerHead) &&
+                          container.size() <= DBIMAGE_CONTAINER_MAX &&
+                          dbimage_verifyDigest(container.data(), size) != 0 &&
+                          dbimage_listFiles(container.data(), size, &files) == nullptr;
+    return isIntact ? files : dbimage_fileTable{};
 }
 
-void print(const std::vector<ListedFile> &files, const std::string &result)
+// Returns whether the file could be decrypted.
+bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
 {
-    std::string lines;
-    for (size_t i = 0; i < files.size(); i++) {
-        lines += "file " + std::to_string(i) + ": " + typeName(files[i]) + ", " +
-                 describe(files[i]) + "\n";
-    }
-    writeStandardOutput(lines + "result: " + result + "\n");
+    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
+    std::string plain(DBIMAGE_CONTAINER_MAX, '\0');
+    uint32_t length = DBIMAGE_CONTAINER_MAX;
+    const bool isDecrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
+    header = dbimage_readHeader(plain.data());
+    return isDecrypted;
 }
 
-void printAsJson(const std::vector<ListedFile> &files, const std::string &result)
+// Returns what follows the type of a file, and adds the same to json.
+std::string describe(const dbimage_file &file, Json &json)
 {
-    Json list = Json::array();
-    for (const ListedFile &file : files) {
-        list.push_back(toJson(file));
+    dbimage_fileHeader header = {};
+    if (json["ignored"]) {
+        return std::to_string(file.size) + " bytes, ignored";
     }
-    printJson({{"files", list}, {"result", result}});
+    if (!readHeader(file, header)) {
+        return std::to_string(file.size) + " bytes, cannot be decrypted";
+    }
+    const uint32_t length = ntohl(header.length);
+    json["version"] = check::versionText(header);
+    json["length"] = length;
+    json["magic"] = check::magicText(header);
+    return "version " + check::versionText(header) + ", length " + std::to_string(length) +
+           ", magic " + check::magicText(header);
 }
 
 int run()
@@ -124,8 +77,25 @@ int run()
     const std::string container = readFile(arguments.container).contents;
     const check::Run update = check::runUpdate(container);
     fwrite(update.lines.data(), 1, update.lines.size(), stderr);
-    const auto printResult = arguments.json ? printAsJson : print;
-    printResult(listFiles(container), appmngr_errToStr(static_cast<int16_t>(update.status)));
+
+    const std::string result = appmngr_errToStr(static_cast<int16_t>(update.status));
+    const dbimage_fileTable files = filesOf(container);
+    std::string text;
+    Json list = Json::array();
+    for (uint32_t i = 0; i < files.count; i++) {
+        const dbimage_file &file = files.file[i];
+        const check::Database *const database = check::databaseOfType(file.type);
+        Json json = {{"type", file.type}, {"size", file.size}, {"ignored", database == nullptr}};
+        text += "file " + std::to_string(i) + ": " +
+                (database != nullptr ? database->name : "type " + std::to_string(file.type)) +
+                ", " + describe(file, json) + "\n";
+        list.push_back(json);
+    }
+    if (arguments.json) {
+        printJson({{"files", list}, {"result", result}});
+    } else {
+        writeStandardOutput(text + "result: " + result + "\n");
+    }
     return update.status == 0 ? 0 : 1;
 }
 
