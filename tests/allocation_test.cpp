@@ -26,11 +26,11 @@ static int loadAndDump()
     return static_cast<int>(length);
 }
 
-// The name of each of 70 nested elements takes 4 words of the pool.
+// The name of each of 300 nested elements takes 4 words of the pool.
 static int readLocations()
 {
     std::string text;
-    for (int i = 170; i < 240; i++) {
+    for (int i = 100; i < 400; i++) {
         const std::string tag = "element-no-" + std::to_string(i) + ">";
         text.insert(0, "<" + tag).append("</" + tag);
     }

@@ -306,6 +306,7 @@ TEST(AppMngr, ReadsTextAndNumbers)
     EXPECT_EQ(appmngr_string_token(nullptr, " ", &save), nullptr);
     EXPECT_STREQ(appmngr_string_token(word, "ep", &save), "k");
     EXPECT_STREQ(appmngr_string_token(nullptr, "ep", &save), "t");
+    EXPECT_EQ(appmngr_string_token(nullptr, "ep", &save), nullptr);
     char pieces[] = "a \r\nb\t", *parts[3] = {word, word, word};
     EXPECT_EQ(appmngr_string_makeSubStrByChar(pieces, ' ', 3, parts), 2);
     EXPECT_STREQ(parts[1], "b");

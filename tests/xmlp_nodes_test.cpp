@@ -46,6 +46,24 @@ TEST(Characters, AreValidInNamesOrValues)
     }
 }
 
+TEST(Characters, BecomeEntitiesAndBack)
+{
+    const std::pair<std::string, std::string> rows[] = {
+        {"", ""},
+        {"a&b", "a&amp;b"},
+        {"<1234567>&lt;", "&lt;1234567&gt;&amp;lt;"},
+    };
+    for (const auto &[plain, escaped] : rows) {
+        char text[64];
+        const auto plainSize = static_cast<uint32_t>(plain.size());
+        const auto escapedSize = static_cast<uint32_t>(escaped.size());
+        EXPECT_EQ(xmlp_transStrLen(plain.data(), plainSize), escapedSize) << plain;
+        EXPECT_EQ(std::string(text, xmlp_transStr(text, plain.data(), plainSize)), escaped);
+        EXPECT_EQ(xmlp_unTransStrLen(escaped.data(), escapedSize), plainSize) << plain;
+        EXPECT_EQ(std::string(text, xmlp_unTransStr(text, escaped.data(), escapedSize)), plain);
+    }
+}
+
 TEST(Nodes, RejectInvalidArguments)
 {
     char name[] = "a";

@@ -167,7 +167,8 @@ TEST(Parser, CountsBrackets)
 // Names of all lengths, and a tag with so many of them that they are kept in a tree.
 TEST(Parser, FindsARepeatedAttributeAmongThousands)
 {
-    std::string tag = "<a", children, tree = ":0[a:1", below, padded = "<a><v>1</v>";
+    std::string tag = "<a same-beginning=\"1\" same-begin-other=\"2\"", children, below;
+    std::string tree = ":0[a:1 same-beginning=1 same-begin-other=2", padded = "<a><v>1</v>";
     for (unsigned i = 1000; i < 9000; i++) {
         const std::string number = std::to_string(i), name = std::string(i % 20, 'n') + number;
         tag += " " + number + "=\"v" + number + "\"";
@@ -180,7 +181,7 @@ TEST(Parser, FindsARepeatedAttributeAmongThousands)
     EXPECT_EQ(outcome(text), tree + " 900=v" + below + "]");
     EXPECT_EQ(dumped(loaded(text, 0), 1) + dumped(loaded(text, 1), 1), text + text);
     EXPECT_EQ(dumped(loaded(padded + "</a>", 1), 1), padded + "</a>");
-    for (const char *name : {"1", "1000", "899", "8999 "}) {
+    for (const char *name : {"1", "1000", "899", "8999 ", "same-begin"}) {
         EXPECT_EQ(outcome(tag + " " + name + "=\"\"/>"),
                   std::to_string(tag.size() + 1) + "; _getNameAttr:690 attr name existed." + null);
     }

@@ -48,6 +48,15 @@ TEST(Serializer, WritesTreesThatNoTextGives)
     EXPECT_EQ(dumped(doc, compact) + dumped(doc, formatted), "<?x?><?x?>\n");
 }
 
+TEST(Serializer, CountsAnElementWithoutItsChildren)
+{
+    const Document doc = loaded(R"(<a b="1" c="">&lt;<d>&gt;</d></a>)", 0);
+    const XmlpNode *top = doc->tree->root->firstChild;
+    EXPECT_EQ(_attrsLen(top->attrs), strlen(R"( b="1" c="")"));
+    EXPECT_EQ(_nodeLen(top), strlen(R"(<a b="1" c=""></a>)"));
+    EXPECT_EQ(_nodeLen(top->firstChild), strlen("<d>&gt;</d>"));
+}
+
 // Links once more in a list of a, b, c below p. The list must end, and is written as it leads.
 TEST(Serializer, FollowsTheListsOfNodesThatAreLinkedTwice)
 {
