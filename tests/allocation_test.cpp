@@ -101,8 +101,8 @@ TEST(Allocation, FailuresAreReportedAndLoseNothing)
     apps.insert(apps.find("<appList>"), many + "/>");
     const std::string path = testing::TempDir() + "allocation_test.img";
     const std::string sorts =
-        "<AppSortDB><sortNum>1</sortNum><appNum>1</appNum><sortList><sort><type/><appList><app>"
-        "<appName/></app></appList></sort></sortList></AppSortDB>";
+        "<AppSortDB><sortNum>1</sortNum><appNum>1</appNum><sortList><sort><type>1</type>"
+        "<appList><app><appName>n</appName></app></appList></sort></sortList></AppSortDB>";
     std::ofstream(path) << image(apps);
     std::fstream(path).seekp(163840) << image(sorts);
     appmngr_checkDbPath(path.c_str());

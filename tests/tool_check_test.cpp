@@ -80,6 +80,7 @@ const std::map<std::string, std::string> files = {
     {"text of 204800 bytes", app + std::string(204800 - app.size(), ' ')},
     {"text of 204799 bytes", app + std::string(204799 - app.size(), '\n')},
     {"image of 204800 bytes of text", image(std::string(204800, ' '))},
+    {"image of 204799 bytes of text", image(app + std::string(204799 - app.size(), ' '))},
     {"715 rules", withTuples(715)},
     {"714 rules", withTuples(714)},
     {"65 types", withTypes(65)},
