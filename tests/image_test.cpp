@@ -76,7 +76,8 @@ TEST(Image, ReportsAFaultyStream)
     EXPECT_TRUE(written == 0 && consumed >= 14);
     consumed = sizeof(bytes); // no room, so none of it is read
     EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_OK);
+    faults::countdown = 1;
+    EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_MEMORY);
     bytes[1] = 0xFF;
-    consumed = sizeof(bytes);
     EXPECT_EQ(appmngr_lzmaUnpack(dest, &written, bytes, &consumed), APPMNGR_LZMA_ERR_PROPERTIES);
 }

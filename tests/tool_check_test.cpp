@@ -64,6 +64,8 @@ const std::map<std::string, std::string> files = {
     {"container with a file less than it says", container(2, update())},
     {"container of a file with another digest", container(1, patched(update(), 43, "????"))},
     {"container of version 1.3.0", container(1, update(0x010300))},
+    {"container with sorts of version 1.3.0",
+     container(1, entry(3, databaseFile(image(sorts).substr(4), 0x010300)))},
     {"container with another magic code", container(1, update(0x010200, 0x04000002))},
     {"container with a reserved field", container(1, update(0x010200, 0, 1))},
     {"image shorter than it says", patched(std::string(163840, '\0') + image(sorts), 3, "\r")},
