@@ -1,4 +1,4 @@
-// The listings and the JSON export of small tables, whole.
+// The listings and the JSON export of small tables, whole; names of codes, the version.
 #include "appmngr/appmngr.h"
 #include "tests/capture.h"
 
@@ -25,6 +25,13 @@ static void fillTables()
     memcpy(g_appmngr_appDb.ver, "123456789012", 12);
     g_appmngr_app = apps;
     g_appmngr_count.app = g_appmngr_count.appCur = 2;
+}
+
+static void showVersion()
+{
+    char text[APPMNGR_VERSION_STRING_SIZE];
+    EXPECT_EQ(appmngr_getDbVersionString(text), 0);
+    puts(text);
 }
 
 TEST(Listing, PrintsTheTables)
@@ -62,7 +69,25 @@ TEST(Listing, PrintsTheTables)
              g_appmngr_xmlBuf = text;
              appmngr_showXmlDb();
          }},
-        {"appmngr_showXmlDesc of none", [] { appmngr_showXmlDesc(); }}};
+        {"appmngr_showXmlDesc of none", [] { appmngr_showXmlDesc(); }},
+        {"appmngr_errToStr",
+         [] {
+             for (int16_t code = -9001; code <= -8975; code++) {
+                 printf("%d %s\n", code, appmngr_errToStr(code));
+             }
+         }},
+        {"appmngr_getDbVersionString without a database", showVersion},
+        {"appmngr_getDbVersionString", [] {
+             uint32_t number = UINT32_MAX; // then 0, 1, ...
+             for (uint32_t *field :
+                  {&g_appmngr_dbBuild, &g_appmngr_dbYear, &g_appmngr_dbMonth, &g_appmngr_dbDay,
+                   &g_appmngr_dbHour, &g_appmngr_dbMinute, &g_appmngr_dbSecond}) {
+                 *field = number++;
+             }
+             showVersion();
+             EXPECT_EQ(appmngr_getDbVersionString(nullptr), -1);
+             EXPECT_EQ(appmngr_getDbBuild(), UINT32_MAX);
+         }}};
     expectListed("listings.txt", [&](const std::string &name) {
         fillTables();
         return inOneLine(edit(captured(listings.at(name)), "addr:0x[0-9a-f]{1,8}\r", "addr:\r"));
@@ -79,19 +104,4 @@ TEST(Export, WritesAFileOrEndsTheProgram)
     EXPECT_EXIT(appmngr_exportJson(), testing::ExitedWithCode(255),
                 "open database.json failed!\n: Is a directory");
     std::filesystem::remove("database.json");
-}
-
-TEST(Version, IsShownAsText)
-{
-    uint32_t number = 1;
-    for (uint32_t *field : {&g_appmngr_dbYear, &g_appmngr_dbMonth, &g_appmngr_dbDay,
-                            &g_appmngr_dbHour, &g_appmngr_dbMinute, &g_appmngr_dbSecond}) {
-        *field = number++;
-    }
-    g_appmngr_dbBuild = 0xFFFFFFFF;
-    char text[APPMNGR_VERSION_STRING_SIZE];
-    EXPECT_EQ(appmngr_getDbVersionString(text), 0);
-    EXPECT_STREQ(text, "-1#0001-02-03 04:05:06");
-    EXPECT_EQ(appmngr_getDbVersionString(nullptr), -1);
-    EXPECT_EQ(appmngr_getDbBuild(), 0xFFFFFFFF);
 }

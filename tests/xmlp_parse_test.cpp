@@ -98,6 +98,8 @@ TEST(Parser, BuildsTheTreeOrRejectsTheText)
         {"<a>&amp; &amp</a>", "9; _makeStree:904 invalid value."},
         {"<a><item/><b/></a>", "11; _setType:840 tag name is not item."},
         {"<a><b/><item/></a>", "8; _setType:822 single element is named item."},
+        {R"(<a x="" x=""><b c></b></a>)", "17; _checkNameAttr:232 error xml attributeibute.; "
+                                          "_subXml:359; _checkXml:441"},
         {R"(<a xy="1" x="2"/>)", "10; _getNameAttr:690 attr name existed."},
         {"< a/>", "1"},
     };

@@ -60,7 +60,7 @@ TEST(Serializer, CountsAnElementWithoutItsChildren)
 // Links once more in a list of a, b, c below p. The list must end, and is written as it leads.
 TEST(Serializer, FollowsTheListsOfNodesThatAreLinkedTwice)
 {
-    enum { P, A, B, C };
+    enum { P, A, B, C, S };
     const char *const asBefore = "<a/><b/><c/>";
     const std::tuple<const char *, int (*)(XmlpNode *, XmlpNode *), int, int, int, const char *>
         rows[] = {{"xmlp_insNodeLast", xmlp_insNodeLast, C, P, 0, asBefore},
@@ -74,14 +74,15 @@ TEST(Serializer, FollowsTheListsOfNodesThatAreLinkedTwice)
                   {"xmlp_insNodeBefore", xmlp_insNodeBefore, C, A, -1, asBefore},
                   {"xmlp_insNodeBefore", xmlp_insNodeBefore, A, C, 0, "<a/><c/>"},
                   {"xmlp_insNodeBefore", xmlp_insNodeBefore, B, C, 0, asBefore},
+                  {"xmlp_insNodeBefore", xmlp_insNodeBefore, S, P, -1, asBefore},
                   {"xmlp_insNodeLast", xmlp_insNodeLast, B, B, -1, asBefore},
                   {"xmlp_insNodeLast", xmlp_insNodeLast, P, C, -1, asBefore},
                   {"xmlp_insNodeLast", xmlp_insNodeLast, C, A, 0, "<a><c/></a><b/><c/>"}};
     for (const auto &[name, insert, which, where, status, children] : rows) {
         SCOPED_TRACE(testing::Message() << name << " " << which << " " << where);
         char names[][2] = {"p", "a", "b", "c"}, text[64] = "";
-        XmlpNode nodes[4] = {}, sibling = {};
-        xmlp_insNodeAfter(&sibling, &nodes[P]); // is not written
+        XmlpNode nodes[5] = {};
+        xmlp_insNodeAfter(&nodes[S], &nodes[P]); // is not written
         for (int i : {P, A, B, C}) {
             nodes[i].name = names[i];
             EXPECT_EQ(i == P || xmlp_insNodeLast(&nodes[i], &nodes[P]) == 0, true);
