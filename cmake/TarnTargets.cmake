@@ -8,7 +8,10 @@ add_library(tarn-settings INTERFACE)
 target_compile_options(tarn-settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align
   $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
-  $<$<BOOL:${TARN_WERROR}>:-Werror>)
+  $<$<BOOL:${TARN_WERROR}>:-Werror>
+  # What is built does not tell where.
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>
+  $<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=.>)
 
 if(TARN_SANITIZE)
   target_compile_options(tarn-settings INTERFACE
