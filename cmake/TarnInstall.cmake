@@ -6,8 +6,6 @@ include(CMakePackageConfigHelpers)
 
 set(tarn_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tarn-appdb)
 set(tarn_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS # whatever the umask
-  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 # tarn_exports(FILE folder...)
 #
@@ -58,6 +56,11 @@ function(tarn_install_library name)
       $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb>)
     target_link_libraries(${target} PUBLIC ${links} PRIVATE ${ARG_PRIVATE_LINKS})
   endforeach()
+  if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Others link the machine code: the rest suits one compiler only, and tells where it was built.
+    add_custom_command(TARGET installed-${name}-STATIC POST_BUILD
+      COMMAND ${CMAKE_OBJCOPY} -D -R ".gnu.lto_*" $<TARGET_FILE:installed-${name}-STATIC>)
+  endif()
   if(BUILD_SHARED_LIBS)
     set(exports ${CMAKE_CURRENT_BINARY_DIR}/${name}.exports)
     tarn_exports(${exports} ${ARG_FOLDERS})
@@ -85,6 +88,8 @@ function(tarn_install_library name)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc
     DESTINATION ${tarn_pkgconfig_dir} COMPONENT dev)
 endfunction()
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/tarn_version.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn-appdb COMPONENT dev)
 
 # Relative to the .pc file, so that an installed tree can be moved.
 file(RELATIVE_PATH tarn_include_from_pc

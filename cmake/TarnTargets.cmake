@@ -37,6 +37,13 @@ function(tarn_add_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
   add_library(tarn-${name} STATIC ${ARG_SOURCES})
   add_library(tarn::${name} ALIAS tarn-${name})
+  if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Machine code, too, for the archives that are installed, and no random names.
+    target_compile_options(tarn-${name} PRIVATE -ffat-lto-objects)
+    foreach(source IN LISTS ARG_SOURCES)
+      set_property(SOURCE ${source} PROPERTY COMPILE_OPTIONS -frandom-seed=${name}/${source})
+    endforeach()
+  endif()
   set_target_properties(tarn-${name} PROPERTIES EXPORT_NAME ${name})
   target_compile_options(tarn-${name} PRIVATE ${TARN_PLAIN_CODE}
     -ffunction-sections -fdata-sections) # the linker drops what a program does not use

@@ -2,6 +2,8 @@
 
 #include "dbimage/dbimage.h"
 
+#include "database_key.h"
+
 #include <openssl/crypto.h>
 #include <openssl/des.h>
 #include <openssl/md5.h>

@@ -2,6 +2,8 @@
 
 #include "dbimage/dbimage.h"
 
+#include "database_key.h"
+
 #include <fcntl.h>
 #include <stdio.h>
 #include <unistd.h>

@@ -8,9 +8,14 @@
 #include "apppri/apppri.h"
 #include "dbimage/dbimage.h"
 #include "loader/loader.h"
+#include "tarn_version.h"
 #include "xmlp/xmlp.h"
 
 #include <stdio.h>
+
+#if TARN_VERSION_NUMBER < TARN_VERSION_OF(0, 1, 0)
+#error "the version of the headers"
+#endif
 
 int main(void)
 {
