@@ -4,8 +4,7 @@
 #include <stdint.h>
 #include <tarn_version.h>
 
-struct VersionNote
-{
+struct VersionNote {
     uint32_t nameSize, descriptionSize, type;
     char name[8];
     char description[sizeof("tarn-db-loader " TARN_VERSION)];
