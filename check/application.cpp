@@ -4,6 +4,8 @@
 
 #include "appmngr/appmngr_model.h"
 #include "check/outline.h"
+#include "check/signature.h"
+#include "check/traffic.h"
 #include "check/values.h"
 
 #include <map>
@@ -92,7 +94,8 @@ class ApplicationChecker
 {
 public:
     ApplicationChecker(const Document &document, Source &source)
-        : document_(document), source_(source)
+        : document_(document), source_(source), signatures_(document, source),
+          traffic_(document, source)
     {
     }
 
@@ -113,6 +116,11 @@ public:
             }
         }
         reportWhatIsMissing();
+        checkNearLimit(typeCount_, APPMNGR_TYPE_MAX, "types", document_.offsetsOf(top).tag,
+                       source_);
+        checkNearLimit(ruleCount_, ruleLimit, "tuples", document_.offsetsOf(top).tag, source_);
+        signatures_.reportTypes();
+        traffic_.reportTuples();
         if (appCount_ > 0) {
             reportUnusedTypes();
         }
@@ -138,6 +146,14 @@ private:
             for (const XmlpNode *id : ids) {
                 addType(id);
             }
+            checkName(type, "type");
+        }
+    }
+
+    void checkName(const XmlpNode *owner, const char *what)
+    {
+        if (childrenNamed(owner, "name").empty()) {
+            report(Check::MissingName, owner, "the " + std::string(what) + " has no name");
         }
     }
 
@@ -173,15 +189,17 @@ private:
             } else if (isNamed(child, "typeIdList")) {
                 isUsed = checkTypeIds(child) || isUsed;
             } else if (isNamed(child, "ruleList")) {
-                hasRules = checkRules(child) || hasRules;
+                hasRules = checkRules(app, child) || hasRules;
             } else if (isNamed(child, "dnsKwList")) {
-                const size_t count = childrenNamed(child, "dnsKw").size();
-                keywordCount_ += count;
-                isUsed = isUsed || count > 0;
+                isUsed = checkKeywords(app, child) || isUsed;
+            } else if (isNamed(child, "visible") && numberOf(child) != 0 && numberOf(child) != 1) {
+                report(Check::VisibleRange, child,
+                       inQuotes(valueOf(child)) + " is neither 0 nor 1");
             }
             isUsed = isUsed || hasRules;
         }
         checkAppId(app, id);
+        checkName(app, "application");
         if (!hasRules) {
             idleParts_.push_back({Check::AppWithoutRules, app, "the application has no rules"});
         }
@@ -221,56 +239,52 @@ private:
     }
 
     // Whether there are any.
-    bool checkRules(const XmlpNode *list)
+    bool checkKeywords(const XmlpNode *app, const XmlpNode *list)
+    {
+        const std::vector<const XmlpNode *> entries = childrenNamed(list, "dnsKw");
+        for (const XmlpNode *keyword : entries) {
+            traffic_.addKeyword(app, keyword);
+        }
+        keywordCount_ += entries.size();
+        return !entries.empty();
+    }
+
+    // Whether there are any.
+    bool checkRules(const XmlpNode *app, const XmlpNode *list)
     {
         const std::vector<const XmlpNode *> entries = childrenNamed(list, "rule");
         for (const XmlpNode *rule : entries) {
-            checkRule(rule);
+            checkRule(app, rule);
         }
         return !entries.empty();
     }
 
-    void checkRule(const XmlpNode *rule)
+    void checkRule(const XmlpNode *app, const XmlpNode *rule)
     {
+        const std::string signature = signatures_.check(rule);
         const size_t before = tupleCount_;
         for (const XmlpNode *list : childrenNamed(rule, "tupleList")) {
             for (const XmlpNode *tuple : childrenNamed(list, "tuple")) {
                 tupleCount_++;
-                countRule(tuple);
+                checkRuleTuple(app, tuple, signature);
             }
         }
         if (tupleCount_ == before) {
             idleParts_.push_back({Check::RuleWithoutTuple, rule, "the rule has no tuple"});
         }
-        for (const char *direction : {"ori", "rep"}) {
-            for (const XmlpNode *signature : childrenNamed(rule, direction)) {
-                checkJson(signature, "dpiType");
-                checkJson(signature, "dpiCode");
-            }
-        }
     }
 
-    void countRule(const XmlpNode *tuple)
+    void checkRuleTuple(const XmlpNode *app, const XmlpNode *node, const std::string &signature)
     {
-        if (checkTuple(document_, tuple, source_) && ++ruleCount_ == ruleLimit + 1) {
-            report(Check::TooManyRules, tuple,
+        const std::optional<Tuple> tuple = checkTuple(document_, node, source_);
+        if (!tuple) {
+            return;
+        }
+        traffic_.addTuple(app, node, *tuple, signature);
+        if (++ruleCount_ == ruleLimit + 1) {
+            report(Check::TooManyRules, node,
                    "tuple number " + std::to_string(ruleCount_) + "; the limit of a datagram is " +
                        std::to_string(ruleLimit));
-        }
-    }
-
-    void checkJson(const XmlpNode *signature, const char *name)
-    {
-        for (const XmlpNode *node : childrenNamed(signature, name)) {
-            const std::string_view text = valueOf(node);
-            for (size_t i = 0; i < text.size(); i++) {
-                if (text[i] == '"' || text[i] == '\\' ||
-                    static_cast<unsigned char>(text[i]) < ' ') {
-                    source_.add(Check::JsonUnsafe, document_.offsetInValue(node, i),
-                                "this character makes database.json ill-formed");
-                    break;
-                }
-            }
         }
     }
 
@@ -315,6 +329,8 @@ private:
 
     const Document &document_;
     Source &source_;
+    Signatures signatures_;
+    Traffic traffic_;
     std::map<int32_t, Type> types_;
     std::set<uint32_t> appIds_;
     std::vector<IdlePart> idleParts_;

@@ -2,10 +2,13 @@
 
 #include "check/check_internal.h"
 #include "check/device.h"
+#include "check/values.h"
 
 #include "appmngr/appmngr.h"
+#include "appmngr/appmngr_model.h"
 
 #include <algorithm>
+#include <utf8.h>
 
 namespace check
 {
@@ -35,6 +38,15 @@ void checkDocument(const Database &database, const Document &document, Source &s
                        inQuotes(database.root));
         return;
     }
+    if (childrenNamed(document.top(), "ver").empty()) {
+        source.add(Check::MissingVersion, document.offsetsOf(document.top()).tag,
+                   "the database has no version");
+    }
+    const auto invalid = utf8::find_invalid(source.text.begin(), source.text.end());
+    if (invalid != source.text.end()) {
+        source.add(Check::NotUtf8, static_cast<size_t>(invalid - source.text.begin()),
+                   "this byte is not UTF-8");
+    }
     if (&database == &priorityDatabase) {
         checkPriorities(document, appIds ? &*appIds : nullptr, source);
     } else {
@@ -54,8 +66,10 @@ void checkRoom(const Database &database, Source &source)
                        std::to_string(database.textLimit));
         return;
     }
+    checkNearLimit(source.text.size(), database.textLimit, "bytes of text", 0, source);
     try {
-        packDatabase({"", source.text}, database);
+        const size_t size = packDatabase({"", source.text}, database).size();
+        checkNearLimit(size, APPMNGR_IMAGE_SIZE, "bytes of an image", 0, source);
     } catch (const Failure &failure) {
         source.add(Check::ImageSize, 0, failure.reason);
     }

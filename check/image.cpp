@@ -3,6 +3,7 @@
 #include "check/check_internal.h"
 
 #include "appmngr/appmngr_model.h"
+#include "check/values.h"
 
 namespace check
 {
@@ -35,6 +36,7 @@ void checkImageItself(const Image &image, const Database &database, Source &sour
                    name + " is corrupt after " + std::to_string(image.text.size()) +
                        " bytes of text");
     }
+    checkNearLimit(image.length, APPMNGR_IMAGE_SIZE, "bytes of an image", 0, source);
 }
 
 } // namespace
@@ -59,6 +61,7 @@ void checkImage(const Image &image, const Database &database, Source &file,
     } else {
         checkImageItself(image, database, file);
         sources.push_back({file.file, name, image.text, {}});
+        checkNearLimit(image.text.size(), database.textLimit, "bytes of text", 0, sources.back());
         checkText(database, sources.back(), appIds);
     }
 }

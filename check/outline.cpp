@@ -39,25 +39,6 @@ char lower(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
 }
 
-// How many letters have to be added, left out or replaced; letter case does not count.
-size_t editDistance(std::string_view a, std::string_view b)
-{
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); j++) {
-        row[j] = j;
-    }
-    for (size_t i = 1; i <= a.size(); i++) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); j++) {
-            const size_t replaced = diagonal + (lower(a[i - 1]) != lower(b[j - 1]) ? 1 : 0);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row[b.size()];
-}
-
 class OutlineChecker
 {
 public:
@@ -247,6 +228,24 @@ void checkOutline(const Document &document, const Outline &outline, Source &sour
     OutlineChecker checker(document, outline, source);
     checker.reportStrayText(document.outerText());
     checker.checkElement(document.top(), 0);
+}
+
+size_t editDistance(std::string_view a, std::string_view b)
+{
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); j++) {
+        row[j] = j;
+    }
+    for (size_t i = 1; i <= a.size(); i++) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); j++) {
+            const size_t replaced = diagonal + (lower(a[i - 1]) != lower(b[j - 1]) ? 1 : 0);
+            diagonal = row[j];
+            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row[b.size()];
 }
 
 } // namespace check

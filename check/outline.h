@@ -48,6 +48,9 @@ struct Outline {
  */
 void checkOutline(const Document &document, const Outline &outline, Source &source);
 
+/* How many letters have to be added, left out or replaced; letter case does not count. */
+size_t editDistance(std::string_view a, std::string_view b);
+
 } // namespace check
 
 #endif

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <array>
 #include <cstdlib>
 #include <ctime>
 
@@ -85,20 +84,15 @@ bool isPast(const Date &date, bool hasTime)
 // Bytes of a tuple that the loader looks at.
 constexpr size_t tupleLimit = 63;
 
-constexpr uint32_t protocols[] = {6, 17, 1};
-
-bool isProtocol(std::string_view name)
+// The number of a protocol, or 0.
+uint32_t protocolOf(std::string_view name)
 {
-    return std::any_of(std::begin(protocols), std::end(protocols), [name](uint32_t protocol) {
-        return appmngr_strcasecmp(std::string(name).c_str(), appmngr_utils_proto2str(protocol)) ==
-               0;
-    });
-}
-
-bool isAddress(std::string_view text)
-{
-    struct in_addr address = {};
-    return text == "0" || inet_pton(AF_INET, std::string(text).c_str(), &address) == 1;
+    for (const uint32_t protocol : {IPPROTO_TCP, IPPROTO_UDP, IPPROTO_ICMP}) {
+        if (appmngr_strcasecmp(std::string(name).c_str(), appmngr_utils_proto2str(protocol)) == 0) {
+            return protocol;
+        }
+    }
+    return 0;
 }
 
 class TupleChecker
@@ -110,17 +104,23 @@ public:
     {
     }
 
-    bool check()
+    std::optional<Tuple> check()
     {
         const std::vector<std::string_view> words = split(text_, " \t\r\n");
         checkLength();
         if (words.size() != 3) {
-            return reject(text_, "is not PROTOCOL ADDRESS:PORT ADDRESS:PORT");
+            reject(text_, "is not PROTOCOL ADDRESS:PORT ADDRESS:PORT");
+            return {};
         }
-        if (!isProtocol(words[0])) {
-            return reject(words[0], "is not tcp, udp or icmp");
+        tuple_[0] = protocolOf(words[0]);
+        if (tuple_[0] == 0) {
+            reject(words[0], "is not tcp, udp or icmp");
+            return {};
         }
-        return checkEndpoint(words[1]) && checkEndpoint(words[2]);
+        if (!checkEndpoint(words[1], &tuple_[1]) || !checkEndpoint(words[2], &tuple_[3])) {
+            return {};
+        }
+        return tuple_;
     }
 
 private:
@@ -145,29 +145,29 @@ private:
         }
     }
 
-    bool checkEndpoint(std::string_view endpoint)
+    // Stores address and port in fields.
+    bool checkEndpoint(std::string_view endpoint, uint32_t *fields)
     {
         const std::vector<std::string_view> parts = split(endpoint, ":");
         if (parts.size() != 2) {
             return reject(endpoint, "is not ADDRESS:PORT");
         }
-        if (!isAddress(parts[0])) {
+        if (parts[0] != "0" && inet_pton(AF_INET, std::string(parts[0]).c_str(), fields) != 1) {
             return reject(parts[0], "is not an IPv4 address (use 0 for any)");
         }
-        checkPort(parts[1]);
+        fields[1] = static_cast<uint16_t>(appmngr_atoi(std::string(parts[1]).c_str()));
+        checkPort(parts[1], fields[1]);
         return true;
     }
 
-    void checkPort(std::string_view port)
+    void checkPort(std::string_view text, uint32_t port)
     {
-        const char *warning = numberWarning(port);
-        const int32_t number = appmngr_atoi(std::string(port).c_str());
-        if (warning != nullptr) {
-            report(Check::BadNumber, port, warning);
-        } else if (number < 0 || number > UINT16_MAX) {
-            report(Check::PortRange, port,
-                   "is not a port; the loader stores " +
-                       std::to_string(static_cast<uint16_t>(number)));
+        const int32_t number = appmngr_atoi(std::string(text).c_str());
+        if (numberWarning(text) != nullptr || number < 0 || number > UINT16_MAX) {
+            report(Check::PortRange, text,
+                   "is not a port; the loader stores " + std::to_string(port));
+        } else if (tuple_[0] == IPPROTO_ICMP && port != 0) {
+            report(Check::IcmpPort, text, "is the port of a protocol without ports");
         }
     }
 
@@ -175,6 +175,7 @@ private:
     const XmlpNode *node_;
     Source &source_;
     std::string_view text_;
+    Tuple tuple_ = {};
 };
 
 } // namespace
@@ -236,6 +237,15 @@ void checkExpiry(const Document &document, const XmlpNode *node, bool isRead, So
     }
 }
 
+void checkNearLimit(size_t number, size_t limit, const char *what, size_t offset, Source &source)
+{
+    if (number * 100 >= limit * 95 && number <= limit) {
+        source.add(Check::NearLimit, offset,
+                   std::to_string(number) + " of " + std::to_string(limit) + " " + what +
+                       " are used");
+    }
+}
+
 std::vector<std::string_view> split(std::string_view text, std::string_view separators)
 {
     std::vector<std::string_view> pieces;
@@ -248,9 +258,9 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
     return pieces;
 }
 
-bool checkTuple(const Document &document, const XmlpNode *node, Source &source)
+std::optional<Tuple> checkTuple(const Document &document, const XmlpNode *node, Source &source)
 {
-    return !isLong(node) && TupleChecker(document, node, source).check();
+    return isLong(node) ? std::nullopt : TupleChecker(document, node, source).check();
 }
 
 } // namespace check

@@ -6,8 +6,10 @@
 
 #include "check/document.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace check
@@ -31,11 +33,17 @@ void checkTextLength(const Document &document, const XmlpNode *node, size_t limi
  */
 void checkExpiry(const Document &document, const XmlpNode *node, bool isRead, Source &source);
 
+/* Reports a number of so many that is close to its limit. */
+void checkNearLimit(size_t number, size_t limit, const char *what, size_t offset, Source &source);
+
 /* The pieces of text between the bytes of separators; runs of these count as one. */
 std::vector<std::string_view> split(std::string_view text, std::string_view separators);
 
-/* Reports what is wrong with a tuple; returns whether the loader makes a rule of it. */
-bool checkTuple(const Document &document, const XmlpNode *node, Source &source);
+/* Protocol, address and port of the source, those of the destination; 0 for any. */
+using Tuple = std::array<uint32_t, 5>;
+
+/* Reports what is wrong with a tuple; returns it if the loader makes a rule of it. */
+std::optional<Tuple> checkTuple(const Document &document, const XmlpNode *node, Source &source);
 
 } // namespace check
 

@@ -88,6 +88,7 @@ const std::map<std::string, std::string> files = {
     {"65 types", withTypes(65)},
     {"64 types", withTypes(64)},
     {"value of 512 bytes", edit(app, "<name>n", "<name>" + std::string(512, 'n'))},
+    {"text in Latin-1", edit(app, "<name>n", "<name>\xFC")},
     {"text of 4 MiB", "<" + std::string(mebibytes4 - 1, ' ')},
     {"text of more than 4 MiB", "<" + std::string(mebibytes4, ' ')},
     {"container of 4 MiB", container(1, entry(1, std::string(mebibytes4 - 25, 'x')))},
