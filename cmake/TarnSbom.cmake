@@ -40,7 +40,8 @@ if(TARN_BUILD_TOOL)
       \"relatedSpdxElement\": \"SPDXRef-libtarn-dbimage\"
     }")
   foreach(library IN ITEMS check:expat:EXPAT_VERSION_STRING check:fmt:fmt_VERSION
-      check:nlohmann-json:nlohmann_json_VERSION tool:CLI11:CLI11_VERSION)
+      check:nlohmann-json:nlohmann_json_VERSION check:utf8cpp:utf8cpp_VERSION
+      tool:CLI11:CLI11_VERSION)
     string(REPLACE ":" ";" library ${library})
     list(GET library 0 folder)
     list(GET library 1 name)

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # Runs the commands that a document shows: they must succeed, and print what it says, if it does.
 #
-# usage: docs_check.py DOCUMENT EXAMPLES PROGRAM
+# usage: docs_check.py DOCUMENT EXAMPLES PROGRAM...
 #
 # Markdown: blocks fenced as "console". Manual pages: displays (".Bd" to ".Ed"). In both, a command
 # follows "$ ", a here-document belongs to its command, and all else is output. The commands run one
@@ -20,11 +20,12 @@ BLOCKS = {".md": r"^```console\n(.*?)^```", ".1": r"^\.Bd.*?\n(.*?)^\.Ed"}
 COMMAND = r"^\$ (.*<<'(\w+)'.*\n(?:.*\n)*?\2\n|.*\n)((?:(?!\$ ).*\n)*)"
 
 
-def main(document, examples, program):
+def main(document, examples, *programs):
     document = pathlib.Path(document)
     blocks = re.findall(BLOCKS[document.suffix], document.read_text(), re.S | re.M)
     commands = [found for block in blocks for found in re.findall(COMMAND, block, re.M)]
-    environment = dict(os.environ, PATH=f"{pathlib.Path(program).parent}:{os.environ['PATH']}")
+    folders = [str(pathlib.Path(program).resolve().parent) for program in programs]
+    environment = dict(os.environ, PATH=":".join([*folders, os.environ["PATH"]]))
     wrong = 0
     with tempfile.TemporaryDirectory() as scratch:
         shutil.copytree(examples, scratch, dirs_exist_ok=True)

@@ -36,15 +36,19 @@ class Case:
     received: tuple | None = ()  # types of the messages the kernel got; None: not compared
     module: str = "receives"
     meanwhile: str = ""  # commands that are run again and again while the case runs
+    stderr: str = ""
+    status: int = 0
+    image_size: int | None = None  # of what is left of it
 
 
 MODULE = {
+    "none": "true",
     "refuses": "insmod /tarn_sink.ko refuse=1",
     "answers": "rmmod tarn_sink; insmod /tarn_sink.ko refuse=2",  # by an error
     "receives": "rmmod tarn_sink; insmod /tarn_sink.ko",
 }
 
-LOADER = "bin/tarn-db-loader"
+LOADER, WRAPPER = "bin/tarn-db-loader", "bin/tarn-db-load"
 # The allocator keeps nothing back, so that a byte that is not freed shows.
 REPEAT = "env GLIBC_TUNABLES=glibc.malloc.tcache_count=0 bin/repeat_load"
 
@@ -56,6 +60,9 @@ EMPTY = f'[Error](_appmngr_readAppDb) 2167: Size of buffer "204800" is too small
 GONE = f"read db flash fail\n: No such file or directory\n{READ_FAILED}"
 ABSENT = ("create socket failed: Protocol not supported\n"
           f"{UPLOAD}2532: appdist Failed to initialize handle\n{SEND_FAILED}")
+DAMAGED = ("[ERROR][_subXml():367]: error xml tag.\r\n" + "[ERROR][_subXml():359]: error xml tag.\r\n" * 6
+           + "[ERROR][_checkXml():441]: error xml tag.\r\n[ERROR][_initLock():78]: doc is null.\r\n"
+           f"{LOAD}2585: Analyze database failed\n")
 NO_KEYWORD = f"{UPLOAD}2547: send db to kernel failed\n{SEND_FAILED}"
 REFUSED, TOO_LONG = (f"app netlink sendto fail, ret:-1\n{reason}\n"
                      f"{UPLOAD}2540: send db to kernel failed\n{SEND_FAILED}"
@@ -68,6 +75,14 @@ def all_of(*outputs):
 
 
 CASES = [
+    Case("wrapped_no_module", WRAPPER, module="none", received=None, stderr=ABSENT, status=6),
+    Case("wrapped_load", WRAPPER, received=(19, 21)),
+    Case("wrapped_damaged_image", WRAPPER, stderr=DAMAGED, status=5, image_size=1000),
+    Case("init_script", "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'", received=(19, 21)),
+    Case("init_script_damaged_image", "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'",
+         status=5, image_size=1000),  # the lines go to syslog
+    Case("update", "sh -c 'tarn-db-load $0 && mv $0 appdb.img && tarn-db-load appdb.img'",
+         received=(19, 21, 19, 21)),
     Case("load", LOADER, received=(19, 21)),
     Case("load_answered", LOADER, received=(19, 21), module="answers"),
     Case("no_dns_keywords", LOADER, NO_KEYWORD, text=database(3, 0), received=(19,)),
@@ -124,22 +139,24 @@ def write_payload(payload, tool, programs):
         sent.mkdir(parents=True)
         for options in ([], ["--priority"]):
             subprocess.run([tool, "messages", *options, "--raw", sent, image], check=True)
+        if case.image_size:
+            os.truncate(image, case.image_size)
         run[case.module].append(shlex.join(words))
     (payload / "run").write_text("\n".join(sum(run.values(), [])) + "\n")
 
 
 def differences(case, work):
     results = work / "results" / case.name
-    wanted = {"stdout": case.stdout, "stderr": "", "status": "0\n"}
+    wanted = {"stdout": case.stdout, "stderr": case.stderr, "status": f"{case.status}\n"}
     for name, want in wanted.items():
         got = (results / name).read_bytes().decode(errors="backslashreplace")
         if got != want:
             yield f"{name}: {got!r} instead of {want!r}"
     if case.received is not None:
-        port_id = int((results / "pid").read_text())
+        got = received_datagrams(results / "received")
+        port_id = got[0][1] if got else 0
         sent = messages(work / "messages" / case.name, case.received, port_id)
         want = [(22, port_id, message) for message in sent]
-        got = received_datagrams(results / "received")
         if got != want:
             # Protocol, port id and length of each.
             sizes = [[(*row[:2], len(row[2])) for row in rows] for rows in (got, want)]
