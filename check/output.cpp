@@ -3,6 +3,7 @@
 #include "check/output.h"
 
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace check

@@ -4,7 +4,7 @@
 #ifndef CHECK_OUTPUT_H
 #define CHECK_OUTPUT_H
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 

@@ -102,17 +102,12 @@ std::string checkVersion(const std::string &version)
 void declare(CLI::App &parser)
 {
     addOutput(parser, "CONTAINER", arguments.container, "Container file");
-    parser.add_option("--version", arguments.version, "Version of the databases, 1.2.N")
-        ->required()
-        ->type_name("1.2.N")
-        ->check(checkVersion);
-    CLI::Option_group *const databases =
-        parser.add_option_group("Databases", "At least one of them");
-    databases->add_option("--app", arguments.paths[0], "Application database, - for standard input")
-        ->type_name("APPDB.xml");
-    databases->add_option("--priority", arguments.paths[1], "Priority database")
-        ->type_name("SORTDB.xml");
-    databases->require_option(1, 2);
+    addOption(parser, "--version", arguments.version, "1.2.N", "Version of the databases");
+    require(parser, "--version", checkVersion);
+    addOption(parser, "--app", arguments.paths[0], "APPDB.xml",
+              "Application database, - for standard input");
+    addOption(parser, "--priority", arguments.paths[1], "SORTDB.xml", "Priority database");
+    requireOneOf(parser, {"--app", "--priority"});
 }
 
 int run()

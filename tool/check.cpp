@@ -27,16 +27,11 @@ struct {
 
 void declare(CLI::App &parser)
 {
-    parser.add_option("FILE", arguments.files,
-                      "XML text, image or update container, - for standard input");
-    parser.add_flag("--list-checks", arguments.listChecks, "List the checks instead");
+    addInputs(parser, "FILE", arguments.files, "XML text, image or update container");
+    addFlag(parser, "--list-checks", arguments.listChecks, "List the checks instead");
     addJson(parser, arguments.json);
-    parser.add_flag("--werror", arguments.warningsAreErrors, "Treat warnings as errors");
-    parser.parse_complete_callback([] {
-        if (arguments.files.empty() && !arguments.listChecks) {
-            throw CLI::RequiredError("FILE");
-        }
-    });
+    addFlag(parser, "--werror", arguments.warningsAreErrors, "Treat warnings as errors");
+    requireOneOf(parser, {"FILE", "--list-checks"});
 }
 
 int run()

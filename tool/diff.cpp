@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <tuple>
 #include <unistd.h>

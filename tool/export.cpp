@@ -27,8 +27,7 @@ struct {
 void declare(CLI::App &parser)
 {
     addImage(parser, arguments.image);
-    parser.add_option("-C", arguments.folder, "Directory to write database.json to")
-        ->type_name("DIR");
+    addOption(parser, "-C", arguments.folder, "DIR", "Directory to write database.json to");
 }
 
 // In memory first, so that the file appears whole or not at all.

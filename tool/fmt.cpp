@@ -27,7 +27,7 @@ struct {
 void declare(CLI::App &parser)
 {
     addInput(parser, "XML", arguments.xml, "XML document");
-    parser.add_flag("--compact", arguments.compact, "Without whitespace between tags");
+    addFlag(parser, "--compact", arguments.compact, "Without whitespace between tags");
 }
 
 using Document = std::unique_ptr<XmlpDoc, decltype(&xmlp_releaseDoc)>;

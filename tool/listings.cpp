@@ -9,6 +9,7 @@
 #include "tool/record.h"
 
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <string>
 
 namespace tool
@@ -37,7 +38,7 @@ void declareListing(CLI::App &parser)
 void declareRules(CLI::App &parser)
 {
     addImage(parser, arguments.image);
-    parser.add_option("APPID", arguments.appId, "Id of the application")->required();
+    addAppId(parser, arguments.appId);
     addJson(parser, arguments.json);
 }
 

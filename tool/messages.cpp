@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -32,14 +33,12 @@ struct {
 void declare(CLI::App &parser)
 {
     addImage(parser, arguments.image);
-    parser.add_flag("--priority", arguments.priority,
-                    "Show the message of the priority database instead");
+    addFlag(parser, "--priority", arguments.priority,
+            "Show the message of the priority database instead");
     addJson(parser, arguments.json);
-    parser
-        .add_option("--raw", arguments.folder,
-                    "Directory to write the raw messages to, one file each")
-        ->type_name("DIR")
-        ->excludes("--json");
+    addOption(parser, "--raw", arguments.folder, "DIR",
+              "Directory to write the raw messages to, one file each");
+    exclude(parser, "--raw", "--json");
 }
 
 using Message = std::unique_ptr<appdist_message, decltype(&free)>;

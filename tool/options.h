@@ -1,38 +1,51 @@
 /*
- * Options that several subcommands have.
+ * The options of subcommands. The library that parses them takes long to compile; only what
+ * options.cpp and main.cpp need is seen there.
  */
 #ifndef TOOL_OPTIONS_H
 #define TOOL_OPTIONS_H
 
-#include <CLI/CLI.hpp>
-
+#include <cstdint>
+#include <initializer_list>
 #include <string>
+#include <vector>
+
+namespace CLI
+{
+class App;
+}
 
 namespace tool
 {
 
-inline void addInput(CLI::App &parser, const char *name, std::string &path, const std::string &what)
-{
-    parser.add_option(name, path, what + ", - for standard input")->required();
-}
+/* An option with a value, whose type is shown in --help, or, without dashes, an argument. */
+void addOption(CLI::App &parser, const char *name, std::string &value, const char *type,
+               const std::string &what);
 
-inline void addOutput(CLI::App &parser, const char *type, std::string &path,
-                      const std::string &what)
-{
-    parser.add_option("-o,--output", path, what + " to write, - for standard output")
-        ->required()
-        ->type_name(type);
-}
+void addFlag(CLI::App &parser, const char *name, bool &flag, const char *what);
 
-inline void addImage(CLI::App &parser, std::string &path)
-{
-    addInput(parser, "IMAGE", path, "Image file");
-}
+/* An argument that must be there: a file to read. */
+void addInput(CLI::App &parser, const char *name, std::string &path, const std::string &what);
 
-inline void addJson(CLI::App &parser, bool &json)
-{
-    parser.add_flag("--json", json, "Print one JSON document");
-}
+/* Any number of them. */
+void addInputs(CLI::App &parser, const char *name, std::vector<std::string> &paths,
+               const std::string &what);
+
+/* What several subcommands have. */
+void addImage(CLI::App &parser, std::string &path);
+void addOutput(CLI::App &parser, const char *type, std::string &path, const std::string &what);
+void addJson(CLI::App &parser, bool &json);
+
+void addAppId(CLI::App &parser, uint32_t &id);
+
+/* An option must be there, and check, if it is given, return an empty text for its value. */
+void require(CLI::App &parser, const char *name,
+             std::string (*check)(const std::string &value) = nullptr);
+
+/* At least one of the options must be there. */
+void requireOneOf(CLI::App &parser, std::initializer_list<const char *> names);
+
+void exclude(CLI::App &parser, const char *name, const char *other);
 
 } // namespace tool
 

@@ -29,8 +29,8 @@ void declarePack(CLI::App &parser)
 {
     addInput(parser, "APPDB.xml", packed.application, "Application database");
     addOutput(parser, "IMAGE", packed.image, "Image file");
-    parser.add_option("--priority", packed.priority, "Priority database to pack with it")
-        ->type_name("SORTDB.xml");
+    addOption(parser, "--priority", packed.priority, "SORTDB.xml",
+              "Priority database to pack with it");
 }
 
 int runPack()
@@ -48,8 +48,8 @@ int runPack()
 void declareUnpack(CLI::App &parser)
 {
     addImage(parser, unpacked.image);
-    parser.add_flag("--priority", unpacked.priority,
-                    "Use the priority database instead of the application database");
+    addFlag(parser, "--priority", unpacked.priority,
+            "Use the priority database instead of the application database");
 }
 
 int runUnpack()

@@ -9,6 +9,7 @@
 #include "tool/record.h"
 
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <string>
 
 namespace tool
@@ -26,8 +27,8 @@ struct {
 void declare(CLI::App &parser)
 {
     addImage(parser, arguments.image);
-    parser.add_flag("--map", arguments.map,
-                    "Also list the map sent to the kernel, with lines APPID: PRIORITY");
+    addFlag(parser, "--map", arguments.map,
+            "Also list the map sent to the kernel, with lines APPID: PRIORITY");
     addJson(parser, arguments.json);
 }
 

@@ -5,6 +5,7 @@
 #include "appmngr/appmngr.h"
 
 #include <arpa/inet.h>
+#include <nlohmann/json.hpp>
 
 namespace tool
 {

@@ -29,7 +29,8 @@ void declare(CLI::App &parser)
 {
     addInput(parser, "IN", arguments.input,
              "File to read, at most " + std::to_string(sizeLimit) + " bytes");
-    parser.add_option("OUT", arguments.output, "File to write, - for standard output")->required();
+    addOption(parser, "OUT", arguments.output, "", "File to write, - for standard output");
+    require(parser, "OUT");
 }
 
 template <int encrypt> int run()

@@ -11,6 +11,7 @@
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <unistd.h>
 
