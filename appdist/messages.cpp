@@ -2,6 +2,7 @@
 
 #include "appdist/appdist.h"
 
+#include "appdist/tarn_classifier.h"
 #include "appmngr/appmngr_model.h"
 
 #include <errno.h>
@@ -10,11 +11,39 @@
 #include <stdlib.h>
 #include <string.h>
 
-static_assert(sizeof(appdist_message) == 64, "message head");
-static_assert(offsetof(appdist_message, op) == 16, "message head");
-static_assert(offsetof(appdist_message, count) == 20, "message head");
-static_assert(offsetof(appdist_message, record_size) == 24, "message head");
-static_assert(offsetof(appdist_message, parameter) == 28, "message head");
+// The records are those that the kernel's header describes.
+#define ASSERT_SAME(ours, member, theirs, its)                       \
+    static_assert(offsetof(ours, member) == offsetof(theirs, its) && \
+                      sizeof(ours::member) == sizeof(theirs::its),   \
+                  #ours "." #member)
+static_assert(sizeof(appdist_message) == sizeof(tarn_message), "appdist_message");
+ASSERT_SAME(appdist_message, header, tarn_message, header);
+ASSERT_SAME(appdist_message, op, tarn_message, op);
+ASSERT_SAME(appdist_message, reserved, tarn_message, reserved);
+ASSERT_SAME(appdist_message, count, tarn_message, count);
+ASSERT_SAME(appdist_message, record_size, tarn_message, record_size);
+ASSERT_SAME(appdist_message, parameter, tarn_message, parameter);
+ASSERT_SAME(appdist_message, unused, tarn_message, unused);
+static_assert(sizeof(appmngr_feature) == sizeof(tarn_signature), "appmngr_feature");
+ASSERT_SAME(appmngr_feature, enable, tarn_signature, enable);
+ASSERT_SAME(appmngr_feature, start, tarn_signature, start);
+ASSERT_SAME(appmngr_feature, end, tarn_signature, end);
+ASSERT_SAME(appmngr_feature, minlength, tarn_signature, minlength);
+ASSERT_SAME(appmngr_feature, dpiType, tarn_signature, dpi_type);
+ASSERT_SAME(appmngr_feature, dpiCode, tarn_signature, dpi_code);
+static_assert(sizeof(appmngr_rule) == sizeof(tarn_rule), "appmngr_rule");
+ASSERT_SAME(appmngr_rule, appId, tarn_rule, app_id);
+ASSERT_SAME(appmngr_rule, sip, tarn_rule, source_address);
+ASSERT_SAME(appmngr_rule, dip, tarn_rule, destination_address);
+ASSERT_SAME(appmngr_rule, sport, tarn_rule, source_port);
+ASSERT_SAME(appmngr_rule, dport, tarn_rule, destination_port);
+ASSERT_SAME(appmngr_rule, proto, tarn_rule, protocol);
+ASSERT_SAME(appmngr_rule, reserved, tarn_rule, reserved);
+ASSERT_SAME(appmngr_rule, orig, tarn_rule, original);
+ASSERT_SAME(appmngr_rule, reply, tarn_rule, reply);
+static_assert(sizeof(appmngr_dnsRule) == sizeof(tarn_keyword), "appmngr_dnsRule");
+ASSERT_SAME(appmngr_dnsRule, appId, tarn_keyword, app_id);
+ASSERT_SAME(appmngr_dnsRule, keyword, tarn_keyword, keyword);
 
 // Allocates a zeroed message with room for recordBytes and fills in its netlink header. Returns
 // null, reported, when memory is short or the length does not fit the header.

@@ -4,6 +4,7 @@
 
 import os
 import pathlib
+import re
 import shlex
 import shutil
 import struct
@@ -37,6 +38,7 @@ class Case:
     module: str = "receives"
     meanwhile: str = ""  # commands that are run again and again while the case runs
     stderr: str = ""
+    log: str = ""  # of the module
     status: int = 0
     image_size: int | None = None  # of what is left of it
 
@@ -69,6 +71,10 @@ REFUSED, TOO_LONG = (f"app netlink sendto fail, ret:-1\n{reason}\n"
                      for reason in ("Connection refused", "Message too long"))
 
 
+# What send_malformed sends; -22 is EINVAL, -95 EOPNOTSUPP.
+REJECTED = [(size, -22) for size in (65, 15, 63, 660, 661, 662, 663, 664)] + [(665, -95)]
+
+
 # What repeat_load prints when its loads had these outputs.
 def all_of(*outputs):
     return "".join("--\n" + output for output in sorted(outputs))
@@ -81,8 +87,9 @@ CASES = [
     Case("init_script", "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'", received=(19, 21)),
     Case("init_script_damaged_image", "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'",
          status=5, image_size=1000),  # the lines go to syslog
-    Case("update", "sh -c 'tarn-db-load $0 && mv $0 appdb.img && tarn-db-load appdb.img'",
-         received=(19, 21, 19, 21)),
+    Case("update", "sh -c 'tarn-db-load $0 && mv $0 appdb.img'", received=(19, 21)),
+    Case("malformed_messages", "bin/send_malformed", received=None,
+         log="".join(f"tarn_sink: rejected {size} bytes: {error}\n" for size, error in REJECTED)),
     Case("load", LOADER, received=(19, 21)),
     Case("load_answered", LOADER, received=(19, 21), module="answers"),
     Case("no_dns_keywords", LOADER, NO_KEYWORD, text=database(3, 0), received=(19,)),
@@ -139,6 +146,10 @@ def write_payload(payload, tool, programs):
         sent.mkdir(parents=True)
         for options in ([], ["--priority"]):
             subprocess.run([tool, "messages", *options, "--raw", sent, image], check=True)
+            text = subprocess.run([tool, "messages", *options, image], check=True,
+                                  stdout=subprocess.PIPE, text=True).stdout
+            for kind, message in re.findall(r"(?sm)^(?=Message (\d+))(.*?\n)(?=\nMessage|\Z)", text):
+                (sent / f"{kind}.txt").write_text(message)
         if case.image_size:
             os.truncate(image, case.image_size)
         run[case.module].append(shlex.join(words))
@@ -147,7 +158,8 @@ def write_payload(payload, tool, programs):
 
 def differences(case, work):
     results = work / "results" / case.name
-    wanted = {"stdout": case.stdout, "stderr": case.stderr, "status": f"{case.status}\n"}
+    wanted = {"stdout": case.stdout, "stderr": case.stderr, "status": f"{case.status}\n",
+              "log": case.log}
     for name, want in wanted.items():
         got = (results / name).read_bytes().decode(errors="backslashreplace")
         if got != want:
@@ -155,12 +167,16 @@ def differences(case, work):
     if case.received is not None:
         got = received_datagrams(results / "received")
         port_id = got[0][1] if got else 0
-        sent = messages(work / "messages" / case.name, case.received, port_id)
+        sent_files = work / "messages" / case.name
+        sent = messages(sent_files, case.received, port_id)
         want = [(22, port_id, message) for message in sent]
         if got != want:
             # Protocol, port id and length of each.
             sizes = [[(*row[:2], len(row[2])) for row in rows] for rows in (got, want)]
             yield "received: {} instead of {}, or with other bytes".format(*sizes)
+        shown = "\n".join((sent_files / f"{kind}.txt").read_text() for kind in case.received)
+        if got and (results / "messages").read_text() != shown.replace("pid 0", f"pid {port_id}"):
+            yield "the module shows other messages than tarn-db-tool"
 
 
 def main(work, kernel, tool, *programs):

@@ -3,6 +3,7 @@
  * name, a digest. It includes each public header.
  */
 #include "appdist/appdist.h"
+#include "appdist/tarn_classifier.h"
 #include "appmngr/appmngr.h"
 #include "appmngr/appmngr_model.h"
 #include "apppri/apppri.h"
