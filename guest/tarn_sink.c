@@ -1,11 +1,11 @@
 /*
- * tarn_sink - stands in for the traffic classifier in the guest, and is where one can start from: it
- * receives the messages that <tarn_classifier.h> describes, rejects what does not fit, and keeps
+ * tarn_sink - stands in for the traffic classifier in the guest, and is where one can start from:
+ * it receives the messages that <tarn_classifier.h> describes, rejects what does not fit, and keeps
  * the rest.
  *
- * /proc/tarn-sink/messages shows the messages that came, in order, as text. /proc/tarn-sink/received
- * holds them as they came, up to 4 MiB; writing to that file empties both. One message reads there,
- * in host byte order:
+ * /proc/tarn-sink/messages shows the messages that came, in order, as text.
+ * /proc/tarn-sink/received holds them as they came, up to 4 MiB; writing to that file empties both.
+ * One message reads there, in host byte order:
  *
  *      0          4          8         12
  *     +----------+----------+----------+----------------+
@@ -116,8 +116,8 @@ static void show_signature(struct seq_file *file, const char *direction,
     seq_printf(file,
                "      %-5s  enable %d  start %-5d end %-5d minlength %-5d dpiType \"%.16s\"  "
                "dpiCode \"%.256s\"\n",
-               direction, signature->enable, signature->start, signature->end,
-               signature->minlength, signature->dpi_type, signature->dpi_code);
+               direction, signature->enable, signature->start, signature->end, signature->minlength,
+               signature->dpi_type, signature->dpi_code);
 }
 
 static void show_address(struct seq_file *file, __be32 address, u16 port)

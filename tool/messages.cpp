@@ -3,12 +3,15 @@
 #include "tool/commands.h"
 
 #include "appdist/appdist.h"
+#include "appdist/tarn_classifier.h"
 #include "check/database.h"
 #include "check/device.h"
 #include "tool/file.h"
 #include "tool/options.h"
 #include "tool/record.h"
 
+#include <algorithm>
+#include <arpa/inet.h>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -25,7 +28,8 @@ namespace
 
 struct {
     std::string image;
-    std::string folder; // for raw messages; empty for none
+    std::string folder;  // for raw messages; empty for none
+    std::string capture; // file; empty for none
     bool priority = false;
     bool json = false;
 } arguments;
@@ -39,6 +43,10 @@ void declare(CLI::App &parser)
     addOption(parser, "--raw", arguments.folder, "DIR",
               "Directory to write the raw messages to, one file each");
     exclude(parser, "--raw", "--json");
+    addOption(parser, "--pcap", arguments.capture, "FILE",
+              "Capture of them to write, for Wireshark and tcpdump");
+    exclude(parser, "--pcap", "--json");
+    exclude(parser, "--pcap", "--raw");
 }
 
 using Message = std::unique_ptr<appdist_message, decltype(&free)>;
@@ -171,8 +179,47 @@ Decoded decode(const appdist_message &message, const Kind &kind)
     return decoded;
 }
 
+template <typename Record> void append(std::string &bytes, const Record &record)
+{
+    bytes.append(reinterpret_cast<const char *>(&record), sizeof(record));
+}
+
+// A pcap file, in host byte order: its header, then a header for each packet. Packets of the link
+// type netlink begin with one more, in network byte order.
+struct CaptureHeader {
+    uint32_t magic = 0xA1B2C3D4;
+    uint16_t version[2] = {2, 4};
+    uint32_t zone[2] = {0, 0};
+    uint32_t packetLimit = 262144; // more is not read
+    uint32_t linkType = 253;       // netlink
+};
+
+struct PacketHeader {
+    uint32_t time[2] = {0, 0};
+    uint32_t captured;
+    uint32_t length;
+};
+
+struct NetlinkHeader {
+    uint16_t direction = htons(4);  // outgoing
+    uint16_t hardware = htons(824); // netlink
+    uint16_t unused[5] = {};
+    uint16_t protocol = htons(TARN_NETLINK_CLASSIFIER);
+};
+
+void appendPacket(std::string &capture, const std::string &message)
+{
+    const auto length = static_cast<uint32_t>(sizeof(NetlinkHeader) + message.size());
+    const uint32_t captured = std::min(length, CaptureHeader().packetLimit);
+    append(capture, PacketHeader{{0, 0}, captured, length});
+    append(capture, NetlinkHeader());
+    capture.append(message, 0, captured - sizeof(NetlinkHeader));
+}
+
 int run()
 {
+    std::string capture;
+    append(capture, CaptureHeader());
     std::string text;
     Json list = Json::array();
     std::vector<OutputFile> files;
@@ -183,9 +230,12 @@ int run()
         list.push_back(decoded.json);
         const auto *bytes = reinterpret_cast<const char *>(message.get());
         files.push_back({arguments.folder + "/" + kind.file, {bytes, message->header.nlmsg_len}});
+        appendPacket(capture, files.back().contents);
     }
     if (!arguments.folder.empty()) {
         writeFiles(files);
+    } else if (!arguments.capture.empty()) {
+        writeFile(arguments.capture, capture);
     } else if (arguments.json) {
         printJson({{"messages", list}});
     } else {
