@@ -6,8 +6,10 @@
 
 #include "check/database.h"
 
+#include <array>
 #include <cstddef>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -127,6 +129,15 @@ struct Source {
  * found to sources.
  */
 void checkFile(const InputFile &file, std::deque<Source> &sources);
+
+/* The texts of the databases, in the order of their table, that make one image or container. */
+using Texts = std::array<std::optional<InputFile>, 2>;
+
+/* Checks texts that are still to be packed. Adds what is found to sources. */
+void checkTexts(const Texts &texts, std::deque<Source> &sources);
+
+/* Checks a file that should be an update container, and the databases in it. */
+void checkContainer(const InputFile &file, std::deque<Source> &sources);
 
 struct Report {
     std::string text;

@@ -52,9 +52,6 @@ bool hasContainerDigest(const std::string &file);
 /* Whether, whatever the digest, the file is divided as a container is. */
 bool hasContainerStructure(const std::string &file);
 
-/* Checks a container with the databases in it. */
-void checkContainerFile(const InputFile &file, std::deque<Source> &sources);
-
 /* Checks an application database; returns the ids of its applications. */
 std::set<uint32_t> checkApplications(const Document &document, Source &source);
 

@@ -23,7 +23,7 @@ constexpr CheckDescription table[] = {
     {Check::ContainerDigest, error, "container-digest",
      "The container's digest does not match its contents."},
     {Check::ContainerCount, error, "container-count",
-     "The container has more than 16 files, or not as many as its header declares."},
+     "The container has no file, more than 16, or not as many as its header declares."},
     {Check::FileDigest, error, "file-digest",
      "A file of the container cannot be decrypted: its digest does not match."},
     {Check::FileVersion, error, "file-version",

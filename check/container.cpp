@@ -48,6 +48,12 @@ public:
     {
         const std::string &container = file_.contents;
         const size_t size = container.size();
+        if (size < headSize) {
+            report(Check::ContainerLength, "the container is " + std::to_string(size) +
+                                               " bytes; the minimum is " +
+                                               std::to_string(headSize));
+            return;
+        }
         if (size > DBIMAGE_CONTAINER_MAX) {
             report(Check::ContainerLength, "the container is " + std::to_string(size) +
                                                " bytes; the limit is " +
@@ -65,6 +71,8 @@ public:
                        ", or is above 16");
         } else if (fault != nullptr) {
             report(Check::ContainerLength, "the files do not end where the container does");
+        } else if (table.count == 0) {
+            report(Check::ContainerCount, "the container has no file");
         }
         for (uint32_t i = 0; i < table.count; i++) {
             subject_ = "file " + std::to_string(i);
@@ -150,7 +158,7 @@ bool hasContainerStructure(const std::string &file)
     return isOfAnySize(file) && listFiles(file, table) == nullptr && table.count > 0;
 }
 
-void checkContainerFile(const InputFile &file, std::deque<Source> &sources)
+void checkContainer(const InputFile &file, std::deque<Source> &sources)
 {
     ContainerChecker(file, sources).check();
 }

@@ -117,12 +117,25 @@ void checkXmlFile(Source &source)
     }
 }
 
+void checkTexts(const Texts &texts, std::deque<Source> &sources)
+{
+    AppIds appIds;
+    for (size_t i = 0; i < texts.size(); i++) {
+        if (texts[i]) {
+            Source &source =
+                sources.emplace_back(Source{texts[i]->name, "", texts[i]->contents, {}});
+            checkText(databases[i], source, appIds);
+            checkRoom(databases[i], source);
+        }
+    }
+}
+
 void checkFile(const InputFile &file, std::deque<Source> &sources)
 {
     const bool isXml = looksLikeXml(file.contents);
     // A digest is not right by chance.
     if (hasContainerDigest(file.contents) || (!isXml && hasContainerStructure(file.contents))) {
-        checkContainerFile(file, sources);
+        checkContainer(file, sources);
     } else if (isXml) {
         checkXmlFile(sources.emplace_back(Source{file.name, "", file.contents, {}}));
     } else {

@@ -42,8 +42,8 @@ struct Tool : testing::Test {
         write("zeros", std::string(204800, '\0'));
         write("noise", noise(66000));
         std::filesystem::create_directory("part");
-        EXPECT_EQ(run("tarn-db-tool pack app.xml -o old.img --priority sorts.xml &&"
-                      "tarn-db-tool pack new.xml --output new.img --priority newsorts.xml"),
+        EXPECT_EQ(run("tarn-db-tool pack --force app.xml -o old.img --priority sorts.xml &&"
+                      "tarn-db-tool pack --force new.xml --output new.img --priority newsorts.xml"),
                   0);
     }
 
@@ -79,18 +79,18 @@ TEST_F(Tool, ReplacesAFileWholeOrNotAtAll)
     std::filesystem::permissions("old.img", perms{04750});
     std::filesystem::create_symlink("old.img", "link.img");
     // With counts of what is reached, they would be cut off as well.
-    EXPECT_EQ(run("export COUNTS=$PWD; ulimit -f 1; trap '' XFSZ; tarn-db-tool pack noise "
+    EXPECT_EQ(run("export COUNTS=$PWD; ulimit -f 1; trap '' XFSZ; tarn-db-tool pack --force noise "
                   "-o old.img"),
               1);
     resultOfFsync = -1;
     EXPECT_ANY_THROW(tool::writeFile("old.img", "new"));
     resultOfFsync = 0;
     EXPECT_EQ(contents("old.img"), "old");
-    EXPECT_EQ(run("tarn-db-tool pack app.xml -o link.img; ls | grep -F img."), 1);
+    EXPECT_EQ(run("tarn-db-tool pack --force app.xml -o link.img; ls | grep -F img."), 1);
     EXPECT_TRUE(std::filesystem::is_symlink("link.img"));
     EXPECT_EQ(textIn(contents("old.img")), app);
     EXPECT_EQ(status("old.img").permissions(), perms{0750});
-    EXPECT_EQ(run("umask 013; tarn-db-tool pack app.xml -o created.img"), 0);
+    EXPECT_EQ(run("umask 013; tarn-db-tool pack --force app.xml -o created.img"), 0);
     EXPECT_EQ(status("created.img").permissions(), perms{0664});
 }
 
@@ -98,7 +98,7 @@ TEST_F(Tool, packMakesAnImageThatTheDeviceReads)
 {
     for (const std::string &text : {std::string(), noise(64500), noise(204799, 4)}) {
         write("text", text);
-        EXPECT_EQ(run("tarn-db-tool pack text -o text.img"), 0);
+        EXPECT_EQ(run("tarn-db-tool pack --force text -o text.img"), 0);
         EXPECT_EQ(textIn(contents("text.img")), text) << text.size();
     }
 }
@@ -123,7 +123,7 @@ static void writeDatabasesForABundle()
         text.pop_back();
         write("fit.xml", text);
         write("large.xml", text + "!?+-!?+-");
-        EXPECT_EQ(run("tarn-db-tool pack fit.xml -o fit.img"), 0);
+        EXPECT_EQ(run("tarn-db-tool pack --force fit.xml -o fit.img"), 0);
     } while (std::filesystem::file_size("fit.img") > 65500);
 }
 

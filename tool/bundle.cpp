@@ -21,6 +21,7 @@ struct {
     std::string paths[2]; // of the texts, in the order of the table of databases; may be empty
     std::string version;
     std::string container;
+    bool force = false;
 } arguments;
 
 constexpr size_t blockSize = 8; // of the encryption
@@ -75,10 +76,9 @@ std::string databaseFile(const std::string &image, int patch)
     return encrypt(digest + body);
 }
 
-// The entry for the database in the file at path.
-std::string entry(const std::string &path, const check::Database &database, int patch)
+// The entry for the database of this text.
+std::string entry(const InputFile &text, const check::Database &database, int patch)
 {
-    const InputFile text = readFile(path);
     const std::string file = databaseFile(check::packDatabase(text, database), patch);
     // The device decrypts it into the buffer for the text and wants a block to spare.
     const size_t limit = database.textLimit + 1 - blockSize;
@@ -108,6 +108,7 @@ void declare(CLI::App &parser)
               "Application database, - for standard input");
     addOption(parser, "--priority", arguments.paths[1], "SORTDB.xml", "Priority database");
     requireOneOf(parser, {"--app", "--priority"});
+    addForce(parser, arguments.force);
 }
 
 int run()
@@ -115,9 +116,10 @@ int run()
     const int patch = patchLevel(arguments.version);
     dbimage_containerHead head = {};
     std::string entries;
-    for (size_t i = 0; i < std::size(check::databases); i++) {
-        if (!arguments.paths[i].empty()) {
-            entries += entry(arguments.paths[i], check::databases[i], patch);
+    const check::Texts texts = readTexts(arguments.paths, arguments.force);
+    for (size_t i = 0; i < texts.size(); i++) {
+        if (texts[i]) {
+            entries += entry(*texts[i], check::databases[i], patch);
             head.fileCount++;
         }
     }

@@ -42,7 +42,7 @@ int run()
     }
     std::deque<check::Source> sources;
     for (const std::string &path : arguments.files) {
-        check::checkFile(readFile(path), sources);
+        check::checkFile(readFile(path, xmlFileMax + 1), sources);
     }
     const check::Report report = arguments.json
                                      ? check::reportAsJson(sources, arguments.warningsAreErrors)

@@ -70,7 +70,7 @@ Json signatures(const appmngr_rule &rule)
 
 Items readItems(const std::string &path)
 {
-    check::loadApplicationTables(readFile(path));
+    check::loadApplicationTables(readImageFile(path));
     Items items;
     const auto add = [&items](Kind kind, uint32_t id, const std::string &text, const Json &fields) {
         items.emplace(Key{kind, id, text}, fields);

@@ -51,7 +51,7 @@ std::string rulesAsJson(const std::string &imageName)
 
 int run()
 {
-    const InputFile image = readFile(arguments.image);
+    const InputFile image = readImageFile(arguments.image);
     check::loadApplicationTables(image);
     const std::string folder = arguments.folder.empty() ? "." : arguments.folder;
     writeFile(folder + "/database.json", rulesAsJson(image.name));

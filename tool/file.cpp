@@ -5,6 +5,7 @@
 #include "check/database.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -28,14 +29,10 @@ check::Failure systemFailure(const std::string &file)
     return check::Failure(file, std::strerror(errno));
 }
 
-std::string readAll(FILE *stream, const std::string &name)
+std::string readAll(FILE *stream, size_t max, const std::string &name)
 {
-    std::string contents;
-    std::string block(65536, '\0');
-    size_t count = 0;
-    while ((count = fread(block.data(), 1, block.size(), stream)) > 0) {
-        contents.append(block, 0, count);
-    }
+    std::string contents(max, '\0');
+    contents.resize(fread(contents.data(), 1, max, stream));
     if (ferror(stream) != 0) {
         throw systemFailure(name);
     }
@@ -55,12 +52,49 @@ void writeAll(int descriptor, const std::string &contents, const std::string &na
     }
 }
 
+// Holds back the signals by which a user or the system ends a program.
+class HeldSignals
+{
+public:
+    HeldSignals()
+    {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+            sigaddset(&held, signal);
+        }
+        sigprocmask(SIG_BLOCK, &held, &before_);
+    }
+
+    HeldSignals(const HeldSignals &) = delete;
+    HeldSignals &operator=(const HeldSignals &) = delete;
+
+    ~HeldSignals()
+    {
+        sigprocmask(SIG_SETMASK, &before_, nullptr);
+    }
+
+private:
+    sigset_t before_ = {};
+};
+
+// Where a path leads by symbolic links, of which the last may lead to nothing.
+std::filesystem::path followed(std::filesystem::path path)
+{
+    constexpr int linkMax = 40; // as the kernel has it
+    for (int links = 0; links < linkMax && is_symlink(path); links++) {
+        path = path.parent_path() / read_symlink(path);
+    }
+    return path;
+}
+
 // A temporary file next to the one that it is to replace; deleted if it never does.
 class ReplacementFile
 {
 public:
-    explicit ReplacementFile(const std::string &target)
-        : target_(target), path_(target + ".XXXXXX"), descriptor_(mkstemp(path_.data()))
+    explicit ReplacementFile(const std::filesystem::path &target)
+        : target_(target), path_((target.parent_path() / ".tarn-XXXXXX").string()),
+          descriptor_(mkstemp(path_.data()))
     {
         if (descriptor_ < 0) {
             throw systemFailure(target_);
@@ -81,6 +115,11 @@ public:
     void write(const std::string &contents, mode_t mode)
     {
         writeAll(descriptor_, contents, target_);
+        struct stat old = {};
+        if (stat(target_.c_str(), &old) == 0) {
+            mode = old.st_mode & 0777;
+            static_cast<void>(fchown(descriptor_, old.st_uid, old.st_gid) == 0); // if allowed
+        }
         if (fchmod(descriptor_, mode) != 0 || fsync(descriptor_) != 0) {
             throw systemFailure(target_);
         }
@@ -107,7 +146,7 @@ mode_t newFileMode()
     return 0666 & ~mask;
 }
 
-InputFile readStandardInput()
+InputFile readStandardInput(size_t max)
 {
     static bool isUsed = false;
     const std::string name = "standard input";
@@ -115,21 +154,51 @@ InputFile readStandardInput()
         throw check::Failure(name, "can be used for one file only");
     }
     isUsed = true;
-    return {name, readAll(stdin, name)};
+    return {name, readAll(stdin, max, name)};
 }
 
 } // namespace
 
-InputFile readFile(const std::string &path)
+InputFile readFile(const std::string &path, size_t max)
 {
     if (path == "-") {
-        return readStandardInput();
+        return readStandardInput(max);
     }
     const Stream stream(fopen(path.c_str(), "rb"), fclose);
     if (!stream) {
         throw systemFailure(path);
     }
-    return {path, readAll(stream.get(), path)};
+    return {path, readAll(stream.get(), max, path)};
+}
+
+InputFile readWholeFile(const std::string &path, size_t max)
+{
+    InputFile file = readFile(path, max + 1);
+    if (file.contents.size() > max) {
+        throw check::Failure(file.name, "is larger than " + std::to_string(max) + " bytes");
+    }
+    return file;
+}
+
+check::Texts readTexts(const std::string (&paths)[2], bool forced)
+{
+    check::Texts texts;
+    for (size_t i = 0; i < texts.size(); i++) {
+        if (!paths[i].empty()) {
+            texts[i] = readWholeFile(paths[i], xmlFileMax);
+        }
+    }
+    std::deque<check::Source> sources;
+    if (!forced) {
+        check::checkTexts(texts, sources);
+    }
+    const check::Report report =
+        check::reportAsText(sources, false, check::showsColour(STDERR_FILENO));
+    if (report.errors > 0) {
+        fputs(report.text.c_str(), stderr);
+        throw check::Failure("nothing is written", "use --force to pack it all the same");
+    }
+    return texts;
 }
 
 void writeFile(const std::string &path, const std::string &contents)
@@ -152,6 +221,7 @@ void writeFile(const std::string &path, const std::string &contents)
 
 void writeFiles(const std::vector<OutputFile> &files)
 {
+    const HeldSignals held; // until nothing temporary is left
     std::list<ReplacementFile> replacements;
     for (const OutputFile &file : files) {
         struct stat status = {};
@@ -159,10 +229,8 @@ void writeFiles(const std::vector<OutputFile> &files)
         if (exists && !S_ISREG(status.st_mode)) {
             throw check::Failure(file.path, "not a regular file");
         }
-        // A symbolic link stays one: the file it points to is replaced.
-        replacements.emplace_back(exists ? std::filesystem::canonical(file.path).string()
-                                         : file.path);
-        replacements.back().write(file.contents, exists ? status.st_mode & 0777 : newFileMode());
+        replacements.emplace_back(followed(file.path));
+        replacements.back().write(file.contents, newFileMode());
     }
     for (ReplacementFile &replacement : replacements) {
         replacement.replaceTarget();

@@ -1,10 +1,12 @@
 /*
- * Reading and writing whole files; output.
+ * Reading and writing whole files, texts of databases among them; output.
  */
 #ifndef TOOL_FILE_H
 #define TOOL_FILE_H
 
-#include "check/database.h"
+#include "appmngr/appmngr_model.h"
+#include "apppri/apppri.h"
+#include "check/check.h"
 #include "check/output.h"
 
 #include <string>
@@ -17,15 +19,37 @@ using check::InputFile;
 using check::Json;
 using check::jsonText;
 
-/* Reads a file, or standard input for the path "-". Throws Failure. */
-InputFile readFile(const std::string &path);
+/* How much of a file can matter, in bytes. */
+constexpr size_t imageFileMax = APPPRI_IMAGE_OFFSET + APPMNGR_IMAGE_SIZE;
+constexpr size_t xmlFileMax = 4 << 20;
 
 /*
- * Replaces the file at path as a whole; if that fails, it stays as it was. A file that is not
+ * Reads at most max bytes of a file, or of standard input for the path "-". What follows is left
+ * alone. Throws Failure.
+ */
+InputFile readFile(const std::string &path, size_t max);
+
+/* The same for the whole of a file; throws Failure if it has more than max bytes. */
+InputFile readWholeFile(const std::string &path, size_t max);
+
+inline InputFile readImageFile(const std::string &path)
+{
+    return readFile(path, imageFileMax);
+}
+
+/*
+ * Replaces the file at path as a whole, with its mode and, if allowed, its owner; if that fails, or
+ * a signal ends the program, it stays as it was. A symbolic link stays one. A file that is not
  * regular, such as a device or a pipe, is written in place; the path "-" is standard output. Throws
  * Failure.
  */
 void writeFile(const std::string &path, const std::string &contents);
+
+/*
+ * Reads the texts at paths, in the order of the table of databases; none for an empty path. Unless
+ * forced, reports texts with errors on standard error and throws Failure.
+ */
+check::Texts readTexts(const std::string (&paths)[2], bool forced);
 
 struct OutputFile {
     std::string path;

@@ -54,7 +54,7 @@ std::string formatted(const InputFile &xml, bool compact)
 
 int run()
 {
-    writeStandardOutput(formatted(readFile(arguments.xml), arguments.compact));
+    writeStandardOutput(formatted(readWholeFile(arguments.xml, xmlFileMax), arguments.compact));
     return 0;
 }
 

@@ -44,14 +44,14 @@ void declareRules(CLI::App &parser)
 
 int runShow()
 {
-    check::loadApplicationTables(readFile(arguments.image));
+    check::loadApplicationTables(readImageFile(arguments.image));
     appmngr_showDb();
     return 0;
 }
 
 int list(void (*show)(), Json (*asJson)())
 {
-    check::loadApplicationTables(readFile(arguments.image));
+    check::loadApplicationTables(readImageFile(arguments.image));
     if (arguments.json) {
         printJson(asJson());
     } else {
@@ -105,7 +105,7 @@ Json rulesAsJson(const appmngr_app &app)
 
 int runRules()
 {
-    const InputFile image = readFile(arguments.image);
+    const InputFile image = readImageFile(arguments.image);
     check::loadApplicationTables(image);
     const appmngr_app *app = appmngr_getAppById(arguments.appId);
     if (app == nullptr) {

@@ -54,7 +54,7 @@ using Message = std::unique_ptr<appdist_message, decltype(&free)>;
 std::vector<Message> buildMessages()
 {
     const appdist_handle channel = {}; // not open; its port id, that of the loader, is 0
-    const InputFile image = readFile(arguments.image);
+    const InputFile image = readImageFile(arguments.image);
     const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     std::vector<Message> messages;
     const auto add = [&messages](appdist_message *message) {

@@ -9,10 +9,21 @@
 namespace tool
 {
 
+namespace
+{
+
+// An unset variable of a shell script must not pass for an option that was not given.
+std::string checkNotEmpty(const std::string &value)
+{
+    return value.empty() ? "must not be empty" : "";
+}
+
+} // namespace
+
 void addOption(CLI::App &parser, const char *name, std::string &value, const char *type,
                const std::string &what)
 {
-    parser.add_option(name, value, what)->type_name(type);
+    parser.add_option(name, value, what)->type_name(type)->check(checkNotEmpty);
 }
 
 void addFlag(CLI::App &parser, const char *name, bool &flag, const char *what)
@@ -22,13 +33,15 @@ void addFlag(CLI::App &parser, const char *name, bool &flag, const char *what)
 
 void addInput(CLI::App &parser, const char *name, std::string &path, const std::string &what)
 {
-    parser.add_option(name, path, what + ", - for standard input")->required();
+    parser.add_option(name, path, what + ", - for standard input")
+        ->required()
+        ->check(checkNotEmpty);
 }
 
 void addInputs(CLI::App &parser, const char *name, std::vector<std::string> &paths,
                const std::string &what)
 {
-    parser.add_option(name, paths, what + ", - for standard input");
+    parser.add_option(name, paths, what + ", - for standard input")->check(checkNotEmpty);
 }
 
 void addImage(CLI::App &parser, std::string &path)
@@ -45,6 +58,11 @@ void addOutput(CLI::App &parser, const char *type, std::string &path, const std:
 void addJson(CLI::App &parser, bool &json)
 {
     addFlag(parser, "--json", json, "Print one JSON document");
+}
+
+void addForce(CLI::App &parser, bool &force)
+{
+    addFlag(parser, "--force", force, "Do it even if check finds errors");
 }
 
 void addAppId(CLI::App &parser, uint32_t &id)

@@ -38,6 +38,9 @@ void addJson(CLI::App &parser, bool &json);
 
 void addAppId(CLI::App &parser, uint32_t &id);
 
+/* For what check::Texts are read with. */
+void addForce(CLI::App &parser, bool &force);
+
 /* An option must be there, and check, if it is given, return an empty text for its value. */
 void require(CLI::App &parser, const char *name,
              std::string (*check)(const std::string &value) = nullptr);

@@ -15,9 +15,9 @@ namespace
 {
 
 struct {
-    std::string application;
-    std::string priority; // may be empty
+    std::string paths[2]; // of the texts, in the order of the table of databases
     std::string image;
+    bool force = false;
 } packed;
 
 struct {
@@ -27,19 +27,20 @@ struct {
 
 void declarePack(CLI::App &parser)
 {
-    addInput(parser, "APPDB.xml", packed.application, "Application database");
+    addInput(parser, "APPDB.xml", packed.paths[0], "Application database");
     addOutput(parser, "IMAGE", packed.image, "Image file");
-    addOption(parser, "--priority", packed.priority, "SORTDB.xml",
+    addOption(parser, "--priority", packed.paths[1], "SORTDB.xml",
               "Priority database to pack with it");
+    addForce(parser, packed.force);
 }
 
 int runPack()
 {
-    std::string image =
-        check::packDatabase(readFile(packed.application), check::applicationDatabase);
-    if (!packed.priority.empty()) {
+    const check::Texts texts = readTexts(packed.paths, packed.force);
+    std::string image = check::packDatabase(*texts[0], check::applicationDatabase);
+    if (texts[1]) {
         image.resize(check::priorityDatabase.offset);
-        image += check::packDatabase(readFile(packed.priority), check::priorityDatabase);
+        image += check::packDatabase(*texts[1], check::priorityDatabase);
     }
     writeFile(packed.image, image);
     return 0;
@@ -56,7 +57,7 @@ int runUnpack()
 {
     const check::Database &database =
         unpacked.priority ? check::priorityDatabase : check::applicationDatabase;
-    writeStandardOutput(check::unpackDatabase(readFile(unpacked.image), database));
+    writeStandardOutput(check::unpackDatabase(readImageFile(unpacked.image), database));
     return 0;
 }
 

@@ -67,7 +67,7 @@ Json databaseAsJson()
 
 int run()
 {
-    check::loadPriorityModel(readFile(arguments.image));
+    check::loadPriorityModel(readImageFile(arguments.image));
     if (arguments.json) {
         printJson(databaseAsJson());
         return 0;

@@ -21,39 +21,61 @@ struct {
     std::string output;
 } arguments;
 
-constexpr size_t sizeLimit = 16382;
-constexpr size_t growth = 24; // digest and padding
-constexpr int failed = 255;   // what a shell makes of -1
+// The device reads at most 16,382 bytes, here of a sealed file: a digest and whole blocks.
+constexpr size_t sealedLimit = 16382;
+constexpr size_t blockSize = 8;
+constexpr size_t plainLimit = (sealedLimit - DBIMAGE_DIGEST_SIZE) / blockSize * blockSize;
+constexpr int failed = 255; // what a shell makes of -1
 
 void declare(CLI::App &parser)
 {
-    addInput(parser, "IN", arguments.input,
-             "File to read, at most " + std::to_string(sizeLimit) + " bytes");
+    addInput(parser, "IN", arguments.input, "File to read");
     addOption(parser, "OUT", arguments.output, "", "File to write, - for standard output");
     require(parser, "OUT");
 }
 
-template <int encrypt> int run()
+std::string process(const std::string &input, int encrypt)
 {
-    const InputFile input = readFile(arguments.input);
-    const size_t size = input.contents.size();
-    if (size > sizeLimit) {
-        throw check::Failure(input.name, "larger than " + std::to_string(sizeLimit) + " bytes");
-    }
-    std::string output(size + growth, '\0');
+    std::string output(input.size() + DBIMAGE_DIGEST_SIZE + blockSize, '\0');
     const int length =
-        md5_des_seal(input.contents.data(), static_cast<int32_t>(size), output.data(),
+        md5_des_seal(input.data(), static_cast<int32_t>(input.size()), output.data(),
                      static_cast<int32_t>(output.size()), g_appmngr_databaseKey, encrypt);
     output.resize(static_cast<size_t>(length));
-    writeFile(arguments.output, output);
+    return output;
+}
+
+int runSeal()
+{
+    const InputFile input = readWholeFile(arguments.input, plainLimit);
+    writeFile(arguments.output, process(input.contents, 1));
     return 0;
+}
+
+// Zeros fill the last block; the digest tells how many.
+int runUnseal()
+{
+    const InputFile input = readWholeFile(arguments.input, sealedLimit);
+    std::string plain = process(input.contents, 0);
+    for (size_t zeros = 0; zeros < blockSize && input.contents.size() >= DBIMAGE_DIGEST_SIZE;
+         zeros++) {
+        if (md5_verify(input.contents.data(), plain.data(), static_cast<uint32_t>(plain.size())) ==
+            1) {
+            writeFile(arguments.output, plain);
+            return 0;
+        }
+        if (plain.empty() || plain.back() != '\0') {
+            break;
+        }
+        plain.pop_back();
+    }
+    throw check::Failure(input.name, "is not sealed with this key");
 }
 
 } // namespace
 
 const Command seal = {"seal", "Encrypt a file with the database key, prefixed with its digest",
-                      declare, run<1>, failed};
+                      declare, runSeal, failed};
 
-const Command unseal = {"unseal", "Decrypt a sealed file", declare, run<0>, failed};
+const Command unseal = {"unseal", "Decrypt a sealed file", declare, runUnseal, failed};
 
 } // namespace tool

@@ -3,6 +3,7 @@
 #include "tool/commands.h"
 
 #include "appmngr/appmngr_model.h"
+#include "check/check.h"
 #include "check/device.h"
 #include "dbimage/dbimage.h"
 #include "tool/file.h"
@@ -11,6 +12,7 @@
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <unistd.h>
@@ -73,14 +75,30 @@ std::string describe(const dbimage_file &file, Json &json)
            ", magic " + check::magicText(header);
 }
 
+// Why an update with a container fails, in a sentence; empty if it does not.
+std::string faultOf(const InputFile &container, const check::Run &update, uint32_t fileCount)
+{
+    if (update.status == 0 && fileCount > 0) {
+        return "";
+    }
+    std::deque<check::Source> sources;
+    check::checkContainer(container, sources);
+    for (const check::Source &source : sources) {
+        for (const check::Finding &finding : source.findings) {
+            if (check::describe(finding.check).severity == check::Severity::Error) {
+                return finding.message;
+            }
+        }
+    }
+    return check::firstDiagnostic(update);
+}
+
 int run()
 {
-    const std::string container = readFile(arguments.container).contents;
-    const check::Run update = check::runUpdate(container);
-    fwrite(update.lines.data(), 1, update.lines.size(), stderr);
-
-    const std::string result = appmngr_errToStr(static_cast<int16_t>(update.status));
-    const dbimage_fileTable files = filesOf(container);
+    const InputFile container = readFile(arguments.container, DBIMAGE_CONTAINER_MAX + 1);
+    const check::Run update = check::runUpdate(container.contents);
+    const dbimage_fileTable files = filesOf(container.contents);
+    const std::string fault = faultOf(container, update, files.count);
     std::string text;
     Json list = Json::array();
     for (uint32_t i = 0; i < files.count; i++) {
@@ -93,11 +111,16 @@ int run()
         list.push_back(json);
     }
     if (arguments.json) {
-        printJson({{"files", list}, {"result", result}});
+        printJson({{"files", list},
+                   {"result", appmngr_errToStr(static_cast<int16_t>(update.status))},
+                   {"fault", fault}});
     } else {
-        writeStandardOutput(text + "result: " + result + "\n");
+        writeStandardOutput(text + "result: " +
+                            (fault.empty() ? "an update with this container succeeds"
+                                           : "an update with this container fails: " + fault) +
+                            "\n");
     }
-    return update.status == 0 ? 0 : 1;
+    return fault.empty() ? 0 : 1;
 }
 
 } // namespace
