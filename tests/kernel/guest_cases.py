@@ -50,7 +50,8 @@ MODULE = {
     "receives": "rmmod tarn_sink; insmod /tarn_sink.ko",
 }
 
-LOADER, WRAPPER = "bin/tarn-db-loader", "bin/tarn-db-load"
+LOADER, WRAPPER, UNIT = "bin/tarn-db-loader", "bin/tarn-db-load", "bin/run_unit"
+INIT_SCRIPT = "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'"  # its lines go to syslog
 # The allocator keeps nothing back, so that a byte that is not freed shows.
 REPEAT = "env GLIBC_TUNABLES=glibc.malloc.tcache_count=0 bin/repeat_load"
 
@@ -81,13 +82,16 @@ def all_of(*outputs):
 
 
 CASES = [
-    Case("wrapped_no_module", WRAPPER, module="none", received=None, stderr=ABSENT, status=6),
+    Case("wrapped_no_module", WRAPPER, module="none", received=None, stderr=ABSENT, status=7),
     Case("wrapped_load", WRAPPER, received=(19, 21)),
     Case("wrapped_damaged_image", WRAPPER, stderr=DAMAGED, status=5, image_size=1000),
-    Case("init_script", "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'", received=(19, 21)),
-    Case("init_script_damaged_image", "sh -c 'TARN_DB_FILE=$0 bin/tarn-db-load.init start'",
-         status=5, image_size=1000),  # the lines go to syslog
-    Case("update", "sh -c 'tarn-db-load $0 && mv $0 appdb.img'", received=(19, 21)),
+    Case("init_script_no_module", INIT_SCRIPT, module="none", received=None, status=7),
+    Case("init_script", INIT_SCRIPT, received=(19, 21)),
+    Case("init_script_damaged_image", INIT_SCRIPT, status=5, image_size=1000),
+    Case("unit_no_module", UNIT, module="none", received=None, status=7),
+    Case("unit", UNIT, received=(19, 21)),
+    Case("unit_damaged_image", UNIT, status=5, image_size=1000),
+    Case("update", "sh -c 'tarn-db-load $0 && sync && mv $0 appdb.img'", received=(19, 21)),
     Case("malformed_messages", "bin/send_malformed", received=None,
          log="".join(f"tarn_sink: rejected {size} bytes: {error}\n" for size, error in REJECTED)),
     Case("load", LOADER, received=(19, 21)),
