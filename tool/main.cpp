@@ -1,16 +1,19 @@
 // tarn-db-tool - the companion of tarn-db-loader for database authors: the table of its
 // subcommands, and its errors.
 
+#include "check/outline.h"
 #include "tool/commands.h"
 #include "tool/file.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -37,10 +40,62 @@ bool openStandardStreams()
     return areOpen;
 }
 
-std::string usageMessage(const CLI::App *, const CLI::Error &error)
+// The name among those of parsers or options that differs least, as a question; empty if none is
+// near.
+std::string suggestion(const std::string &word, const std::vector<std::string> &names)
 {
+    constexpr size_t nearby = 2;
+    const auto distance = [&word](const std::string &name) {
+        return check::editDistance(word, name);
+    };
+    const auto nearest =
+        std::min_element(names.begin(), names.end(),
+                         [&](const auto &a, const auto &b) { return distance(a) < distance(b); });
+    const bool isNear = nearest != names.end() && distance(*nearest) <= nearby;
+    return isNear ? "; did you mean " + *nearest + "?" : "";
+}
+
+std::vector<std::string> optionNames(const CLI::App &parser)
+{
+    std::vector<std::string> names;
+    for (const CLI::Option *option : parser.get_options()) {
+        for (const std::string &name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+std::string usageMessage(const CLI::App *parser, const CLI::Error &error)
+{
+    const std::vector<CLI::App *> subcommands = parser->get_subcommands();
+    const CLI::App *const used = subcommands.empty() ? parser : subcommands.front();
+    const std::vector<std::string> unknown = parser->remaining(true);
     return std::string("tarn-db-tool: ") + error.what() +
-           "\nRun tarn-db-tool --help for more information.\n";
+           (unknown.empty() ? "" : suggestion(unknown.front(), optionNames(*used))) +
+           "\nRun tarn-db-tool " + (used == parser ? "" : used->get_name() + " ") +
+           "--help for more information.\n";
+}
+
+// Returns the command line for the parser, which wants it in reverse. help SUBCOMMAND is the same
+// as SUBCOMMAND --help. A first word that means nothing is rejected.
+std::vector<std::string> wordsOf(int argc, char **argv)
+{
+    std::vector<std::string> words(argv + 1, argv + std::max(argc, 1));
+    if (!words.empty() && words[0] == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    std::vector<std::string> known = {"-h", "--help", "--version"};
+    for (const tool::Command *command : commands) {
+        known.emplace_back(command->name);
+    }
+    if (!words.empty() && std::find(known.begin(), known.end(), words[0]) == known.end()) {
+        throw CLI::ExtrasError("there is no subcommand " + words[0] + suggestion(words[0], known),
+                               CLI::ExitCodes::ExtrasError);
+    }
+    std::reverse(words.begin(), words.end());
+    return words;
 }
 
 // Leaves the exit status for an exception in failed.
@@ -61,7 +116,7 @@ int runTool(int argc, char **argv, int &failed)
         });
     }
     try {
-        parser.parse(argc, argv);
+        parser.parse(wordsOf(argc, argv));
     } catch (const CLI::ParseError &error) {
         status = parser.exit(error) == 0 ? 0 : wrongCommandLine;
     }

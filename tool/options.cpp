@@ -67,7 +67,9 @@ void addForce(CLI::App &parser, bool &force)
 
 void addAppId(CLI::App &parser, uint32_t &id)
 {
-    parser.add_option("APPID", id, "Id of the application")->required();
+    parser.add_option("APPID", id, "Id of the application")
+        ->required()
+        ->check(CLI::Range(0u, UINT32_MAX));
 }
 
 void require(CLI::App &parser, const char *name, std::string (*check)(const std::string &value))
