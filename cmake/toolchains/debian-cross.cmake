@@ -28,6 +28,9 @@ else()
   set(CMAKE_CROSSCOMPILING_EMULATOR ${tarn_emulator} -L /usr/${tarn_triplet})
 endif()
 
+# Where a machine has no atomic operations of 8 bytes, libcrypto needs a library for them.
+set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-Wl,--as-needed -latomic -Wl,--no-as-needed")
+
 set(CMAKE_FIND_ROOT_PATH ${TARN_SYSROOT} /usr/${tarn_triplet})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
