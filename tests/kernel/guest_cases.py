@@ -144,7 +144,7 @@ def write_payload(payload, tool, programs):
             words = ["meanwhile", case.meanwhile, *words]
         words.append(f"{case.name}.img")
         image = payload / words[-1]
-        subprocess.run([tool, "pack", "-", "-o", image, "--priority",
+        subprocess.run([tool, "pack", "--force", "-", "-o", image, "--priority",
                         PROJECT / "examples/sortdb.xml"], input=case.text, text=True, check=True)
         sent = payload.parent / "messages" / case.name
         sent.mkdir(parents=True)
