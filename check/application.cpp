@@ -25,7 +25,7 @@ constexpr unsigned appNameLimit = sizeof(appmngr_app::name) - 1;
 constexpr unsigned typeNameLimit = sizeof(appmngr_appType::name) - 1;
 constexpr unsigned dpiTypeLimit = sizeof(appmngr_feature::dpiType) - 1;
 constexpr unsigned dpiCodeLimit = sizeof(appmngr_feature::dpiCode) - 1;
-constexpr unsigned keywordLimit = sizeof(appmngr_dnsRule::keyword) - 1;
+constexpr unsigned keywordSizeLimit = sizeof(appmngr_dnsRule::keyword) - 1;
 
 constexpr OutlineRow rows[] = {
     {0, "AppDB", Kind::Group, 0},
@@ -60,7 +60,7 @@ constexpr OutlineRow rows[] = {
     {6, "dpiType", Kind::Text, dpiTypeLimit},
     {6, "dpiCode", Kind::Text, dpiCodeLimit},
     {3, "dnsKwList", Kind::List, 0},
-    {4, "dnsKw", Kind::TextEntry, keywordLimit},
+    {4, "dnsKw", Kind::TextEntry, keywordSizeLimit},
     {1, "appTypeList", Kind::List, 0},
     {2, "appType", Kind::Record, 0},
     {3, "id", Kind::Number, 0},
@@ -70,13 +70,6 @@ constexpr OutlineRow rows[] = {
 constexpr const char *records[] = {"app", "tuple", "dnsKw", "appType", nullptr};
 
 constexpr Outline outline = {rows, std::size(rows), false, records};
-
-// The kernel doubles the send buffer that a socket asks for, and net.core.wmem_max bounds what it
-// may ask for; the kernel's own record of the datagram takes 32 bytes of it.
-constexpr size_t defaultWmemMax = 212992;
-constexpr size_t datagramLimit = 2 * defaultWmemMax - 32;
-constexpr size_t messageHead = 64; // around the rules
-constexpr size_t ruleLimit = (datagramLimit - messageHead) / sizeof(appmngr_rule);
 
 struct Type {
     const XmlpNode *node;
@@ -99,7 +92,7 @@ public:
     {
     }
 
-    std::set<uint32_t> check()
+    const std::set<uint32_t> &check()
     {
         const XmlpNode *top = document_.top();
         for (const XmlpNode *expired : childrenNamed(top, "expired")) {
@@ -343,10 +336,13 @@ private:
 
 } // namespace
 
-std::set<uint32_t> checkApplications(const Document &document, Source &source)
+void checkApplications(const Document &document, Source &source, AppIds &appIds)
 {
     checkOutline(document, outline, source);
-    return ApplicationChecker(document, source).check();
+    ApplicationChecker checker(document, source);
+    const std::set<uint32_t> &defined = checker.check();
+    appIds.defined.emplace(appIds.defined.value_or(std::set<uint32_t>()))
+        .insert(defined.begin(), defined.end());
 }
 
 } // namespace check

@@ -5,10 +5,12 @@
 #define CHECK_CHECK_H
 
 #include "check/database.h"
+#include "check/location.h"
 
 #include <array>
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -89,8 +91,11 @@ enum class Check {
     PastExpiry,
 };
 
-/* An error makes the loader fail or lose data; a warning is about what is suspicious. */
-enum class Severity { Error, Warning };
+/*
+ * An error makes the loader fail or lose data; a warning is about what is suspicious. What is off
+ * is not reported.
+ */
+enum class Severity { Error, Warning, Off };
 
 struct CheckDescription {
     Check check;
@@ -104,37 +109,93 @@ const CheckDescription &describe(Check check);
 /* All of them, in the order of Check. */
 std::vector<CheckDescription> allChecks();
 
-struct Finding {
-    Check check;
-    size_t offset; /* in the text, in bytes */
+/* The severity with which each check is reported, at first that of its description. */
+class Severities
+{
+public:
+    Severities();
+    Severity of(Check check) const;
+
+    /* Sets one, "NAME=off", "NAME=warning" or "NAME=error"; returns what is wrong with that, or "".
+     */
+    std::string set(const std::string &assignment);
+
+    void turnWarningsIntoErrors();
+
+private:
+    std::vector<Severity> severities_;
+};
+
+/* A second place that a finding is about. */
+struct Note {
+    size_t offset;
     std::string message;
 };
 
-/* The beginning of text in quotes, for a message. */
-std::string inQuotes(std::string_view text);
+/* What to write in the place of size bytes. */
+struct Fix {
+    size_t offset;
+    size_t size;
+    std::string text;
+};
+
+struct Finding {
+    Check check;
+    size_t offset; /* in the text as it is written, in bytes, like those of note and fix */
+    std::string message;
+    std::optional<Note> note = {};
+    std::optional<Fix> fix = {};
+};
+
+/* Where a part of a text comes from: it begins at an offset of the text, and was written at
+ * another. */
+struct Piece {
+    size_t at;
+    size_t from;
+};
 
 /* A text of a file; or the file around its texts, then without a text of its own. */
 struct Source {
     std::string file;
-    std::string database; /* which one of an image or container; empty for a file as a whole */
-    std::string text;
-    std::vector<Finding> findings;
+    std::string database;      /* which one of an image or container; empty for a file as a whole */
+    std::string text;          /* as a device reads it */
+    bool isWritten = false;    /* by an author, who may use more of XML than devices read */
+    std::string original = {}; /* the text as it is written, if that differs */
+    std::vector<Piece> pieces = {};
+    std::vector<Finding> findings = {};
+    std::map<Check, size_t> counts = {}; /* of all findings; of each check the first 100 are kept */
 
-    void add(Check check, size_t offset, const std::string &message);
+    /* The text that findings are shown in, and where an offset of text is in it. */
+    const std::string &shown() const;
+    size_t shownOffset(size_t offset) const;
+
+    /* Adds a finding at an offset of text, with a fix in its terms. */
+    void add(Check check, size_t offset, const std::string &message,
+             const std::optional<Fix> &fix = {});
+
+    /* Adds one in the terms of the text that is shown. */
+    void addShown(const Finding &finding);
+
+    /* Whether more findings of a check are counted, but not kept. */
+    bool isFull(Check check) const;
     bool hasErrors() const;
 };
 
 /*
- * Checks an XML text, an image or an update container, whichever the file looks like. Adds what is
- * found to sources.
+ * Checks XML texts, images and update containers, whichever each file looks like. The databases in
+ * an image or container are held against each other, and so are the XML texts. Adds what is found
+ * to sources.
  */
-void checkFile(const InputFile &file, std::deque<Source> &sources);
+void checkFiles(const std::vector<InputFile> &files, std::deque<Source> &sources);
 
 /* The texts of the databases, in the order of their table, that make one image or container. */
 using Texts = std::array<std::optional<InputFile>, 2>;
 
-/* Checks texts that are still to be packed. Adds what is found to sources. */
-void checkTexts(const Texts &texts, std::deque<Source> &sources);
+/*
+ * Checks texts that are still to be packed, and converts them to what devices read. Adds what is
+ * found to sources.
+ */
+void checkTexts(Texts &texts, std::deque<Source> &sources);
 
 /* Checks a file that should be an update container, and the databases in it. */
 void checkContainer(const InputFile &file, std::deque<Source> &sources);
@@ -145,14 +206,23 @@ struct Report {
     size_t warnings = 0;
 };
 
-/* As a compiler does; warningsAreErrors turns every warning into an error. */
-Report reportAsText(const std::deque<Source> &sources, bool warningsAreErrors, bool inColour);
+/* As a compiler does. */
+Report reportAsText(const std::deque<Source> &sources, const Severities &severities, bool inColour);
 
 /* The same as one JSON document. */
-Report reportAsJson(const std::deque<Source> &sources, bool warningsAreErrors);
+Report reportAsJson(const std::deque<Source> &sources, const Severities &severities);
+
+/* The same as a log in the Static Analysis Results Interchange Format (SARIF) 2.1.0. */
+Report reportAsSarif(const std::deque<Source> &sources, const Severities &severities);
+
+/* The text of source as it is written, with all fixes of its findings. */
+std::string fixedText(const Source &source);
 
 /* The checks, one on a line; or as a JSON document. */
 std::string listChecks(bool wantsJson);
+
+/* What the documentation says of a check, as Markdown; empty for a name that no check has. */
+std::string explainCheck(const std::string &name);
 
 } // namespace check
 

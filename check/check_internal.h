@@ -5,36 +5,37 @@
 #define CHECK_CHECK_INTERNAL_H
 
 #include "check/check.h"
+#include "check/content.h"
 #include "check/document.h"
 
-#include <array>
 #include <optional>
 #include <set>
-#include <string_view>
+#include <vector>
 
 namespace check
 {
 
-/* Whether a file begins as an XML document does: with a BOM or with a tag. */
-bool looksLikeXml(const std::string &file);
+/* The ids of applications in databases that belong together. */
+struct AppIds {
+    struct Use {
+        Source *source;
+        size_t offset;
+        uint32_t id;
+    };
 
-/* The ids of the applications of a database, when its text could be read. */
-using AppIds = std::optional<std::set<uint32_t>>;
+    std::optional<std::set<uint32_t>> defined; /* by application databases that could be read */
+    std::vector<Use> used;                     /* in priority databases */
 
-/*
- * Checks the text of source, which is that of database, and gets appIds from an application
- * database or holds a priority database against them.
- */
+    /* Reports those that are used but not defined, if any are defined at all. */
+    void reportUnknown() const;
+};
+
+/* Checks the text of source, which is that of database, and adds the ids in it to appIds. */
 void checkText(const Database &database, Source &source, AppIds &appIds);
 
-/* Checks the text of a file that is an XML document: of either database, and still to be packed. */
-void checkXmlFile(Source &source);
-
-/* The images of both databases, in the order of the table. */
-using Images = std::array<Image, 2>;
-
-/* Whether one of them is something like an image. */
-bool isPlausible(const Images &images);
+/* The same for the text of a file that is an XML document: of either database, and still to be
+ * packed. */
+void checkXmlFile(Source &source, AppIds &appIds);
 
 /* Checks an image file with the databases in it. */
 void checkImageFile(const InputFile &file, const Images &images, std::deque<Source> &sources);
@@ -46,20 +47,9 @@ void checkImageFile(const InputFile &file, const Images &images, std::deque<Sour
 void checkImage(const Image &image, const Database &database, Source &file,
                 std::deque<Source> &sources, AppIds &appIds);
 
-/* Whether the file begins with the digest of a container. */
-bool hasContainerDigest(const std::string &file);
-
-/* Whether, whatever the digest, the file is divided as a container is. */
-bool hasContainerStructure(const std::string &file);
-
-/* Checks an application database; returns the ids of its applications. */
-std::set<uint32_t> checkApplications(const Document &document, Source &source);
-
-/*
- * Checks a priority database. appIds are the applications of the application database beside it,
- * null when there is none.
- */
-void checkPriorities(const Document &document, const std::set<uint32_t> *appIds, Source &source);
+/* Check a database, and add its ids to appIds. */
+void checkApplications(const Document &document, Source &source, AppIds &appIds);
+void checkPriorities(const Document &document, Source &source, AppIds &appIds);
 
 } // namespace check
 

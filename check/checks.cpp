@@ -1,9 +1,13 @@
 // The checks of tarn-db-tool check: names, severities and what they say.
 
 #include "check/check.h"
+#include "check/check_page.h"
+#include "check/document.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <utility>
 
 namespace check
 {
@@ -148,6 +152,53 @@ const CheckDescription &describe(Check check)
 std::vector<CheckDescription> allChecks()
 {
     return {std::begin(table), std::end(table)};
+}
+
+std::string explainCheck(const std::string &name)
+{
+    const std::string_view page = checkPage;
+    const size_t start = page.find("### " + name + "\n");
+    const size_t end = std::min(
+        {page.find("\n\n### ", start + 1), page.find("\n\n## ", start + 1), page.size() - 1});
+    return start != npos ? std::string(page.substr(start, end + 1 - start)) : "";
+}
+
+Severities::Severities()
+{
+    for (const CheckDescription &check : table) {
+        severities_.push_back(check.severity);
+    }
+}
+
+Severity Severities::of(Check check) const
+{
+    return severities_[static_cast<size_t>(check)];
+}
+
+std::string Severities::set(const std::string &assignment)
+{
+    const size_t equals = assignment.find('=');
+    const std::string name = assignment.substr(0, equals);
+    const std::string value = equals != std::string::npos ? assignment.substr(equals + 1) : "";
+    const auto *const check = std::find_if(std::begin(table), std::end(table),
+                                           [&](const auto &row) { return row.name == name; });
+    if (check == std::end(table)) {
+        return "there is no check " + name;
+    }
+    const std::pair<const char *, Severity> values[] = {
+        {"off", Severity::Off}, {"warning", Severity::Warning}, {"error", Severity::Error}};
+    for (const auto &[word, severity] : values) {
+        if (value == word) {
+            severities_[static_cast<size_t>(check->check)] = severity;
+            return "";
+        }
+    }
+    return "must be " + name + "=off, " + name + "=warning or " + name + "=error";
+}
+
+void Severities::turnWarningsIntoErrors()
+{
+    std::replace(severities_.begin(), severities_.end(), Severity::Warning, Severity::Error);
 }
 
 } // namespace check

@@ -17,30 +17,16 @@ namespace
 
 constexpr size_t headSize = sizeof(dbimage_containerHead);
 
-// Many times what any device takes; what is longer is not looked at.
-constexpr size_t longestChecked = 4 << 20;
-
-const dbimage_fault *listFiles(const std::string &container, dbimage_fileTable &table)
-{
-    return dbimage_listFiles(container.data(), static_cast<uint32_t>(container.size()), &table);
-}
-
 bool isDigestRight(const std::string &container)
 {
     return dbimage_verifyDigest(container.data(), static_cast<uint32_t>(container.size())) != 0;
-}
-
-bool isOfAnySize(const std::string &file)
-{
-    return file.size() >= headSize && file.size() <= longestChecked;
 }
 
 class ContainerChecker
 {
 public:
     ContainerChecker(const InputFile &file, std::deque<Source> &sources)
-        : file_(file), sources_(sources),
-          source_(sources.emplace_back(Source{file.name, "", "", {}}))
+        : file_(file), sources_(sources), source_(sources.emplace_back(Source{file.name, "", ""}))
     {
     }
 
@@ -62,8 +48,8 @@ public:
         if (!isDigestRight(container)) {
             report(Check::ContainerDigest, "the digest of the container does not match its files");
         }
-        dbimage_fileTable table = {};
-        const dbimage_fault *fault = listFiles(container, table);
+        const dbimage_fault *fault = nullptr;
+        const std::vector<ContainedFile> files = readContainer(container, &fault);
         if (fault != nullptr && fault->code == APPMNGR_ERR_FILE_INVALID_FORMAT) {
             report(Check::ContainerCount,
                    "the number of files is not " +
@@ -71,16 +57,16 @@ public:
                        ", or is above 16");
         } else if (fault != nullptr) {
             report(Check::ContainerLength, "the files do not end where the container does");
-        } else if (table.count == 0) {
+        } else if (files.empty()) {
             report(Check::ContainerCount, "the container has no file");
         }
-        for (uint32_t i = 0; i < table.count; i++) {
+        for (size_t i = 0; i < files.size(); i++) {
             subject_ = "file " + std::to_string(i);
-            const Database *const database = databaseOfType(table.file[i].type);
-            if (database != nullptr) {
-                checkDatabase(table.file[i], *database);
+            if (files[i].database != nullptr) {
+                checkFile(files[i]);
             }
         }
+        appIds_.reportUnknown();
         reportUnexplained();
     }
 
@@ -90,24 +76,19 @@ private:
         source_.add(check, 0, message);
     }
 
-    void checkDatabase(const dbimage_file &file, const Database &database)
+    void checkFile(const ContainedFile &file)
     {
-        // A device decrypts into the buffer that the text is unpacked into later.
-        uint32_t length = database.textLimit + 1;
-        std::string plain(length, '\0');
-        const Run run = captureRun(
-            [&] { return appmngr_decrypt(plain.data(), &length, file.data, file.size); });
-        if (run.status <= 0) {
+        if (!file.header) {
             report(Check::FileDigest,
                    subject_ + " of " + std::to_string(file.size) +
                        " bytes cannot be decrypted, or its digest does not match");
             return;
         }
-        checkHeader(dbimage_readHeader(plain.data()), database);
-        dbimage_completeImage(plain.data());
-        plain.resize(length);
-        checkImage(readImage(plain, offsetof(dbimage_fileHeader, reserved), database), database,
-                   source_, sources_, appIds_);
+        checkHeader(*file.header, *file.database);
+        if (seen_.insert({file.type, file.image}).second) {
+            checkImage(readImage(file.image, 0, *file.database), *file.database, source_, sources_,
+                       appIds_);
+        }
     }
 
     void checkHeader(const dbimage_fileHeader &header, const Database &database)
@@ -142,21 +123,11 @@ private:
     std::deque<Source> &sources_;
     Source &source_; // the container
     AppIds appIds_;
-    std::string subject_; // the file at hand
+    std::set<std::pair<uint32_t, std::string>> seen_; // types and images of files
+    std::string subject_;                             // the file at hand
 };
 
 } // namespace
-
-bool hasContainerDigest(const std::string &file)
-{
-    return isOfAnySize(file) && isDigestRight(file);
-}
-
-bool hasContainerStructure(const std::string &file)
-{
-    dbimage_fileTable table = {};
-    return isOfAnySize(file) && listFiles(file, table) == nullptr && table.count > 0;
-}
 
 void checkContainer(const InputFile &file, std::deque<Source> &sources)
 {

@@ -124,6 +124,11 @@ const Database *databaseOfType(uint32_t type)
     return found != std::end(databases) ? found : nullptr;
 }
 
+size_t compressedSize(const InputFile &text)
+{
+    return compress(text).stream.size();
+}
+
 std::string packDatabase(const InputFile &text, const Database &database)
 {
     const std::string name = database.name;
@@ -161,30 +166,6 @@ Image readImage(const std::string &file, uint32_t offset, const Database &databa
                                                               : result == APPMNGR_LZMA_OK;
     }
     return image;
-}
-
-std::string unpackDatabase(const InputFile &file, const Database &database)
-{
-    const std::string name = database.name;
-    Image image = readImage(file.contents, database.offset, database);
-    if (!image.isThere) {
-        throw Failure(file.name,
-                      "has no " + name + " at offset " + std::to_string(database.offset));
-    }
-    if (!image.isComplete) {
-        throw Failure(file.name, "the image of the " + name + " is cut off: it should have " +
-                                     std::to_string(image.length - lengthSize) +
-                                     " bytes after its length field");
-    }
-    if (!image.isIntact) {
-        throw Failure(file.name, "the image of the " + name + " is corrupt after " +
-                                     std::to_string(image.text.size()) + " bytes of text");
-    }
-    if (image.text.size() > database.textLimit) {
-        throw Failure(file.name, "the text of the " + name + " is longer than the limit of " +
-                                     std::to_string(database.textLimit) + " bytes");
-    }
-    return image.text;
 }
 
 } // namespace check

@@ -65,17 +65,14 @@ struct Image {
 /* Decodes the image of a database, which begins at offset, damaged or not. */
 Image readImage(const std::string &file, uint32_t offset, const Database &database);
 
+/* How many bytes a text takes up when it is compressed. */
+size_t compressedSize(const InputFile &text);
+
 /*
  * Returns the image of a text: length field, header and stream. Throws Failure, saying by how
  * much, when the text or its image is too long.
  */
 std::string packDatabase(const InputFile &text, const Database &database);
-
-/*
- * Returns the text that a database of an image file holds. Throws Failure when there is none or
- * when it is damaged, however much the device would make of it.
- */
-std::string unpackDatabase(const InputFile &file, const Database &database);
 
 } // namespace check
 

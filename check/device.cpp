@@ -4,6 +4,7 @@
 
 #include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
+#include "check/content.h"
 #include "loader/loader.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <memory>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -44,13 +46,10 @@ void clear(const Database &database)
     database.clear();
 }
 
-void fill(const Database &database, const InputFile &image)
+void require(const InputFile &file, const Database &database)
 {
-    const std::string text = unpackDatabase(image, database);
-    clear(database);
-    const RedirectedDiagnostics redirection(STDERR_FILENO);
-    if (load(database, text) != 0) {
-        throw Failure(image.name, "the " + std::string(database.name) + " cannot be loaded");
+    if (!loadIfThere(file, database)) {
+        throw Failure(file.name, "has no " + std::string(database.name));
     }
 }
 
@@ -116,15 +115,12 @@ Run runUpdate(const std::string &container)
 
 std::string versionText(const dbimage_fileHeader &header)
 {
-    return std::to_string(header.version[0]) + "." + std::to_string(header.version[1]) + "." +
-           std::to_string(header.version[2]);
+    return fmt::format("{}.{}.{}", header.version[0], header.version[1], header.version[2]);
 }
 
 std::string magicText(const dbimage_fileHeader &header)
 {
-    char text[11];
-    snprintf(text, sizeof(text), "0x%08x", ntohl(header.magic));
-    return text;
+    return fmt::format("0x{:08x}", ntohl(header.magic));
 }
 
 std::string firstDiagnostic(const Run &run)
@@ -140,16 +136,30 @@ std::string firstDiagnostic(const Run &run)
     return "";
 }
 
-void loadApplicationTables(const InputFile &image)
+bool loadIfThere(const InputFile &file, const Database &database)
 {
-    fill(applicationDatabase, image);
+    const std::optional<std::string> text = findText(file, database);
+    if (!text) {
+        return false;
+    }
+    clear(database);
+    const RedirectedDiagnostics redirection(STDERR_FILENO);
+    if (load(database, *text) != 0) {
+        throw Failure(file.name, "the " + std::string(database.name) + " cannot be loaded");
+    }
+    return true;
 }
 
-void loadPriorityModel(const InputFile &image)
+void loadApplicationTables(const InputFile &file)
 {
-    fill(priorityDatabase, image);
+    require(file, applicationDatabase);
+}
+
+void loadPriorityModel(const InputFile &file)
+{
+    require(file, priorityDatabase);
     if (apppri_db.appSortList == nullptr) {
-        throw Failure(image.name, "the priority database has no sorts");
+        throw Failure(file.name, "the priority database has no sorts");
     }
 }
 

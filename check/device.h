@@ -54,14 +54,20 @@ std::string magicText(const dbimage_fileHeader &header);
 std::string firstDiagnostic(const Run &run);
 
 /*
- * Fills the process-wide application tables from an image file; tables of an earlier call are
- * released. No netlink socket is opened. The libraries' diagnostic lines appear on standard
- * error. Throws Failure when the image is damaged or the tables cannot be filled.
+ * Fills the process-wide tables of a database from a file of any kind, and returns whether it is
+ * there. Throws Failure when it is damaged or cannot be loaded.
  */
-void loadApplicationTables(const InputFile &image);
+bool loadIfThere(const InputFile &file, const Database &database);
+
+/*
+ * Fills the process-wide application tables from a file; tables of an earlier call are
+ * released. No netlink socket is opened. The libraries' diagnostic lines appear on standard
+ * error. Throws Failure when the database is missing or damaged or the tables cannot be filled.
+ */
+void loadApplicationTables(const InputFile &file);
 
 /* The same for the model of the priority database, which has at least one sort then. */
-void loadPriorityModel(const InputFile &image);
+void loadPriorityModel(const InputFile &file);
 
 /* The map of the loaded model: the priority of each application id. */
 std::vector<unsigned char> priorityMap();

@@ -3,6 +3,7 @@
 #include "check/document.h"
 
 #include "appmngr/appmngr.h"
+#include "check/conversion.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -17,6 +18,9 @@ namespace
 
 // Longest value that a loader reads.
 constexpr size_t longestValue = 511;
+
+// Many times what any device loads; of what is longer, only the size is checked.
+constexpr size_t longestParsed = 1 << 20;
 
 // What the parser means, by the line of its fault.
 constexpr struct {
@@ -87,31 +91,61 @@ size_t bomSize(const std::string &text)
         appmngr_checkEncoding(text.data(), static_cast<uint32_t>(text.size())));
 }
 
+void reportObstacle(const Obstacle &obstacle, Source &source)
+{
+    source.addShown({Check::RejectedText, obstacle.offset, obstacle.message, obstacle.note});
+}
+
 } // namespace
 
 Document::Document(Source &source) : source_(source), document_(nullptr, xmlp_releaseDoc)
 {
-    // A loader takes the text as a string, and does not see what a NUL hides.
-    const size_t length = strnlen(source.text.data(), source.text.size());
-    const size_t skip = std::min(bomSize(source.text), length);
     XmlpFault fault = {};
-    XmlpLocationList locations = {};
-    document_.reset(xmlp_readDoc(source.text.data() + skip, static_cast<uint32_t>(length - skip), 1,
-                                 &fault, &locations));
-    if (document_ != nullptr) {
-        locateElements({source.text.data(), length}, skip, locations.items);
-        free(locations.items);
-        if (top() == nullptr) { // a tag that does not end is no element, and not rejected either
-            source.add(Check::RejectedText, length, "the text ends within a tag");
-        }
+    const bool isParsed = source.text.size() <= longestParsed;
+    if (isParsed && parse(fault)) {
         return;
     }
-    const size_t at = fault.offset != XMLP_NOWHERE ? skip + fault.offset : 0;
-    std::string meaning = meaningOf(fault);
-    if (source.text.find("<!") < at) {
-        meaning += "; comments, CDATA and DOCTYPE are not supported";
+    Conversion conversion = convert(source.text);
+    if (source.isWritten && !conversion.fault) {
+        source.original = std::move(source.text);
+        source.text = std::move(conversion.text);
+        source.pieces = std::move(conversion.pieces);
+        if (source.text.size() > longestParsed || parse(fault)) {
+            return;
+        }
+        conversion = {};
     }
-    source.add(Check::RejectedText, at, meaning);
+    const size_t at = fault.offset != XMLP_NOWHERE ? bomSize(source.text) + fault.offset : 0;
+    const bool hidesForeign = conversion.foreign && conversion.foreign->offset <= at;
+    if (conversion.fault && (!isParsed || conversion.isExplained || hidesForeign)) {
+        reportObstacle(*conversion.fault, source);
+    } else if (hidesForeign) {
+        reportObstacle(*conversion.foreign, source);
+    } else if (isParsed) {
+        source.add(Check::RejectedText, at, meaningOf(fault));
+    }
+}
+
+// Returns whether the text was accepted.
+bool Document::parse(XmlpFault &fault)
+{
+    // A loader takes the text as a string, and does not see what a NUL hides.
+    const std::string &text = source_.text;
+    const size_t length = strnlen(text.data(), text.size());
+    const size_t skip = std::min(bomSize(text), length);
+    XmlpLocationList locations = {};
+    document_.reset(xmlp_readDoc(text.data() + skip, static_cast<uint32_t>(length - skip), 1,
+                                 &fault, &locations));
+    if (document_ == nullptr) {
+        return false;
+    }
+    locateElements({text.data(), length}, skip, locations.items);
+    free(locations.items);
+    if (top() == nullptr) { // a tag that does not end is no element, and not rejected either
+        constexpr int unfinishedTag = 441;
+        fault = {"", unfinishedTag, "", static_cast<uint32_t>(length - skip)};
+    }
+    return top() != nullptr;
 }
 
 // The locations are those of the nodes on a walk down the tree, and count from origin.
@@ -122,6 +156,7 @@ void Document::locateElements(std::string_view text, size_t origin, const XmlpLo
         Offsets &offsets = offsets_[node];
         offsets.tag = origin + locations->tag;
         offsets.content = origin + locations->content;
+        offsets.end = origin + locations->end;
         if (locations->content < locations->end) {
             offsets.text = textFrom(text, offsets.content);
         }

@@ -23,13 +23,17 @@ constexpr size_t npos = std::string::npos;
 struct Offsets {
     size_t tag = 0;     /* the "<" of the start tag */
     size_t content = 0; /* behind the start tag */
+    size_t end = 0;     /* behind the end tag */
     size_t text = npos; /* the first text of its own that is not blank */
 };
 
 class Document
 {
 public:
-    /* Parses the text of source as a device does. A text that is rejected is reported there. */
+    /*
+     * Parses the text of source as a device does; one that an author wrote is converted first, if a
+     * device would not read it. A text that is rejected is reported there.
+     */
     explicit Document(Source &source);
 
     /* The top element; null when the text was rejected. */
@@ -44,6 +48,7 @@ public:
     size_t outerText() const;
 
 private:
+    bool parse(XmlpFault &fault);
     void locateElements(std::string_view text, size_t origin, const XmlpLocation *locations);
 
     Source &source_;

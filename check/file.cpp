@@ -1,6 +1,7 @@
 // A file of any kind, and the text of a database, wherever it comes from.
 
 #include "check/check_internal.h"
+#include "check/conversion.h"
 #include "check/device.h"
 #include "check/values.h"
 
@@ -15,9 +16,6 @@ namespace check
 
 namespace
 {
-
-// Many times what any device loads; what is longer is not looked at.
-constexpr size_t longestChecked = 4 << 20;
 
 // The loader's own line, when no other finding explains it.
 void checkLoad(const Database &database, Source &source)
@@ -45,13 +43,10 @@ void checkDocument(const Database &database, const Document &document, Source &s
     const auto invalid = utf8::find_invalid(source.text.begin(), source.text.end());
     if (invalid != source.text.end()) {
         source.add(Check::NotUtf8, static_cast<size_t>(invalid - source.text.begin()),
-                   "this byte is not UTF-8");
+                   notUtf8(*invalid));
     }
-    if (&database == &priorityDatabase) {
-        checkPriorities(document, appIds ? &*appIds : nullptr, source);
-    } else {
-        appIds = checkApplications(document, source);
-    }
+    (&database == &priorityDatabase ? checkPriorities : checkApplications)(document, source,
+                                                                           appIds);
     if (!source.hasErrors()) {
         checkLoad(database, source);
     }
@@ -77,21 +72,6 @@ void checkRoom(const Database &database, Source &source)
 
 } // namespace
 
-bool looksLikeXml(const std::string &file)
-{
-    switch (appmngr_checkEncoding(file.data(),
-                                  static_cast<uint32_t>(std::min<size_t>(file.size(), 3)))) {
-    case APPMNGR_BOM_UTF8:
-    case APPMNGR_BOM_UTF16LE:
-    case APPMNGR_BOM_UTF16BE:
-        return true;
-    default:
-        break;
-    }
-    const size_t first = file.find_first_not_of(" \t\r\n");
-    return first != std::string::npos && file[first] == '<';
-}
-
 void checkText(const Database &database, Source &source, AppIds &appIds)
 {
     const Document document(source);
@@ -100,56 +80,76 @@ void checkText(const Database &database, Source &source, AppIds &appIds)
     }
 }
 
-void checkXmlFile(Source &source)
+void AppIds::reportUnknown() const
 {
-    if (source.text.size() > longestChecked) {
-        checkRoom(applicationDatabase, source);
-        return;
+    for (const Use &use : used) {
+        if (defined && defined->count(use.id) == 0) {
+            use.source->add(Check::UnknownApp, use.offset,
+                            "the application database has no application " +
+                                std::to_string(use.id));
+        }
     }
+}
+
+void checkXmlFile(Source &source, AppIds &appIds)
+{
     const Document document(source);
     const bool holdsPriorities =
         document.top() != nullptr && isNamed(document.top(), priorityDatabase.root);
     const Database &database = holdsPriorities ? priorityDatabase : applicationDatabase;
     checkRoom(database, source);
-    AppIds none;
     if (document.top() != nullptr) {
-        checkDocument(database, document, source, none);
+        checkDocument(database, document, source, appIds);
     }
 }
 
-void checkTexts(const Texts &texts, std::deque<Source> &sources)
+void checkTexts(Texts &texts, std::deque<Source> &sources)
 {
     AppIds appIds;
     for (size_t i = 0; i < texts.size(); i++) {
-        if (texts[i]) {
-            Source &source =
-                sources.emplace_back(Source{texts[i]->name, "", texts[i]->contents, {}});
-            checkText(databases[i], source, appIds);
-            checkRoom(databases[i], source);
+        if (!texts[i]) {
+            continue;
         }
+        InputFile &file = *texts[i];
+        if (kindOf(file.contents) != FileKind::Text) {
+            sources.emplace_back(Source{file.name, "", ""})
+                .add(Check::RejectedText, 0, "the file is not an XML text");
+            continue;
+        }
+        Source &source = sources.emplace_back(Source{file.name, "", file.contents, true});
+        checkText(databases[i], source, appIds);
+        checkRoom(databases[i], source);
+        file.contents = source.text;
     }
+    appIds.reportUnknown();
 }
 
-void checkFile(const InputFile &file, std::deque<Source> &sources)
+static void checkFile(const InputFile &file, std::deque<Source> &sources, AppIds &appIds)
 {
-    const bool isXml = looksLikeXml(file.contents);
-    // A digest is not right by chance.
-    if (hasContainerDigest(file.contents) || (!isXml && hasContainerStructure(file.contents))) {
+    const FileKind kind = kindOf(file.contents);
+    if (kind == FileKind::Container) {
         checkContainer(file, sources);
-    } else if (isXml) {
-        checkXmlFile(sources.emplace_back(Source{file.name, "", file.contents, {}}));
+    } else if (kind == FileKind::Text) {
+        checkXmlFile(sources.emplace_back(Source{file.name, "", file.contents, true}), appIds);
     } else {
-        const Images images = {
-            readImage(file.contents, applicationDatabase.offset, applicationDatabase),
-            readImage(file.contents, priorityDatabase.offset, priorityDatabase)};
+        const Images images = readImages(file.contents);
         if (isPlausible(images)) {
             checkImageFile(file, images, sources);
         } else {
-            sources.emplace_back(Source{file.name, "", "", {}})
+            sources.emplace_back(Source{file.name, "", ""})
                 .add(Check::UnknownFormat, 0,
                      "the file is not an XML text, an image or an update container");
         }
     }
+}
+
+void checkFiles(const std::vector<InputFile> &files, std::deque<Source> &sources)
+{
+    AppIds appIds;
+    for (const InputFile &file : files) {
+        checkFile(file, sources, appIds);
+    }
+    appIds.reportUnknown();
 }
 
 } // namespace check

@@ -11,13 +11,6 @@ namespace check
 namespace
 {
 
-// Almost any bytes decompress to something.
-bool isPlausible(const Image &image)
-{
-    return image.isThere && (looksLikeXml(image.text) ||
-                             (!image.text.empty() && image.length <= APPMNGR_IMAGE_SIZE));
-}
-
 // Reports what is wrong with an image but for its text.
 void checkImageItself(const Image &image, const Database &database, Source &source)
 {
@@ -41,11 +34,6 @@ void checkImageItself(const Image &image, const Database &database, Source &sour
 
 } // namespace
 
-bool isPlausible(const Images &images)
-{
-    return isPlausible(images[0]) || isPlausible(images[1]);
-}
-
 void checkImage(const Image &image, const Database &database, Source &file,
                 std::deque<Source> &sources, AppIds &appIds)
 {
@@ -60,7 +48,7 @@ void checkImage(const Image &image, const Database &database, Source &file,
                      std::to_string(database.textLimit) + " bytes");
     } else {
         checkImageItself(image, database, file);
-        sources.push_back({file.file, name, image.text, {}});
+        sources.push_back({file.file, name, image.text});
         checkNearLimit(image.text.size(), database.textLimit, "bytes of text", 0, sources.back());
         checkText(database, sources.back(), appIds);
     }
@@ -68,14 +56,14 @@ void checkImage(const Image &image, const Database &database, Source &file,
 
 void checkImageFile(const InputFile &file, const Images &images, std::deque<Source> &sources)
 {
-    Source &source = sources.emplace_back(Source{file.name, "", "", {}});
+    Source &source = sources.emplace_back(Source{file.name, "", ""});
     AppIds appIds;
     checkImage(images[0], applicationDatabase, source, sources, appIds);
     // An image file may end before the priority database, or hold only zeros there.
-    if (file.contents.find_first_not_of('\0', priorityDatabase.offset) <
-        priorityDatabase.offset + APPMNGR_IMAGE_SIZE) {
+    if (hasImage(file.contents, priorityDatabase)) {
         checkImage(images[1], priorityDatabase, source, sources, appIds);
     }
+    appIds.reportUnknown();
 }
 
 } // namespace check

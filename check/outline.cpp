@@ -145,18 +145,19 @@ private:
         const bool isReached =
             holdsElements(outline_.rows[row].kind) && node->type != XMLP_NODE_NONE;
         const bool isKnown = knownRow(node) != nullptr;
-        const std::string fault =
-            inQuotes(node->name) +
-            (isKnown
-                 ? " does not belong in " + inQuotes(outline_.rows[row].name) + parentsOf(node)
-                 : " is unknown; the closest known name is " + inQuotes(nearestName(node, row)));
-        if (isReached && outline_.rejectsOthers) {
-            report(Check::RejectedElement, node, fault);
-        } else if (isReached && isKnown && holdsRecord(node)) {
-            report(Check::UncountedRecord, node, fault);
-        } else {
-            report(isKnown ? Check::MisplacedElement : Check::UnknownElement, node, fault);
+        const Check check = isReached && outline_.rejectsOthers         ? Check::RejectedElement
+                            : isReached && isKnown && holdsRecord(node) ? Check::UncountedRecord
+                            : isKnown                                   ? Check::MisplacedElement
+                                                                        : Check::UnknownElement;
+        std::string fault;
+        if (!source_.isFull(check)) {
+            fault = inQuotes(node->name) +
+                    (isKnown ? " does not belong in " + inQuotes(outline_.rows[row].name) +
+                                   parentsOf(node)
+                             : " is unknown; the closest known name is " +
+                                   inQuotes(nearestName(node, row)));
         }
+        report(check, node, fault);
     }
 
     // Where the elements with the name of node belong, for a message.

@@ -7,6 +7,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <string>
+#include <string_view>
 
 namespace check
 {
@@ -26,6 +27,12 @@ enum class Colour { Red = 31, Green = 32, Yellow = 33 };
  * variable NO_COLOR is there and not empty.
  */
 bool showsColour(int descriptor);
+
+/*
+ * text as it can be shown: control characters, those that change the direction of what follows, and
+ * bytes that are not UTF-8 are written as escape sequences, so that no file steers a terminal.
+ */
+std::string printable(std::string_view text);
 
 /* text between the escape sequences for colour and for the default. */
 std::string coloured(const std::string &text, Colour colour);

@@ -48,11 +48,19 @@ constexpr Outline outline = {rows, std::size(rows), true, noRecords};
 
 constexpr int32_t highestPriority = 255;
 
+const XmlpNode *lastNamed(const XmlpNode *node, const char *name)
+{
+    const std::vector<const XmlpNode *> children = childrenNamed(node, name);
+    return children.empty() ? nullptr : children.back();
+}
+
 class PriorityChecker
 {
 public:
-    PriorityChecker(const Document &document, const std::set<uint32_t> *appIds, Source &source)
-        : document_(document), source_(source), known_(appIds)
+    PriorityChecker(const Document &document, Source &source, AppIds &appIds)
+        : document_(document), source_(source), used_(appIds.used),
+          sortNum_(lastNamed(document.top(), "sortNum")),
+          appNum_(lastNamed(document.top(), "appNum"))
     {
     }
 
@@ -64,8 +72,9 @@ public:
                 checkExpiry(document_, expired, true, source_);
             }
         }
-        for (const XmlpNode *list : childrenNamed(top, "sortList")) {
-            checkSorts(list);
+        const std::vector<const XmlpNode *> lists = childrenNamed(top, "sortList");
+        for (const XmlpNode *list : lists) {
+            checkSorts(list, lists.size() == 1);
         }
         if (sortCount_ == 0) {
             report(Check::NoSort, top, "the priority database has no sort");
@@ -78,7 +87,7 @@ private:
         source_.add(check, document_.offsetsOf(node).tag, message);
     }
 
-    void checkSorts(const XmlpNode *list)
+    void checkSorts(const XmlpNode *list, bool isOnlyList)
     {
         const std::vector<const XmlpNode *> sorts = childrenNamed(list, "sort");
         size_t apps = 0;
@@ -86,21 +95,29 @@ private:
             apps += checkSort(sort);
         }
         sortCount_ += sorts.size();
-        checkCount(list, "sortNum", sorts.size(), "sorts");
-        checkCount(list, "appNum", apps, "applications");
+        checkCount(list, "sortNum", sortNum_, sorts.size(), "sorts", isOnlyList);
+        checkCount(list, "appNum", appNum_, apps, "applications", isOnlyList);
     }
 
     // Holds what the database declares against a count of what is in list.
-    void checkCount(const XmlpNode *list, const char *name, size_t count, const char *what)
+    void checkCount(const XmlpNode *list, const char *name, const XmlpNode *declared, size_t count,
+                    const char *what, bool isOnlyList)
     {
-        const std::vector<const XmlpNode *> declared = childrenNamed(document_.top(), name);
-        const XmlpNode *last = declared.empty() ? nullptr : declared.back();
-        const auto number = static_cast<uint32_t>(last != nullptr ? numberOf(last) : 0);
-        if (number != count && (last == nullptr || !isLong(last))) {
-            report(Check::CountMismatch, last != nullptr ? last : list,
-                   inQuotes(name) + " is " +
-                       (last != nullptr ? inQuotes(valueOf(last)) : std::string("missing")) +
-                       "; the number of " + what + " is " + std::to_string(count));
+        const auto number = static_cast<uint32_t>(declared != nullptr ? numberOf(declared) : 0);
+        if (number == count || (declared != nullptr && isLong(declared))) {
+            return;
+        }
+        const std::string fault =
+            "; the number of " + std::string(what) + " is " + std::to_string(count);
+        if (declared == nullptr) {
+            report(Check::CountMismatch, list, inQuotes(name) + " is missing" + fault);
+        } else {
+            const Offsets &offsets = document_.offsetsOf(declared);
+            const size_t end = document_.offsetInValue(declared, declared->valueSize);
+            const Fix fix = {offsets.content, end - offsets.content, std::to_string(count)};
+            source_.add(Check::CountMismatch, offsets.tag,
+                        inQuotes(name) + " is " + inQuotes(valueOf(declared)) + fault,
+                        isOnlyList ? std::optional(fix) : std::nullopt);
         }
     }
 
@@ -147,9 +164,8 @@ private:
             report(Check::AppIdRange, id,
                    "the id " + inQuotes(valueOf(id)) + " is not in the range 0 to " +
                        std::to_string(APPMNGR_APP_ID_LIMIT - 1));
-        } else if (known_ != nullptr && known_->count(number) == 0) {
-            report(Check::UnknownApp, id,
-                   "the application database has no application " + std::to_string(number));
+        } else {
+            used_.push_back({&source_, document_.offsetsOf(id).tag, number});
         }
         if (!appIds_.insert(number).second) {
             report(Check::DuplicateAppId, id,
@@ -160,17 +176,19 @@ private:
 
     const Document &document_;
     Source &source_;
-    const std::set<uint32_t> *known_;
+    std::vector<AppIds::Use> &used_;
+    const XmlpNode *sortNum_; // null if missing
+    const XmlpNode *appNum_;
     std::set<uint32_t> appIds_;
     size_t sortCount_ = 0;
 };
 
 } // namespace
 
-void checkPriorities(const Document &document, const std::set<uint32_t> *appIds, Source &source)
+void checkPriorities(const Document &document, Source &source, AppIds &appIds)
 {
     checkOutline(document, outline, source);
-    PriorityChecker(document, appIds, source).check();
+    PriorityChecker(document, source, appIds).check();
 }
 
 } // namespace check

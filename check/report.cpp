@@ -1,11 +1,12 @@
-// Findings: where they are, for a person, and the reports of them, as text and as JSON.
+// Findings as reports: as a compiler prints them, as JSON and as SARIF.
 
 #include "check/check_internal.h"
+#include "check/location.h"
 #include "check/output.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <functional>
+#include <fmt/format.h>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace check
@@ -14,140 +15,81 @@ namespace check
 namespace
 {
 
-constexpr std::string_view bom = "\xEF\xBB\xBF";
+// Findings of one check that are reported of a text.
+constexpr size_t findingMax = 100;
 
-// Bytes of a line that are shown before and behind a location; a whole document may be one line.
-constexpr size_t shownBefore = 60;
-constexpr size_t shownBehind = 40;
-
-constexpr size_t quotedLength = 40;
-
-bool continuesCharacter(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-// Does not let bytes of a file steer a terminal.
-std::string printable(std::string_view text)
-{
-    std::string shown(text);
-    for (char &byte : shown) {
-        const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7F';
-        byte = isControl && byte != '\t' ? '?' : byte;
-    }
-    return shown;
-}
-
-// Moves at back to the first byte of its character, but not before first.
-size_t characterStart(std::string_view text, size_t at, size_t first)
-{
-    while (at > first && at < text.size() && continuesCharacter(text[at])) {
-        at--;
-    }
-    return at;
-}
-
-// Where an offset is, for a person.
-struct Location {
-    size_t line = 1;
-    size_t column = 1;   // in characters; a tab is one
-    std::string excerpt; // of the line, as much as is shown
-    std::string caret;   // points, printed below the excerpt, at the offset
+struct LocatedFinding {
+    const Source &source;
+    Finding finding;
+    Severity severity;
+    Location location;
+    Location noteLocation; // if it has a note
 };
-
-// Finds the locations of offsets of a text, which must be asked for in increasing order.
-class LocationFinder
-{
-public:
-    // text must outlive the finder.
-    explicit LocationFinder(const std::string &text);
-    Location find(size_t offset);
-
-private:
-    std::string_view text_;
-    size_t at_ = 0;
-    size_t lineStart_ = 0;
-    size_t line_ = 1;
-    size_t column_ = 1;
-};
-
-LocationFinder::LocationFinder(const std::string &text) : text_(text)
-{
-    if (text_.substr(0, bom.size()) == bom) {
-        at_ = lineStart_ = bom.size();
-    }
-}
-
-Location LocationFinder::find(size_t offset)
-{
-    for (; at_ < offset && at_ < text_.size(); at_++) {
-        if (text_[at_] == '\n') {
-            line_++;
-            column_ = 1;
-            lineStart_ = at_ + 1;
-        } else if (!continuesCharacter(text_[at_])) {
-            column_++;
-        }
-    }
-    const size_t cut = at_ - lineStart_ > shownBefore ? at_ - shownBefore : lineStart_;
-    const size_t begin = characterStart(text_, cut, lineStart_);
-    const std::string_view rest = text_.substr(at_);
-    const size_t shown =
-        std::min(rest.substr(0, shownBehind + 1).find_first_of("\r\n"), rest.size());
-    const size_t end = shown <= shownBehind ? shown : characterStart(rest, shownBehind, 0);
-    const std::string before =
-        (begin > lineStart_ ? "..." : "") + printable(text_.substr(begin, at_ - begin));
-    Location location = {line_, column_, {}, {}};
-    location.excerpt = before + printable(rest.substr(0, end)) + (end < shown ? "..." : "");
-    for (const char byte : before) {
-        if (!continuesCharacter(byte)) {
-            location.caret += byte == '\t' ? '\t' : ' ';
-        }
-    }
-    location.caret += '^';
-    return location;
-}
 
 const char *nameOf(Severity severity)
 {
-    return severity == Severity::Error ? "error" : "warning";
+    static const char *const names[] = {"error", "warning", "off"};
+    return names[static_cast<size_t>(severity)];
 }
 
-std::string shownName(Severity severity, bool inColour)
+// The findings of a text in the order of their locations, but for those that are off. Counts them.
+void locateFindings(const Source &source, const Severities &severities, Report &report,
+                    std::vector<LocatedFinding> &located)
 {
-    const Colour colour = severity == Severity::Error ? Colour::Red : Colour::Yellow;
-    return inColour ? coloured(nameOf(severity), colour) : nameOf(severity);
-}
-
-std::string messageOf(const Source &source, const Finding &finding)
-{
-    return source.database.empty() ? finding.message : source.database + ": " + finding.message;
-}
-
-using Visitor =
-    std::function<void(const Source &, const Finding &, Severity severity, const Location &)>;
-
-// Visits all findings, those of a text in the order of their parents, and counts them.
-void visitFindings(const std::deque<Source> &sources, bool warningsAreErrors, Report &report,
-                   const Visitor &visit)
-{
-    for (const Source &source : sources) {
-        std::vector<Finding> findings = source.findings;
-        std::stable_sort(findings.begin(), findings.end(),
-                         [](const Finding &a, const Finding &b) { return a.offset < b.offset; });
-        LocationFinder finder(source.text);
-        for (const Finding &finding : findings) {
-            const Severity severity =
-                warningsAreErrors ? Severity::Error : describe(finding.check).severity;
-            (severity == Severity::Error ? report.errors : report.warnings)++;
-            visit(source, finding, severity, finder.find(finding.offset));
+    std::vector<Finding> findings = source.findings;
+    for (const auto &[check, count] : source.counts) {
+        const Severity severity = severities.of(check);
+        report.errors += severity == Severity::Error ? count : 0;
+        report.warnings += severity == Severity::Warning ? count : 0;
+        if (count > findingMax) {
+            findings.push_back({check, source.shown().size(),
+                                std::to_string(count - findingMax) + " more of this check"});
         }
     }
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding &a, const Finding &b) { return a.offset < b.offset; });
+    LocationFinder finder(source.shown());
+    for (const Finding &finding : findings) {
+        const Severity severity = severities.of(finding.check);
+        if (severity != Severity::Off) {
+            located.push_back({source, finding, severity, finder.find(finding.offset), {}});
+            if (finding.note) {
+                located.back().noteLocation =
+                    LocationFinder(source.shown()).find(finding.note->offset);
+            }
+        }
+    }
+}
+
+std::vector<LocatedFinding> locateFindings(const std::deque<Source> &sources,
+                                           const Severities &severities, Report &report)
+{
+    std::vector<LocatedFinding> located;
+    for (const Source &source : sources) {
+        locateFindings(source, severities, report, located);
+    }
+    return located;
+}
+
+std::string placeText(const Source &source, const Location &location)
+{
+    return fmt::format("{}:{}:{}: ", printable(source.file), location.line, location.column);
+}
+
+std::string excerptLines(const Source &source, const Location &location)
+{
+    return source.text.empty() ? "" : location.excerpt + "\n" + location.caret + "\n";
+}
+
+std::string messageOf(const LocatedFinding &found)
+{
+    const std::string &database = found.source.database;
+    return (database.empty() ? "" : database + ": ") + found.finding.message;
 }
 
 std::string counted(size_t count, const std::string &noun)
 {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 std::string documentText(const Json &document)
@@ -155,24 +97,90 @@ std::string documentText(const Json &document)
     return jsonText(document, 2) + "\n";
 }
 
-Json asJson(const CheckDescription &check)
+// A reference to a file by a relative path, as RFC 3986 has it.
+std::string uriOf(const std::string &path)
 {
-    return {
-        {"check", check.name}, {"severity", nameOf(check.severity)}, {"sentence", check.sentence}};
+    std::string uri;
+    for (const char byte : path) {
+        const bool isPlain = isalnum(static_cast<unsigned char>(byte)) != 0 ||
+                             std::string_view("-._~/").find(byte) != std::string_view::npos;
+        uri += isPlain ? std::string(1, byte)
+                       : fmt::format("%{:02X}", static_cast<unsigned char>(byte));
+    }
+    return uri;
 }
 
-std::string asLine(const CheckDescription &check)
+// Lines and columns of a text in an image or a container are none of the file.
+Json sarifLocation(const Source &source, const Location &location)
 {
-    char columns[40];
-    snprintf(columns, sizeof(columns), "%-19s %-8s ", check.name, nameOf(check.severity));
-    return columns + std::string(check.sentence) + "\n";
+    Json place = {{"artifactLocation", {{"uri", uriOf(source.file)}}}};
+    if (source.database.empty() && !source.text.empty()) {
+        place["region"] = {{"startLine", location.line}, {"startColumn", location.column}};
+    }
+    return {{"physicalLocation", place}};
+}
+
+Json sarifResult(const LocatedFinding &found)
+{
+    Json result = {{"ruleId", describe(found.finding.check).name},
+                   {"ruleIndex", static_cast<size_t>(found.finding.check)},
+                   {"level", nameOf(found.severity)},
+                   {"message", {{"text", messageOf(found)}}},
+                   {"locations", {sarifLocation(found.source, found.location)}}};
+    if (found.finding.note) {
+        Json related = sarifLocation(found.source, found.noteLocation);
+        related["message"] = {{"text", found.finding.note->message}};
+        result["relatedLocations"] = {related};
+    }
+    return result;
 }
 
 } // namespace
 
-void Source::add(Check check, size_t offset, const std::string &message)
+void Source::add(Check check, size_t offset, const std::string &message,
+                 const std::optional<Fix> &fix)
 {
-    findings.push_back({check, std::min(offset, text.size()), printable(message)});
+    std::optional<Fix> shownFix;
+    if (fix) {
+        const size_t start = shownOffset(fix->offset);
+        shownFix = {start, shownOffset(fix->offset + fix->size - 1) + 1 - start, fix->text};
+        if (shown().substr(start, shownFix->size) != text.substr(fix->offset, fix->size)) {
+            shownFix.reset(); // something else is written in between
+        }
+    }
+    addShown({check, shownOffset(offset), message, {}, shownFix});
+}
+
+void Source::addShown(const Finding &finding)
+{
+    if (!isFull(finding.check)) {
+        findings.push_back(finding);
+        findings.back().message = printable(finding.message);
+    }
+    counts[finding.check]++;
+}
+
+bool Source::isFull(Check check) const
+{
+    const auto count = counts.find(check);
+    return count != counts.end() && count->second >= findingMax;
+}
+
+const std::string &Source::shown() const
+{
+    return pieces.empty() ? text : original;
+}
+
+size_t Source::shownOffset(size_t offset) const
+{
+    const auto next =
+        std::upper_bound(pieces.begin(), pieces.end(), offset,
+                         [](size_t value, const Piece &piece) { return value < piece.at; });
+    if (next != pieces.begin()) {
+        const Piece &piece = *(next - 1);
+        offset = piece.from + offset - piece.at;
+    }
+    return std::min(offset, shown().size());
 }
 
 bool Source::hasErrors() const
@@ -182,52 +190,89 @@ bool Source::hasErrors() const
     });
 }
 
-std::string inQuotes(std::string_view text)
-{
-    const size_t length = characterStart(text, std::min(text.size(), quotedLength), 0);
-    return "'" + std::string(text.substr(0, length)) + (length < text.size() ? "...'" : "'");
-}
-
-Report reportAsText(const std::deque<Source> &sources, bool warningsAreErrors, bool inColour)
+Report reportAsText(const std::deque<Source> &sources, const Severities &severities, bool inColour)
 {
     Report report;
-    visitFindings(sources, warningsAreErrors, report,
-                  [&report, inColour](const Source &source, const Finding &finding,
-                                      Severity severity, const Location &location) {
-                      report.text += source.file + ":" + std::to_string(location.line) + ":" +
-                                     std::to_string(location.column) + ": " +
-                                     shownName(severity, inColour) + ": " +
-                                     messageOf(source, finding) + " [" +
-                                     describe(finding.check).name + "]\n";
-                      if (!source.text.empty()) {
-                          report.text += location.excerpt + "\n" + location.caret + "\n";
-                      }
-                  });
+    for (const LocatedFinding &found : locateFindings(sources, severities, report)) {
+        const Colour colour = found.severity == Severity::Error ? Colour::Red : Colour::Yellow;
+        const char *const severity = nameOf(found.severity);
+        report.text += placeText(found.source, found.location) +
+                       (inColour ? coloured(severity, colour) : severity) + ": " +
+                       messageOf(found) + " [" + describe(found.finding.check).name + "]\n" +
+                       excerptLines(found.source, found.location);
+        if (found.finding.note) {
+            report.text += placeText(found.source, found.noteLocation) +
+                           "note: " + printable(found.finding.note->message) + "\n" +
+                           excerptLines(found.source, found.noteLocation);
+        }
+    }
     report.text +=
         counted(report.errors, "error") + ", " + counted(report.warnings, "warning") + "\n";
     return report;
 }
 
-Report reportAsJson(const std::deque<Source> &sources, bool warningsAreErrors)
+Report reportAsJson(const std::deque<Source> &sources, const Severities &severities)
 {
     Report report;
     Json findings = Json::array();
-    visitFindings(sources, warningsAreErrors, report,
-                  [&findings](const Source &source, const Finding &finding, Severity severity,
-                              const Location &location) {
-                      findings.push_back({{"file", source.file},
-                                          {"database", source.database},
-                                          {"line", location.line},
-                                          {"column", location.column},
-                                          {"severity", nameOf(severity)},
-                                          {"check", describe(finding.check).name},
-                                          {"message", finding.message},
-                                          {"source", location.excerpt},
-                                          {"caret", source.text.empty() ? "" : location.caret}});
-                  });
-    report.text = documentText(
-        {{"findings", findings}, {"errors", report.errors}, {"warnings", report.warnings}});
+    for (const LocatedFinding &found : locateFindings(sources, severities, report)) {
+        const bool hasExcerpt = !found.source.text.empty();
+        findings.push_back({{"file", found.source.file},
+                            {"database", found.source.database},
+                            {"line", found.location.line},
+                            {"column", found.location.column},
+                            {"severity", nameOf(found.severity)},
+                            {"check", describe(found.finding.check).name},
+                            {"message", found.finding.message},
+                            {"source", found.location.excerpt},
+                            {"caret", hasExcerpt ? found.location.caret : ""}});
+        if (found.finding.note) {
+            findings.back()["note"] = {{"line", found.noteLocation.line},
+                                       {"column", found.noteLocation.column},
+                                       {"message", printable(found.finding.note->message)}};
+        }
+    }
+    report.text = documentText({{"version", 1},
+                                {"findings", findings},
+                                {"errors", report.errors},
+                                {"warnings", report.warnings}});
     return report;
+}
+
+Report reportAsSarif(const std::deque<Source> &sources, const Severities &severities)
+{
+    Report report;
+    Json results = Json::array();
+    for (const LocatedFinding &found : locateFindings(sources, severities, report)) {
+        results.push_back(sarifResult(found));
+    }
+    Json rules = Json::array();
+    for (const CheckDescription &check : allChecks()) {
+        rules.push_back({{"id", check.name},
+                         {"shortDescription", {{"text", check.sentence}}},
+                         {"help", {{"text", explainCheck(check.name)}}},
+                         {"defaultConfiguration", {{"level", nameOf(check.severity)}}}});
+    }
+    const Json driver = {{"name", "tarn-db-tool"}, {"version", TARN_VERSION}, {"rules", rules}};
+    const Json run = {
+        {"tool", {{"driver", driver}}}, {"columnKind", "unicodeCodePoints"}, {"results", results}};
+    report.text = documentText({{"version", "2.1.0"}, {"runs", {run}}});
+    return report;
+}
+
+std::string fixedText(const Source &source)
+{
+    std::map<size_t, Fix> fixes;
+    for (const Finding &finding : source.findings) {
+        if (finding.fix) {
+            fixes.emplace(finding.fix->offset, *finding.fix);
+        }
+    }
+    std::string text = source.shown();
+    for (auto fix = fixes.rbegin(); fix != fixes.rend(); fix++) {
+        text.replace(fix->first, fix->second.size, fix->second.text);
+    }
+    return text;
 }
 
 std::string listChecks(bool wantsJson)
@@ -235,8 +280,10 @@ std::string listChecks(bool wantsJson)
     Json list = Json::array();
     std::string lines;
     for (const CheckDescription &check : allChecks()) {
-        list.push_back(asJson(check));
-        lines += asLine(check);
+        const char *const severity = nameOf(check.severity);
+        list.push_back(
+            {{"check", check.name}, {"severity", severity}, {"sentence", check.sentence}});
+        lines += fmt::format("{:19} {:8} {}\n", check.name, severity, check.sentence);
     }
     return wantsJson ? documentText(list) : lines;
 }

@@ -214,7 +214,8 @@ void checkNumber(const Document &document, const XmlpNode *node, Source &source)
 void checkTextLength(const Document &document, const XmlpNode *node, size_t limit, Source &source)
 {
     if (node->valueSize > limit) {
-        source.add(Check::CutText, document.offsetInValue(node, limit),
+        const size_t cut = characterStart(valueOf(node), limit, 0);
+        source.add(Check::CutText, document.offsetInValue(node, cut),
                    inQuotes(node->name) + " is " + std::to_string(node->valueSize) +
                        " bytes and is cut off here; the limit is " + std::to_string(limit));
     }

@@ -4,6 +4,7 @@
 #ifndef CHECK_VALUES_H
 #define CHECK_VALUES_H
 
+#include "appmngr/appmngr_model.h"
 #include "check/document.h"
 
 #include <array>
@@ -14,6 +15,17 @@
 
 namespace check
 {
+
+/*
+ * The longest message to the kernel, in bytes. It doubles the send buffer that a socket asks for,
+ * and net.core.wmem_max bounds what it may ask for; its own record of the datagram takes 32 bytes.
+ */
+constexpr size_t defaultWmemMax = 212992;
+constexpr size_t messageLimit = 2 * defaultWmemMax - 32;
+
+constexpr size_t messageHead = 64; /* around the records */
+constexpr size_t ruleLimit = (messageLimit - messageHead) / sizeof(appmngr_rule);
+constexpr size_t keywordLimit = (messageLimit - messageHead) / sizeof(appmngr_dnsRule);
 
 /* The number that a loader reads from the value of node, 0 when it cannot. */
 int32_t numberOf(const XmlpNode *node);

@@ -121,7 +121,7 @@ install(FILES
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool
   FILES_MATCHING PATTERN *.md)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
-install(FILES schema/appdb.rng schema/sortdb.rng wireshark/tarn.lua
+install(FILES schema/appdb.rng schema/sortdb.rng schema/show.schema.json wireshark/tarn.lua
   DESTINATION ${CMAKE_INSTALL_DATADIR}/tarn-appdb COMPONENT tool)
 install(FILES CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool OPTIONAL)

@@ -19,9 +19,11 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                              : kind == 1 ? imageOf(&input)
                                          : containerOf(&input);
     std::deque<check::Source> sources;
-    check::checkFile({"file", file}, sources);
-    const check::Report report = check::reportAsText(sources, false, false);
-    EXPECT_EQ(check::reportAsJson(sources, true).errors, report.errors + report.warnings);
+    check::checkFiles({{"file", file}}, sources);
+    const check::Report report = check::reportAsText(sources, {}, false);
+    check::Severities strict;
+    strict.turnWarningsIntoErrors();
+    EXPECT_EQ(check::reportAsJson(sources, strict).errors, report.errors + report.warnings);
     EXPECT_TRUE(std::none_of(report.text.begin(), report.text.end(), [](char byte) {
         const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7F';
         return isControl && byte != '\n' && byte != '\t'; // would steer a terminal

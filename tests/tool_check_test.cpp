@@ -54,7 +54,8 @@ static std::string withTypes(size_t count)
     return edit(app, "<appType>.*</appType>", repeated(count, "$&"));
 }
 
-const size_t mebibytes4 = 4 << 20; // from there on, nothing is looked at
+const size_t mebibyte = 1 << 20;   // of a longer text, only the size is checked
+const size_t mebibytes4 = 4 << 20; // of a longer container, nothing is
 
 const std::map<std::string, std::string> files = {
     {"text", "text"},
@@ -89,8 +90,10 @@ const std::map<std::string, std::string> files = {
     {"64 types", withTypes(64)},
     {"value of 512 bytes", edit(app, "<name>n", "<name>" + std::string(512, 'n'))},
     {"text in Latin-1", edit(app, "<name>n", "<name>\xFC")},
-    {"text of 4 MiB", "<" + std::string(mebibytes4 - 1, ' ')},
-    {"text of more than 4 MiB", "<" + std::string(mebibytes4, ' ')},
+    {"text of 1 MiB", "<" + std::string(mebibyte - 1, ' ')},
+    {"text of more than 1 MiB", "<x>" + std::string(mebibyte, ' ') + "</x>"},
+    {"text with a comment of 2 MiB", "<!--" + std::string(2 * mebibyte, ' ') + "-->" + app},
+    {"text in UTF-16", std::string("\xFF\xFE<\0a\0/\0>\0", 10)},
     {"container of 4 MiB", container(1, entry(1, std::string(mebibytes4 - 25, 'x')))},
     {"container of more than 4 MiB", container(1, entry(1, std::string(mebibytes4 - 24, 'x')))}};
 
@@ -114,8 +117,8 @@ static std::string fileOf(const std::string &input)
 static std::string reportOn(const std::string &file)
 {
     std::deque<check::Source> sources;
-    check::checkFile({"db", file}, sources);
-    return check::reportAsText(sources, false, false).text;
+    check::checkFiles({{"db", file}}, sources);
+    return check::reportAsText(sources, {}, false).text;
 }
 
 // The findings in a report, without the lines that show their places: of each check the first, and

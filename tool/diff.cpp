@@ -1,15 +1,16 @@
-// tarn-db-tool diff - what changed from one application database to another.
+// tarn-db-tool diff - what changed from the databases of one file to those of another.
 
 #include "tool/commands.h"
 
 #include "appmngr/appmngr.h"
+#include "check/content.h"
 #include "check/device.h"
 #include "check/output.h"
 #include "tool/file.h"
 #include "tool/options.h"
 #include "tool/record.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -31,20 +32,30 @@ struct {
 
 void declare(CLI::App &parser)
 {
-    addInput(parser, "OLD", arguments.before, "Image file");
-    addInput(parser, "NEW", arguments.after, "Image file");
+    addInput(parser, "OLD", arguments.before, "XML text, image or update container");
+    addInput(parser, "NEW", arguments.after, "The same, of any kind");
     addJson(parser, arguments.json);
 }
 
-// What can be added, removed or changed.
-enum class Kind { Header, Application, Type, Rule, Keyword };
+// What can be added, removed or changed; of the priority database from Priorities on.
+enum class Kind { Header, Application, Type, Rule, Keyword, Priorities, Sort, SortEntry, File };
 
-const char *const kindNames[] = {"header", "application", "type", "rule", "keyword"};
+constexpr struct {
+    const char *name;
+    const char *idName;   // null if there is only one
+    const char *textName; // null if the id and the name of an item say it all
+} kinds[] = {
+    {"header", nullptr, nullptr},    {"application", "id", nullptr},
+    {"type", "id", nullptr},         {"rule", "appId", "tuple"},
+    {"keyword", "appId", "keyword"}, {"priorities", nullptr, nullptr},
+    {"sort", "id", nullptr},         {"sort entry", "appId", nullptr},
+    {"file", "index", nullptr},
+};
 
 // Identifies an item. Changes are listed in the order of the keys.
 struct Key {
     Kind kind;
-    uint32_t id;      // of the type, or of the application that it belongs to
+    uint32_t id;      // of the item, or of the application that it belongs to
     std::string text; // the tuple of a rule, the keyword itself
 
     bool operator<(const Key &other) const
@@ -68,34 +79,69 @@ Json signatures(const appmngr_rule &rule)
     return fields;
 }
 
-Items readItems(const std::string &path)
+void addApplications(Items &items)
 {
-    check::loadApplicationTables(readImageFile(path));
+    items.emplace(Key{Kind::Header, 0, ""}, Json{{"ver", fieldText(g_appmngr_appDb.ver)},
+                                                 {"proModel", fieldText(g_appmngr_appDb.proModel)},
+                                                 {"expired", fieldText(g_appmngr_appDb.expired)}});
+    for (const appmngr_app &app : applications()) {
+        items.emplace(Key{Kind::Application, app.id, ""},
+                      Json{{"name", fieldText(app.name)}, {"visible", app.visible}});
+    }
+    for (const appmngr_appType &type : applicationTypes()) {
+        items.emplace(Key{Kind::Type, type.id, ""},
+                      Json{{"name", fieldText(type.name)}, {"applications", applicationsOf(type)}});
+    }
+    for (const appmngr_rule &rule : applicationRules()) {
+        items.emplace(Key{Kind::Rule, rule.appId, tupleText(rule)}, signatures(rule));
+    }
+    for (const appmngr_dnsRule &rule : keywords()) {
+        items.emplace(Key{Kind::Keyword, rule.appId, fieldText(rule.keyword)}, Json::object());
+    }
+}
+
+void addPriorities(Items &items)
+{
+    Json database = priorityDatabaseAsJson();
+    for (const Json &sort : database["sorts"]) {
+        items.emplace(Key{Kind::Sort, sort["id"], ""},
+                      Json{{"name", sort["name"]}, {"prio", sort["prio"]}, {"type", sort["type"]}});
+        for (const Json &app : sort["applications"]) {
+            items.emplace(
+                Key{Kind::SortEntry, app["appId"], ""},
+                Json{{"name", app["appName"]}, {"type", app["appType"]}, {"sort", sort["id"]}});
+        }
+    }
+    database.erase("sorts");
+    items.emplace(Key{Kind::Priorities, 0, ""}, database);
+}
+
+void addFiles(const InputFile &container, Items &items)
+{
+    uint32_t index = 0;
+    for (const check::ContainedFile &file : check::requireContainer(container)) {
+        const std::string version = file.header ? check::versionText(*file.header) : "";
+        items.emplace(Key{Kind::File, index++, ""},
+                      Json{{"name", file.database != nullptr ? file.database->name : "ignored"},
+                           {"version", version}});
+    }
+}
+
+Items readItems(const InputFile &file, bool withFiles)
+{
     Items items;
-    const auto add = [&items](Kind kind, uint32_t id, const std::string &text, const Json &fields) {
-        items.emplace(Key{kind, id, text}, fields);
-    };
-    add(Kind::Header, 0, "",
-        {{"ver", fieldText(g_appmngr_appDb.ver)},
-         {"proModel", fieldText(g_appmngr_appDb.proModel)},
-         {"expired", fieldText(g_appmngr_appDb.expired)}});
-    for (uint32_t i = 0; i < g_appmngr_appDb.appCount; i++) {
-        const appmngr_app &app = g_appmngr_app[i];
-        add(Kind::Application, app.id, "",
-            {{"name", fieldText(app.name)}, {"visible", app.visible}});
+    const bool hasApplications = check::loadIfThere(file, check::applicationDatabase);
+    const bool hasPriorities = check::loadIfThere(file, check::priorityDatabase);
+    if (hasApplications) {
+        addApplications(items);
     }
-    for (uint32_t i = 0; i < g_appmngr_appDb.typeCount; i++) {
-        const appmngr_appType &type = g_appmngr_appDb.type[i];
-        add(Kind::Type, type.id, "",
-            {{"name", fieldText(type.name)}, {"applications", applicationsOf(type)}});
+    if (hasPriorities) {
+        addPriorities(items);
     }
-    for (uint32_t i = 0; i < g_appmngr_appDb.ruleCount; i++) {
-        const appmngr_rule &rule = g_appmngr_appDb.rule[i];
-        add(Kind::Rule, rule.appId, tupleText(rule), signatures(rule));
-    }
-    for (uint32_t i = 0; i < g_appmngr_appDns.count; i++) {
-        const appmngr_dnsRule &rule = g_appmngr_appDns.rule[i];
-        add(Kind::Keyword, rule.appId, fieldText(rule.keyword), Json::object());
+    if (withFiles) {
+        addFiles(file, items);
+    } else if (!hasApplications && !hasPriorities) {
+        throw check::Failure(file.name, "has no database");
     }
     return items;
 }
@@ -143,25 +189,20 @@ std::vector<Change> compare(const Items &before, const Items &after)
 std::string changeText(const Change &change)
 {
     const Key &key = *change.key;
+    const auto &kind = kinds[static_cast<size_t>(key.kind)];
     const Json &fields = change.after != nullptr ? *change.after : *change.before;
-    char start[64];
-    snprintf(start, sizeof(start), "%c %-11s", change.style->sign,
-             kindNames[static_cast<int>(key.kind)]);
-    std::string text = start;
-    if (key.kind != Kind::Header) {
-        snprintf(start, sizeof(start), " %4u  ", key.id);
-        text += start;
-    }
-    if (key.kind == Kind::Application || key.kind == Kind::Type) {
-        text += jsonText(fields.at("name"));
-    } else {
-        text += key.kind == Kind::Keyword ? jsonText(key.text) : key.text;
+    std::string text = fmt::format("{} {:11}", change.style->sign, kind.name);
+    if (kind.idName != nullptr) {
+        text += fmt::format(" {:4}  ", key.id);
+        text += kind.textName == nullptr    ? jsonText(fields.at("name"))
+                : key.kind == Kind::Keyword ? jsonText(key.text)
+                                            : key.text;
     }
     text.erase(text.find_last_not_of(' ') + 1);
     for (const auto &[name, value] : fields.items()) {
         if (change.style == &changed && change.before->at(name) != value) {
-            snprintf(start, sizeof(start), "\n    %-15s ", name.c_str());
-            text += start + jsonText(change.before->at(name)) + " -> " + jsonText(value);
+            text += fmt::format("\n    {:15} {} -> {}", name, jsonText(change.before->at(name)),
+                                jsonText(value));
         }
     }
     return text;
@@ -170,12 +211,13 @@ std::string changeText(const Change &change)
 Json toJson(const Change &change)
 {
     const Key &key = *change.key;
-    Json json = {{"change", change.style->name}, {"kind", kindNames[static_cast<int>(key.kind)]}};
-    if (key.kind == Kind::Application || key.kind == Kind::Type) {
-        json["id"] = key.id;
-    } else if (key.kind != Kind::Header) {
-        json["appId"] = key.id;
-        json[key.kind == Kind::Rule ? "tuple" : "keyword"] = key.text;
+    const auto &kind = kinds[static_cast<size_t>(key.kind)];
+    Json json = {{"change", change.style->name}, {"kind", kind.name}};
+    if (kind.idName != nullptr) {
+        json[kind.idName] = key.id;
+    }
+    if (kind.textName != nullptr) {
+        json[kind.textName] = key.text;
     }
     for (const auto &[name, item] : {std::pair("old", change.before), {"new", change.after}}) {
         if (item != nullptr && !item->empty()) {
@@ -190,8 +232,12 @@ constexpr int failed = 2; // must not look like a difference
 
 int run()
 {
-    const Items before = readItems(arguments.before);
-    const Items after = readItems(arguments.after);
+    const InputFile oldFile = readDatabaseFile(arguments.before);
+    const InputFile newFile = readDatabaseFile(arguments.after);
+    const bool areContainers = check::kindOf(oldFile.contents) == check::FileKind::Container &&
+                               check::kindOf(newFile.contents) == check::FileKind::Container;
+    const Items before = readItems(oldFile, areContainers);
+    const Items after = readItems(newFile, areContainers);
     const std::vector<Change> changes = compare(before, after);
     const bool inColour = check::showsColour(STDOUT_FILENO);
     std::string lines;
@@ -211,7 +257,6 @@ int run()
 
 } // namespace
 
-const Command diff = {"diff", "Compare the application databases of two images", declare, run,
-                      failed};
+const Command diff = {"diff", "Compare the databases of two files", declare, run, failed};
 
 } // namespace tool

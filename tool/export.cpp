@@ -26,7 +26,7 @@ struct {
 
 void declare(CLI::App &parser)
 {
-    addImage(parser, arguments.image);
+    addDatabase(parser, arguments.image);
     addOption(parser, "-C", arguments.folder, "DIR", "Directory to write database.json to");
 }
 
@@ -51,7 +51,7 @@ std::string rulesAsJson(const std::string &imageName)
 
 int run()
 {
-    const InputFile image = readImageFile(arguments.image);
+    const InputFile image = readDatabaseFile(arguments.image);
     check::loadApplicationTables(image);
     const std::string folder = arguments.folder.empty() ? "." : arguments.folder;
     writeFile(folder + "/database.json", rulesAsJson(image.name));

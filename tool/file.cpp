@@ -2,7 +2,8 @@
 
 #include "tool/file.h"
 
-#include "check/database.h"
+#include "check/content.h"
+#include "check/document.h"
 
 #include <cerrno>
 #include <csignal>
@@ -180,21 +181,35 @@ InputFile readWholeFile(const std::string &path, size_t max)
     return file;
 }
 
+check::Source readSource(const InputFile &file)
+{
+    if (check::kindOf(file.contents) != check::FileKind::Text) {
+        throw check::Failure(file.name, "is not an XML text");
+    }
+    std::deque<check::Source> sources = {{file.name, "", file.contents, true}};
+    const check::Document document(sources[0]);
+    const check::Report report =
+        check::reportAsText(sources, {}, check::showsColour(STDERR_FILENO));
+    if (report.errors > 0) {
+        fputs(report.text.c_str(), stderr);
+        throw check::Failure(file.name, "cannot be parsed");
+    }
+    return sources[0];
+}
+
 check::Texts readTexts(const std::string (&paths)[2], bool forced)
 {
     check::Texts texts;
     for (size_t i = 0; i < texts.size(); i++) {
         if (!paths[i].empty()) {
-            texts[i] = readWholeFile(paths[i], xmlFileMax);
+            texts[i] = readWholeFile(paths[i], fileMax);
         }
     }
     std::deque<check::Source> sources;
-    if (!forced) {
-        check::checkTexts(texts, sources);
-    }
+    check::checkTexts(texts, sources);
     const check::Report report =
-        check::reportAsText(sources, false, check::showsColour(STDERR_FILENO));
-    if (report.errors > 0) {
+        check::reportAsText(sources, {}, check::showsColour(STDERR_FILENO));
+    if (report.errors > 0 && !forced) {
         fputs(report.text.c_str(), stderr);
         throw check::Failure("nothing is written", "use --force to pack it all the same");
     }
@@ -235,6 +250,11 @@ void writeFiles(const std::vector<OutputFile> &files)
     for (ReplacementFile &replacement : replacements) {
         replacement.replaceTarget();
     }
+}
+
+void reportFailure(const std::exception &failure)
+{
+    fprintf(stderr, "tarn-db-tool: %s\n", check::printable(failure.what()).c_str());
 }
 
 void writeStandardOutput(const std::string &contents)

@@ -9,6 +9,7 @@
 #include "check/check.h"
 #include "check/output.h"
 
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,8 @@ using check::InputFile;
 using check::Json;
 using check::jsonText;
 
-/* How much of a file can matter, in bytes. */
-constexpr size_t imageFileMax = APPPRI_IMAGE_OFFSET + APPMNGR_IMAGE_SIZE;
-constexpr size_t xmlFileMax = 4 << 20;
+/* How much of a file can matter, in bytes: nothing that is longer is looked at. */
+constexpr size_t fileMax = 4 << 20;
 
 /*
  * Reads at most max bytes of a file, or of standard input for the path "-". What follows is left
@@ -32,9 +32,10 @@ InputFile readFile(const std::string &path, size_t max);
 /* The same for the whole of a file; throws Failure if it has more than max bytes. */
 InputFile readWholeFile(const std::string &path, size_t max);
 
-inline InputFile readImageFile(const std::string &path)
+/* Reads what can matter of a text, image or container. */
+inline InputFile readDatabaseFile(const std::string &path)
 {
-    return readFile(path, imageFileMax);
+    return readFile(path, fileMax + 1);
 }
 
 /*
@@ -51,6 +52,12 @@ void writeFile(const std::string &path, const std::string &contents);
  */
 check::Texts readTexts(const std::string (&paths)[2], bool forced);
 
+/*
+ * The text of an XML file, in the subset that devices read. A text that is not well-formed is
+ * reported on standard error; then throws Failure.
+ */
+check::Source readSource(const InputFile &file);
+
 struct OutputFile {
     std::string path;
     std::string contents;
@@ -58,6 +65,9 @@ struct OutputFile {
 
 /* Replaces several regular files; if one cannot be written, all stay as they were. */
 void writeFiles(const std::vector<OutputFile> &files);
+
+/* Prints a failure on standard error. */
+void reportFailure(const std::exception &failure);
 
 /* Write to standard output. Throw Failure if not everything could be written. */
 void writeStandardOutput(const std::string &contents);

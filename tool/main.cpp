@@ -22,10 +22,10 @@ constexpr int wrongCommandLine = 2;
 
 // In the order in which --help lists them.
 const tool::Command *const commands[] = {
-    &tool::pack,   &tool::check,    &tool::unpack,   &tool::show,
-    &tool::rules,  &tool::apps,     &tool::types,    &tool::exportRules,
-    &tool::fmt,    &tool::priority, &tool::seal,     &tool::unseal,
-    &tool::bundle, &tool::verify,   &tool::messages, &tool::diff,
+    &tool::pack,   &tool::check,    &tool::unpack,   &tool::show,   &tool::rules,
+    &tool::apps,   &tool::types,    &tool::match,    &tool::stat,   &tool::exportRules,
+    &tool::fmt,    &tool::priority, &tool::seal,     &tool::unseal, &tool::bundle,
+    &tool::verify, &tool::extract,  &tool::messages, &tool::diff,
 };
 
 // Opens the standard streams that the program was started without, so that no file becomes one of
@@ -132,7 +132,7 @@ int main(int argc, char **argv)
     try {
         return openStandardStreams() ? runTool(argc, argv, failed) : failed;
     } catch (const std::exception &error) {
-        fprintf(stderr, "tarn-db-tool: %s\n", error.what());
+        tool::reportFailure(error);
         return failed;
     }
 }

@@ -12,8 +12,8 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cstdio>
 #include <cstring>
+#include <fmt/format.h>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -36,7 +36,7 @@ struct {
 
 void declare(CLI::App &parser)
 {
-    addImage(parser, arguments.image);
+    addDatabase(parser, arguments.image);
     addFlag(parser, "--priority", arguments.priority,
             "Show the message of the priority database instead");
     addJson(parser, arguments.json);
@@ -54,7 +54,7 @@ using Message = std::unique_ptr<appdist_message, decltype(&free)>;
 std::vector<Message> buildMessages()
 {
     const appdist_handle channel = {}; // not open; its port id, that of the loader, is 0
-    const InputFile image = readImageFile(arguments.image);
+    const InputFile image = readDatabaseFile(arguments.image);
     const check::RedirectedDiagnostics redirection(STDERR_FILENO);
     std::vector<Message> messages;
     const auto add = [&messages](appdist_message *message) {
@@ -81,18 +81,15 @@ std::vector<Message> buildMessages()
 
 std::string paddedId(uint32_t appId)
 {
-    char text[24];
-    snprintf(text, sizeof(text), "    appId %-6u", appId);
-    return text;
+    return fmt::format("    appId {:<6}", appId);
 }
 
 std::string featureLine(const char *direction, const appmngr_feature &feature)
 {
-    char numbers[128];
-    snprintf(numbers, sizeof(numbers), "      %-5s  enable %d  start %-5d end %-5d minlength %-5d",
-             direction, feature.enable, feature.start, feature.end, feature.minlength);
-    return std::string(numbers) + " dpiType " + jsonText(fieldText(feature.dpiType)) +
-           "  dpiCode " + jsonText(fieldText(feature.dpiCode)) + "\n";
+    return fmt::format(
+        "      {:5}  enable {}  start {:<5} end {:<5} minlength {:<5} dpiType {}  dpiCode {}\n",
+        direction, feature.enable, feature.start, feature.end, feature.minlength,
+        jsonText(fieldText(feature.dpiType)), jsonText(fieldText(feature.dpiCode)));
 }
 
 std::string recordText(const appmngr_rule &rule)

@@ -26,6 +26,19 @@ void addOption(CLI::App &parser, const char *name, std::string &value, const cha
     parser.add_option(name, value, what)->type_name(type)->check(checkNotEmpty);
 }
 
+void addRepeated(CLI::App &parser, const char *name, std::vector<std::string> &values,
+                 const char *type, const char *what, std::string (*check)(const std::string &value))
+{
+    parser.add_option(name, values, what)->type_name(type)->check(check)->allow_extra_args(false);
+}
+
+void addChoice(CLI::App &parser, const char *name, std::string &value,
+               std::initializer_list<const char *> choices, const char *what)
+{
+    parser.add_option(name, value, what)
+        ->check(CLI::IsMember(std::vector<std::string>(choices.begin(), choices.end())));
+}
+
 void addFlag(CLI::App &parser, const char *name, bool &flag, const char *what)
 {
     parser.add_flag(name, flag, what);
@@ -44,9 +57,9 @@ void addInputs(CLI::App &parser, const char *name, std::vector<std::string> &pat
     parser.add_option(name, paths, what + ", - for standard input")->check(checkNotEmpty);
 }
 
-void addImage(CLI::App &parser, std::string &path)
+void addDatabase(CLI::App &parser, std::string &path)
 {
-    addInput(parser, "IMAGE", path, "Image file");
+    addInput(parser, "FILE", path, "XML text, image or update container");
 }
 
 void addOutput(CLI::App &parser, const char *type, std::string &path, const std::string &what)
@@ -58,6 +71,13 @@ void addOutput(CLI::App &parser, const char *type, std::string &path, const std:
 void addJson(CLI::App &parser, bool &json)
 {
     addFlag(parser, "--json", json, "Print one JSON document");
+}
+
+void addListingForm(CLI::App &parser, bool &json, bool &plain)
+{
+    addJson(parser, json);
+    addFlag(parser, "--plain", plain, "Print the library's own listing, as a device does");
+    exclude(parser, "--plain", "--json");
 }
 
 void addForce(CLI::App &parser, bool &force)

@@ -22,6 +22,15 @@ namespace tool
 void addOption(CLI::App &parser, const char *name, std::string &value, const char *type,
                const std::string &what);
 
+/* One that may be repeated; check returns what is wrong with a value, or an empty text. */
+void addRepeated(CLI::App &parser, const char *name, std::vector<std::string> &values,
+                 const char *type, const char *what,
+                 std::string (*check)(const std::string &value));
+
+/* One whose value is one of these. */
+void addChoice(CLI::App &parser, const char *name, std::string &value,
+               std::initializer_list<const char *> choices, const char *what);
+
 void addFlag(CLI::App &parser, const char *name, bool &flag, const char *what);
 
 /* An argument that must be there: a file to read. */
@@ -32,9 +41,10 @@ void addInputs(CLI::App &parser, const char *name, std::vector<std::string> &pat
                const std::string &what);
 
 /* What several subcommands have. */
-void addImage(CLI::App &parser, std::string &path);
+void addDatabase(CLI::App &parser, std::string &path);
 void addOutput(CLI::App &parser, const char *type, std::string &path, const std::string &what);
 void addJson(CLI::App &parser, bool &json);
+void addListingForm(CLI::App &parser, bool &json, bool &plain);
 
 void addAppId(CLI::App &parser, uint32_t &id);
 

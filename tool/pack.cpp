@@ -2,7 +2,7 @@
 
 #include "tool/commands.h"
 
-#include "check/database.h"
+#include "check/content.h"
 #include "tool/file.h"
 #include "tool/options.h"
 
@@ -48,7 +48,7 @@ int runPack()
 
 void declareUnpack(CLI::App &parser)
 {
-    addImage(parser, unpacked.image);
+    addDatabase(parser, unpacked.image);
     addFlag(parser, "--priority", unpacked.priority,
             "Use the priority database instead of the application database");
 }
@@ -57,7 +57,7 @@ int runUnpack()
 {
     const check::Database &database =
         unpacked.priority ? check::priorityDatabase : check::applicationDatabase;
-    writeStandardOutput(check::unpackDatabase(readImageFile(unpacked.image), database));
+    writeStandardOutput(check::textOf(readDatabaseFile(unpacked.image), database));
     return 0;
 }
 

@@ -4,18 +4,18 @@
 
 #include "appmngr/appmngr_model.h"
 #include "check/check.h"
+#include "check/content.h"
 #include "check/device.h"
-#include "dbimage/dbimage.h"
 #include "tool/file.h"
 #include "tool/options.h"
 
 #include <arpa/inet.h>
 #include <cstdint>
-#include <cstdio>
 #include <deque>
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <unistd.h>
+#include <vector>
 
 namespace tool
 {
@@ -35,48 +35,33 @@ void declare(CLI::App &parser)
 }
 
 // The files of a container; none if it is damaged.
-dbimage_fileTable filesOf(const std::string &container)
+std::vector<check::ContainedFile> filesOf(const InputFile &container)
 {
-    const auto size = static_cast<uint32_t>(container.size());
-    dbimage_fileTable files = {};
-    const bool isIntact = container.size() >= sizeof(dbimage_containerHead) &&
-                          container.size() <= DBIMAGE_CONTAINER_MAX &&
-                          dbimage_verifyDigest(container.data(), size) != 0 &&
-                          dbimage_listFiles(container.data(), size, &files) == nullptr;
-    return isIntact ? files : dbimage_fileTable{};
-}
-
-// Returns whether the file could be decrypted.
-bool readHeader(const dbimage_file &file, dbimage_fileHeader &header)
-{
-    const check::RedirectedDiagnostics redirection(STDERR_FILENO);
-    std::string plain(DBIMAGE_CONTAINER_MAX, '\0');
-    uint32_t length = DBIMAGE_CONTAINER_MAX;
-    const bool isDecrypted = appmngr_decrypt(plain.data(), &length, file.data, file.size) > 0;
-    header = dbimage_readHeader(plain.data());
-    return isDecrypted;
+    try {
+        return check::requireContainer(container);
+    } catch (const check::Failure &) {
+        return {}; // the update says why
+    }
 }
 
 // Returns what follows the type of a file, and adds the same to json.
-std::string describe(const dbimage_file &file, Json &json)
+std::string describe(const check::ContainedFile &file, Json &json)
 {
-    dbimage_fileHeader header = {};
-    if (json["ignored"]) {
-        return std::to_string(file.size) + " bytes, ignored";
+    if (file.database == nullptr) {
+        return fmt::format("{} bytes, ignored", file.size);
     }
-    if (!readHeader(file, header)) {
-        return std::to_string(file.size) + " bytes, cannot be decrypted";
+    if (!file.header) {
+        return fmt::format("{} bytes, cannot be decrypted", file.size);
     }
-    const uint32_t length = ntohl(header.length);
-    json["version"] = check::versionText(header);
-    json["length"] = length;
-    json["magic"] = check::magicText(header);
-    return "version " + check::versionText(header) + ", length " + std::to_string(length) +
-           ", magic " + check::magicText(header);
+    const std::string version = check::versionText(*file.header);
+    const uint32_t length = ntohl(file.header->length);
+    const std::string magic = check::magicText(*file.header);
+    json.update({{"version", version}, {"length", length}, {"magic", magic}});
+    return fmt::format("version {}, length {}, magic {}", version, length, magic);
 }
 
 // Why an update with a container fails, in a sentence; empty if it does not.
-std::string faultOf(const InputFile &container, const check::Run &update, uint32_t fileCount)
+std::string faultOf(const InputFile &container, const check::Run &update, size_t fileCount)
 {
     if (update.status == 0 && fileCount > 0) {
         return "";
@@ -97,17 +82,19 @@ int run()
 {
     const InputFile container = readFile(arguments.container, DBIMAGE_CONTAINER_MAX + 1);
     const check::Run update = check::runUpdate(container.contents);
-    const dbimage_fileTable files = filesOf(container.contents);
-    const std::string fault = faultOf(container, update, files.count);
+    const std::vector<check::ContainedFile> files =
+        container.contents.size() <= DBIMAGE_CONTAINER_MAX ? filesOf(container)
+                                                           : std::vector<check::ContainedFile>();
+    const std::string fault = faultOf(container, update, files.size());
     std::string text;
     Json list = Json::array();
-    for (uint32_t i = 0; i < files.count; i++) {
-        const dbimage_file &file = files.file[i];
-        const check::Database *const database = check::databaseOfType(file.type);
-        Json json = {{"type", file.type}, {"size", file.size}, {"ignored", database == nullptr}};
-        text += "file " + std::to_string(i) + ": " +
-                (database != nullptr ? database->name : "type " + std::to_string(file.type)) +
-                ", " + describe(file, json) + "\n";
+    for (const check::ContainedFile &file : files) {
+        Json json = {
+            {"type", file.type}, {"size", file.size}, {"ignored", file.database == nullptr}};
+        text += fmt::format("file {}: {}, ", list.size(),
+                            file.database != nullptr ? file.database->name
+                                                     : fmt::format("type {}", file.type)) +
+                describe(file, json) + "\n";
         list.push_back(json);
     }
     if (arguments.json) {
