@@ -5,6 +5,7 @@
 #include "appmngr/appmngr.h"
 #include "apppri/apppri.h"
 #include "check/content.h"
+#include "check/output.h"
 #include "loader/loader.h"
 
 #include <algorithm>
@@ -44,6 +45,19 @@ void clear(const Database &database)
 {
     const RedirectedDiagnostics nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
     database.clear();
+}
+
+// Diagnostics name elements and values of the text as they are.
+std::string printableLines(std::string_view lines)
+{
+    std::string shown;
+    while (!lines.empty()) {
+        const size_t end = std::min(lines.find_first_of("\r\n"), lines.size());
+        const size_t next = std::min(lines.find_first_not_of("\r\n", end), lines.size());
+        shown += printable(lines.substr(0, end)) + std::string(lines.substr(end, next - end));
+        lines.remove_prefix(next);
+    }
+    return shown;
 }
 
 void require(const InputFile &file, const Database &database)
@@ -143,8 +157,9 @@ bool loadIfThere(const InputFile &file, const Database &database)
         return false;
     }
     clear(database);
-    const RedirectedDiagnostics redirection(STDERR_FILENO);
-    if (load(database, *text) != 0) {
+    const Run run = captureRun([&] { return load(database, *text); });
+    fputs(printableLines(run.lines).c_str(), stderr);
+    if (run.status != 0) {
         throw Failure(file.name, "the " + std::string(database.name) + " cannot be loaded");
     }
     return true;

@@ -2,6 +2,7 @@
 
 #include "check/check.h"
 #include "check/database.h"
+#include "check/document.h"
 #include "fuzz/input.h"
 
 static std::string imageOf(Input *input)
@@ -28,5 +29,13 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const bool isControl = static_cast<unsigned char>(byte) < ' ' || byte == '\x7F';
         return isControl && byte != '\n' && byte != '\t'; // would steer a terminal
     }));
+    // A text without errors, once it is converted and fixed, is one that devices read as it is.
+    for (const check::Source &source : sources) {
+        if (report.errors == 0 && source.isWritten) {
+            std::deque<check::Source> packed = {{"packed", "", source.text}};
+            EXPECT_NE(check::Document(packed[0]).top(), nullptr);
+            EXPECT_EQ(check::fixedText(source), source.shown());
+        }
+    }
     return 0;
 }

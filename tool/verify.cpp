@@ -66,6 +66,12 @@ std::string faultOf(const InputFile &container, const check::Run &update, size_t
     if (update.status == 0 && fileCount > 0) {
         return "";
     }
+    if (check::kindOf(container.contents) == check::FileKind::Text) {
+        return "the file is an XML text, not a container";
+    }
+    if (check::isPlausible(check::readImages(container.contents))) {
+        return "the file is an image, not a container";
+    }
     std::deque<check::Source> sources;
     check::checkContainer(container, sources);
     for (const check::Source &source : sources) {
