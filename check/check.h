@@ -116,8 +116,7 @@ public:
     Severities();
     Severity of(Check check) const;
 
-    /* Sets one, "NAME=off", "NAME=warning" or "NAME=error"; returns what is wrong with that, or "".
-     */
+    /* Sets one: "NAME=off", "=warning" or "=error". Returns what is wrong with that, or "". */
     std::string set(const std::string &assignment);
 
     void turnWarningsIntoErrors();
@@ -147,8 +146,7 @@ struct Finding {
     std::optional<Fix> fix = {};
 };
 
-/* Where a part of a text comes from: it begins at an offset of the text, and was written at
- * another. */
+/* A part of a text: where it begins, and where it does in the text as it is written. */
 struct Piece {
     size_t at;
     size_t from;

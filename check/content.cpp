@@ -9,6 +9,7 @@
 #include "check/document.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace check
 {
@@ -82,6 +83,11 @@ std::optional<std::string> textInXml(const InputFile &file, const Database &data
         throw Failure(file.name, source.findings.front().message);
     }
     const bool isThere = document.top() != nullptr && isNamed(document.top(), database.root);
+    const uint32_t limit = (isThere ? database : applicationDatabase).textLimit;
+    if (source.text.size() > limit) {
+        throw Failure(file.name, fmt::format("the text is {} bytes; the limit is {}",
+                                             source.text.size(), limit));
+    }
     return isThere ? std::optional(source.text) : std::nullopt;
 }
 

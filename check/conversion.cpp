@@ -20,7 +20,7 @@ using namespace std::string_literals;
 
 bool isUtf16(const std::string &text)
 {
-    const uint32_t encoding =
+    const int encoding =
         appmngr_checkEncoding(text.data(), static_cast<uint32_t>(std::min<size_t>(text.size(), 3)));
     const std::string start = text.substr(0, 2);
     return encoding == APPMNGR_BOM_UTF16LE || encoding == APPMNGR_BOM_UTF16BE || start == "<\0"s ||

@@ -34,7 +34,7 @@ namespace
 {
 
 constexpr uint32_t lengthSize = 4;
-constexpr uint32_t headerSize = 14;
+constexpr uint32_t headerSize = imageHead - lengthSize;
 constexpr uint32_t propertiesSize = 5;
 constexpr uint32_t unpackedSizeAt = 6;
 

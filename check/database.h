@@ -65,8 +65,9 @@ struct Image {
 /* Decodes the image of a database, which begins at offset, damaged or not. */
 Image readImage(const std::string &file, uint32_t offset, const Database &database);
 
-/* How many bytes a text takes up when it is compressed. */
+/* How many bytes a text takes up when it is compressed; an image has imageHead more. */
 size_t compressedSize(const InputFile &text);
+constexpr uint32_t imageHead = 18;
 
 /*
  * Returns the image of a text: length field, header and stream. Throws Failure, saying by how

@@ -47,7 +47,7 @@ struct Use {
 };
 
 struct Size {
-    std::string id;
+    uint32_t id;
     std::string name;
     size_t text;
     size_t compressed; // by itself
@@ -66,7 +66,8 @@ void addText(const InputFile &file, const check::Database &database, std::vector
     const std::string text = check::textOf(file, database);
     uses.push_back({"text of the " + name + ", bytes", text.size(), database.textLimit});
     uses.push_back({"image of the " + name + ", bytes",
-                    check::packDatabase({file.name, text}, database).size(), APPMNGR_IMAGE_SIZE});
+                    check::imageHead + check::compressedSize({file.name, text}),
+                    APPMNGR_IMAGE_SIZE});
 }
 
 void addApplications(const InputFile &file, std::vector<Use> &uses)
@@ -102,12 +103,11 @@ std::vector<Size> applicationSizes(const InputFile &file)
         for (const XmlpNode *app : check::childrenNamed(list, "app")) {
             const check::Offsets &offsets = document.offsetsOf(app);
             const std::string text = source.text.substr(offsets.tag, offsets.end - offsets.tag);
-            const auto valueOfChild = [app](const char *name) {
-                const auto children = check::childrenNamed(app, name);
-                return children.empty() ? "" : std::string(check::valueOf(children.back()));
-            };
-            sizes.push_back({valueOfChild("id"), valueOfChild("name"), text.size(),
-                             check::compressedSize({file.name, text})});
+            const auto ids = check::childrenNamed(app, "id");
+            const auto names = check::childrenNamed(app, "name");
+            sizes.push_back({static_cast<uint32_t>(ids.empty() ? 0 : check::numberOf(ids.back())),
+                             names.empty() ? "" : std::string(check::valueOf(names.back())),
+                             text.size(), check::compressedSize({file.name, text})});
         }
     }
     std::stable_sort(sizes.begin(), sizes.end(),
@@ -126,7 +126,8 @@ std::string asText(const std::vector<Use> &uses, const Use &nearest, const std::
     Table apps(
         {{"APP", Align::Right}, {"NAME"}, {"TEXT", Align::Right}, {"COMPRESSED", Align::Right}});
     for (const Size &size : sizes) {
-        apps.add({size.id, size.name, std::to_string(size.text), std::to_string(size.compressed)});
+        apps.add({std::to_string(size.id), size.name, std::to_string(size.text),
+                  std::to_string(size.compressed)});
     }
     return limits.text() +
            fmt::format("nearest to its limit: {}, {:.1f} %\n", nearest.what, nearest.share()) +
