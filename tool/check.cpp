@@ -109,7 +109,7 @@ void fixFiles(std::vector<InputFile> &files)
             std::find_if(files.begin(), files.end(), [&source](const auto &candidate) {
                 return candidate.name == source.file;
             });
-        if (fixed != source.shown()) {
+        if (source.isWritten && fixed != source.shown()) {
             writeFile(source.file, fixed);
             file->contents = fixed;
         }
