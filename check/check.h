@@ -213,8 +213,8 @@ Report reportAsJson(const std::deque<Source> &sources, const Severities &severit
 /* The same as a log in the Static Analysis Results Interchange Format (SARIF) 2.1.0. */
 Report reportAsSarif(const std::deque<Source> &sources, const Severities &severities);
 
-/* The text of source as it is written, with all fixes of its findings. */
-std::string fixedText(const Source &source);
+/* The text of source as it is written, with the fixes of all findings that are not off. */
+std::string fixedText(const Source &source, const Severities &severities);
 
 /* The checks, one on a line; or as a JSON document. */
 std::string listChecks(bool wantsJson);

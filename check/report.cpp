@@ -5,6 +5,7 @@
 #include "check/output.h"
 
 #include <algorithm>
+#include <cctype>
 #include <fmt/format.h>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -260,11 +261,11 @@ Report reportAsSarif(const std::deque<Source> &sources, const Severities &severi
     return report;
 }
 
-std::string fixedText(const Source &source)
+std::string fixedText(const Source &source, const Severities &severities)
 {
     std::map<size_t, Fix> fixes;
     for (const Finding &finding : source.findings) {
-        if (finding.fix) {
+        if (finding.fix && severities.of(finding.check) != Severity::Off) {
             fixes.emplace(finding.fix->offset, *finding.fix);
         }
     }

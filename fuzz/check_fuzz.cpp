@@ -34,7 +34,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (report.errors == 0 && source.isWritten) {
             std::deque<check::Source> packed = {{"packed", "", source.text}};
             EXPECT_NE(check::Document(packed[0]).top(), nullptr);
-            EXPECT_EQ(check::fixedText(source), source.shown());
+            EXPECT_EQ(check::fixedText(source, {}), source.shown());
         }
     }
     return 0;

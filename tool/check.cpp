@@ -104,7 +104,7 @@ void fixFiles(std::vector<InputFile> &files)
     std::deque<check::Source> sources;
     check::checkFiles(files, sources);
     for (const check::Source &source : sources) {
-        const std::string fixed = check::fixedText(source);
+        const std::string fixed = check::fixedText(source, severities());
         const auto file =
             std::find_if(files.begin(), files.end(), [&source](const auto &candidate) {
                 return candidate.name == source.file;
