@@ -9,7 +9,6 @@ include(GoogleTest)
 # the other, since they share scratch files.
 function(tarn_add_test name)
   tarn_add_program(${name}_test SOURCES ${name}_test.cpp LINKS ${ARGN} capture GTest::gtest_main)
-  target_compile_options(${name}_test PRIVATE $<$<CONFIG:Release>:-O1>) # compiles faster
   target_compile_definitions(${name}_test PRIVATE TARN_SOURCE="${PROJECT_SOURCE_DIR}")
   gtest_discover_tests(${name}_test PROPERTIES LABELS unit TIMEOUT 120
     RESOURCE_LOCK ${name}_test
